@@ -1,0 +1,35 @@
+#pragma once
+
+// The text files' common form: UTF-8 with a byte-order mark, CR LF line ends on disk, LF in memory. Reading accepts the mark or its
+// absence and CR LF or LF, replaces what is not valid UTF-8 by U+FFFD, reads a UTF-16 file by its mark, and ends at a Ctrl+Z as the
+// runtime's text mode does.
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/file.h"
+
+inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
+
+/// UTF-8 bytes of wide text with every LF turned into CR LF; a lone surrogate becomes U+FFFD. No byte-order mark.
+[[nodiscard]] std::string EncodeTextFile(std::wstring_view text);
+/// The reverse: mark skipped, CR LF turned into LF. Never fails; damaged input gives replacement characters.
+[[nodiscard]] std::wstring DecodeTextFile(std::string_view bytes);
+
+[[nodiscard]] std::optional<std::wstring> ReadTextFile(const std::wstring& path);
+[[nodiscard]] WriteResult WriteTextFile(const std::wstring& path, std::wstring_view text);
+[[nodiscard]] WriteResult AppendTextFile(const std::wstring& path, std::wstring_view text);
+
+/// Hands out lines as the runtime's line reader does: at most 2047 characters a read, the line end included when it fits; the rest of a
+/// longer line comes as the next read. Borrows the text.
+class LineReader {
+ public:
+  static constexpr std::size_t kMaxReadChars = 2047;
+  explicit LineReader(std::wstring_view text) : rest_(text) {}
+  /// False at the end of the text.
+  [[nodiscard]] bool Next(std::wstring_view& line);
+
+ private:
+  std::wstring_view rest_;
+};

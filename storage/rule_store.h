@@ -1,0 +1,58 @@
+#pragma once
+
+// The program's one list of rules with the counter that hands out ids, and its file. Readers take immutable snapshots; a change edits a
+// copy, saves the file and then publishes, as one step for every reader. The formats live in rules_csv and rules_json.
+
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "core/records.h"
+
+class RuleStore : public RuleSource {
+ public:
+  /// `rulesFilePath` is asked afresh before every save of a change.
+  explicit RuleStore(std::function<std::wstring()> rulesFilePath);
+
+  [[nodiscard]] RuleSnapshot Snapshot() const override;
+
+  /// The id for a new rule; never handed out again in this run, never 0, never one in use.
+  [[nodiscard]] std::uint32_t TakeRuleId();
+  [[nodiscard]] std::uint32_t NextRuleId() const;
+
+  /// Replaces the list by the file's rules. False (list empty, next id 1) when there is no file or it is empty.
+  bool Load(const std::wstring& path);
+  bool Save(const std::wstring& path) const;
+
+  // Changes. Each saves to the rules file and publishes once; a failed save is a diagnostic line and the change still holds.
+  void Append(const RuleList& rules);
+  /// Changes the first rule with the id; false when there is none. `edit` gets the rule of the moment.
+  bool Edit(std::uint32_t ruleId, const std::function<void(ThresholdRule&)>& edit);
+  /// For each id in turn removes the first rule that has it; unknown ids are skipped.
+  void Remove(const std::vector<std::uint32_t>& ruleIds);
+  /// The ids handed out stay used up.
+  void RemoveAll();
+
+  bool ExportJson(const std::wstring& path) const;
+  /// True when at least one rule was appended; otherwise nothing changed.
+  bool ImportJson(const std::wstring& path);
+  bool ImportJsonString(const std::wstring& text);
+
+ private:
+  bool Change(const std::function<bool(RuleList&)>& edit);
+  void Publish(RuleSnapshot list);
+
+  std::function<std::wstring()> rulesFilePath_;
+  std::mutex writers_;  ///< one change at a time, from copy to publication
+  mutable std::mutex snapshotLock_;
+  RuleSnapshot snapshot_;
+  std::uint32_t nextRuleId_ = 1;
+};
+
+/// The first rule of the list with the id; null when there is none.
+[[nodiscard]] const ThresholdRule* FindRule(const RuleList& rules, std::uint32_t ruleId);
+
+/// A rule as Add Rule and the presets start from: enabled, no ceilings, notify and log, cooldown 60 s.
+[[nodiscard]] ThresholdRule MakeNewRule(std::uint32_t ruleId);
