@@ -1,7 +1,7 @@
 # The compile and link options of every target of ours travel through one INTERFACE target, so that a folder's list of sources says
 # nothing about warnings or sanitizers.
 add_library(vantora_options INTERFACE)
-target_include_directories(vantora_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_include_directories(vantora_options INTERFACE "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/generated")
 
 if(MSVC)
   target_compile_options(vantora_options INTERFACE /W4 /WX /permissive- /utf-8)
