@@ -1,7 +1,7 @@
 #pragma once
 
-// The system's dark theme for classic dialogs, by the theme library's undocumented entry points. Where one is missing everything here
-// does nothing and the program looks as it always does.
+// The system's dark theme for classic dialogs, by the theme library's undocumented entry points. Where one is missing everything
+// here does nothing and the program looks as it always does.
 
 #include <windows.h>
 
@@ -24,9 +24,12 @@ void InitDarkMode();
 [[nodiscard]] unsigned GetWindowsBuildNumber();
 
 void RefreshTitleBarTheme(HWND window);
+/// Whether a dialog's menu bar is drawn dark as well. It is not part of the client area: its painting goes in between the title
+/// bar and the dialog's own colours, so that it sees messages first.
+enum class DarkMenuBar { kNone, kDraw };
+
 /// During WM_INITDIALOG. Per-dialog data live until the dialog is destroyed.
-void ApplyDarkModeToDialog(HWND dialog, COLORREF text, COLORREF background, std::span<const int> controlIds);
-/// Themes list and header, and gives the list the dark colours while dark mode is on.
+void ApplyDarkModeToDialog(HWND dialog, COLORREF text, COLORREF background, std::span<const int> controlIds,
+                           DarkMenuBar menuBar = DarkMenuBar::kNone);
+/// Themes list and header, and gives the list the dark colours while dark mode is on. After the dialog itself.
 void ApplyDarkModeToListView(HWND list);
-/// Draws the window's menu bar dark while dark mode is on.
-void InstallDarkMenuBar(HWND window);

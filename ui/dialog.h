@@ -1,7 +1,7 @@
 #pragma once
 
-// The one base of all dialogs: binds the object to its window at WM_INITDIALOG, routes messages to handlers, and owns what every dialog
-// has: icons, dark colours, anchors, minimum size. A dialog is a resource, a class with state, and handlers.
+// The one base of all dialogs: binds the object to its window at WM_INITDIALOG, routes messages to handlers, and owns what every
+// dialog has: icons, dark colours, anchors, minimum size. A dialog is a resource, a class with state, and handlers.
 
 #include <windows.h>
 
@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ui/dark_mode.h"
 #include "ui/layout.h"
 
 /// One row of a dialog's command table: a menu item or button and what it does.
@@ -58,17 +59,20 @@ class Dialog {
   /// WM_NOTIFY; what it returns is the dialog procedure's result.
   virtual INT_PTR OnNotify(const NMHDR& header);
   virtual void OnTimer(UINT_PTR timerId);
-  /// Any other message; empty: not handled.
+  /// Any other message, and WM_SIZE and WM_GETMINMAXINFO once the base has done its part; empty: not handled.
   virtual std::optional<INT_PTR> OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
   /// WM_DESTROY.
   virtual void OnDestroy();
 
-  /// Ends a modal dialog with the result.
+  /// Ends a modal dialog with the result. A modeless one has no result and overrides OnCommand.
   void End(INT_PTR result);
+  /// For messages whose sender reads a value: leaves it in the window and returns what the handler then returns.
+  [[nodiscard]] INT_PTR Reply(LRESULT result) const;
 
   [[nodiscard]] HINSTANCE Instance() const { return instance_; }
   /// Null when the dialog has no such control; all helpers below then do nothing.
   [[nodiscard]] HWND Item(int id) const;
+  /// At most maxChars characters, the terminator not counted.
   [[nodiscard]] std::wstring ItemText(int id, std::size_t maxChars) const;
   void SetItemText(int id, const std::wstring& text) const;
   void SetItemNumber(int id, std::uint32_t value) const;
@@ -79,11 +83,12 @@ class Dialog {
   void EnableItem(int id, bool enabled) const;
   void ShowItem(int id, bool shown) const;
 
-  /// Dark mode for the dialog and the listed controls, with the program's two colours; without effect where dark mode is unavailable.
-  void ApplyDarkMode(std::span<const int> controlIds);
+  /// Dark mode for the dialog and the listed controls, with the program's two colours; without effect where dark mode is
+  /// unavailable. `menuBar`: the dialog has a menu bar, which is drawn dark too.
+  void ApplyDarkMode(std::span<const int> controlIds, DarkMenuBar menuBar = DarkMenuBar::kNone);
 
-  /// From now on resizing moves the controls by the table and the window cannot become smaller than it is, `extraMinHeightPx` added.
-  /// `eraseOnResize`: whether the invalidation after a resize erases.
+  /// From now on resizing moves the controls by the table and the window cannot become smaller than it is, `extraMinHeightPx`
+  /// added. `eraseOnResize`: whether the invalidation after a resize erases.
   void StartLayout(std::span<const AnchorRow> rows, int extraMinHeightPx, bool eraseOnResize);
 
  private:

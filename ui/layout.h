@@ -1,7 +1,7 @@
 #pragma once
 
-// Where a resizable dialog's controls go when it grows: each control has its rectangle at opening and says by flags what follows the
-// growth. Arithmetic only; the dialog moves the windows.
+// Where a resizable dialog's controls go when it grows: each control has its rectangle at opening and says by flags what follows
+// the growth. Arithmetic only; the dialog moves the windows.
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// The program's windows that open on threads of their own, as the tray window and the menus start them. Each routine runs its window
-// until it closes.
+// The program's windows that open on threads of their own, as the tray window and the menus start them. Each routine runs its
+// window until it closes.
 
 #include "ui/program.h"
 
