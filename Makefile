@@ -1,0 +1,71 @@
+# Thin over CMake's presets: each command installs what it needs, builds what it needs, and says what it left where.
+
+HOST_PACKAGES := cmake ninja-build g++ googletest
+WINDOWS_PACKAGES := cmake ninja-build g++-mingw-w64-x86-64-posix googletest
+WINE_PACKAGES := wine wine64 xvfb openbox fonts-liberation imagemagick x11-utils xdotool trayer osslsigncode openssl python3
+LINT_PACKAGES := $(HOST_PACKAGES) $(WINDOWS_PACKAGES) clang clang-format clang-tidy git
+FUZZ_PACKAGES := cmake ninja-build clang libclang-rt-14-dev
+JOBS := $(shell nproc 2>/dev/null || echo 2)
+
+.PHONY: help run test test-host test-windows exe console installer package bench fuzz screenshots lint format clean
+
+help:
+	@echo "make run | test | test-host | test-windows | exe | console | installer | package | bench | fuzz | screenshots | lint | format | clean"
+
+run: exe
+	@scripts/need $(WINE_PACKAGES)
+	@scripts/run-demo
+
+test:
+	@scripts/need $(HOST_PACKAGES) $(WINDOWS_PACKAGES) $(WINE_PACKAGES) $(FUZZ_PACKAGES) nsis zip
+	@scripts/test host tsan fuzz windows
+
+test-host:
+	@scripts/need $(HOST_PACKAGES)
+	@scripts/test host tsan
+
+test-windows:
+	@scripts/need $(WINDOWS_PACKAGES) $(WINE_PACKAGES) nsis zip
+	@scripts/test windows
+
+exe:
+	@scripts/need $(WINDOWS_PACKAGES)
+	@cmake --preset windows >/dev/null && cmake --build --preset windows --target vantora -- -j$(JOBS)
+	@echo "build/windows/vantora.exe"
+
+console:
+	@scripts/need $(HOST_PACKAGES)
+	@cmake --preset host >/dev/null && cmake --build --preset host --target vantora-console -- -j$(JOBS)
+	@echo "build/host/vantora-console"
+
+installer: exe
+	@scripts/need nsis
+	@scripts/installer
+
+package: exe
+	@scripts/need zip
+	@scripts/package
+
+bench:
+	@scripts/need $(HOST_PACKAGES) libbenchmark-dev
+	@cmake --preset host-release >/dev/null && cmake --build --preset host-release -- -j$(JOBS)
+	@for program in build/host-release/bench/*_bench; do "$$program" || exit 1; done
+
+fuzz:
+	@scripts/need $(FUZZ_PACKAGES)
+	@scripts/fuzz $(SECONDS)
+
+screenshots: exe
+	@scripts/need $(WINE_PACKAGES)
+	@scripts/screenshots
+
+lint:
+	@scripts/need $(LINT_PACKAGES)
+	@mkdir -p build && scripts/lint
+
+format:
+	@scripts/need clang-format git
+	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	@rm -rf build
