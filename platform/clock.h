@@ -1,7 +1,7 @@
 #pragma once
 
-// Time behind a seam: ticks, local time and waiting, so that intervals, cooldowns, throttles and tick wrap-around are tested without
-// waiting. The system's clock and the tests' fake implement it.
+// Time behind a seam: ticks, local time and waiting, so that intervals, cooldowns, throttles and tick wrap-around are tested
+// without waiting. The system's clock and the tests' fake implement it.
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// The program's diagnostic lines. On Windows they go to the system debugger channel, in host tools to stderr; nothing written here is
-// shown to the user. Kept apart so that every folder can report without knowing where the line ends up.
+// The program's diagnostic lines. On Windows they go to the system debugger channel, in host tools to stderr; nothing written
+// here is shown to the user. Kept apart so that every folder can report without knowing where the line ends up.
 
 #include <string_view>
 
@@ -9,6 +9,7 @@
 /// Adds no time, level, prefix or line end.
 void DebugLog(const wchar_t* format, ...);
 
-/// Receives every diagnostic line instead of the system, for tests. Null restores the system's channel. Must itself be thread-safe.
+/// Receives every diagnostic line instead of the system, for tests. Null restores the system's channel. Must itself be
+/// thread-safe.
 using DiagnosticHook = void (*)(std::wstring_view line);
 void SetDiagnosticHook(DiagnosticHook hook);

@@ -16,7 +16,8 @@ class Event {
   Event(Event&&) noexcept;
   Event& operator=(Event&&) noexcept;
 
-  /// Creates the event, not signalled. False with the system's error code in `error` when the system refuses; the event is then empty.
+  /// Creates the event, not signalled. False with the system's error code in `error` when the system refuses; the event is then
+  /// empty.
   [[nodiscard]] bool Create(Reset reset, std::uint32_t& error);
   void Close();
   [[nodiscard]] bool IsOpen() const;

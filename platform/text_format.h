@@ -1,7 +1,7 @@
 #pragma once
 
-// Wide formatted text as a string: one printf for the whole program, with the same meaning on Windows and on the host. "%ls" is wide
-// text everywhere; sizes are printed through a cast to unsigned or unsigned long long, since old runtimes lack "%zu".
+// Wide formatted text as a string: one printf for the whole program, with the same meaning on Windows and on the host. "%ls" is
+// wide text everywhere; sizes are printed through a cast to unsigned or unsigned long long, since old runtimes lack "%zu".
 
 #include <cstdarg>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
-// A worker thread with what the engine needs from one: the system's error when it cannot start, idle priority, its id, and an end that
-// is waited for only so long.
+// A worker thread with what the engine needs from one: the system's error when it cannot start, idle priority, its id, and an end
+// that is waited for only so long.
 
 #include <cstdint>
 #include <functional>

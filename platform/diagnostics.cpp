@@ -1,0 +1,30 @@
+#include "platform/diagnostics.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <string>
+
+#include "platform/diagnostic_channel.h"
+#include "platform/text_format.h"
+
+namespace {
+constexpr std::size_t kMaxLineChars = 1022;
+
+std::atomic<DiagnosticHook> diagnosticHook{nullptr};
+}  // namespace
+
+void DebugLog(const wchar_t* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::wstring line = FormatTextList(format, arguments);
+  va_end(arguments);
+  if (line.size() > kMaxLineChars) line.resize(kMaxLineChars);
+
+  if (const DiagnosticHook hook = diagnosticHook.load()) {
+    hook(line);
+  } else {
+    WriteDiagnosticLine(line);
+  }
+}
+
+void SetDiagnosticHook(DiagnosticHook hook) { diagnosticHook.store(hook); }

@@ -1,0 +1,58 @@
+#include "platform/thread.h"
+
+#include "platform/handles.h"
+
+struct Thread::Impl {
+  UniqueHandle handle;
+  DWORD id = 0;
+};
+
+namespace {
+
+using Routine = std::function<void()>;
+
+DWORD WINAPI RunRoutine(void* parameter) {
+  const std::unique_ptr<Routine> routine(static_cast<Routine*>(parameter));
+  (*routine)();
+  return 0;
+}
+
+}  // namespace
+
+Thread::Thread() = default;
+Thread::~Thread() = default;
+Thread::Thread(Thread&&) noexcept = default;
+Thread& Thread::operator=(Thread&&) noexcept = default;
+
+bool Thread::Start(std::function<void()> routine, std::uint32_t& error) {
+  auto impl = std::make_unique<Impl>();
+  auto parameter = std::make_unique<Routine>(std::move(routine));
+  impl->handle.reset(::CreateThread(nullptr, 0, RunRoutine, parameter.get(), 0, &impl->id));
+  if (impl->handle == nullptr) {
+    error = ::GetLastError();
+    return false;
+  }
+  parameter.release();  // the new thread owns it now
+  impl_ = std::move(impl);
+  return true;
+}
+
+bool Thread::IsStarted() const { return impl_ != nullptr; }
+
+std::uint32_t Thread::Id() const { return impl_ != nullptr ? impl_->id : 0; }
+
+void Thread::SetIdlePriority() {
+  if (impl_ != nullptr) ::SetThreadPriority(impl_->handle.get(), THREAD_PRIORITY_IDLE);
+}
+
+bool Thread::WaitForEnd(std::uint32_t timeoutMs) {
+  return impl_ == nullptr || ::WaitForSingleObject(impl_->handle.get(), timeoutMs) == WAIT_OBJECT_0;
+}
+
+void Thread::Release() { impl_.reset(); }
+
+bool StartDetachedThread(std::function<void()> routine) {
+  Thread thread;
+  std::uint32_t error = 0;
+  return thread.Start(std::move(routine), error);
+}
