@@ -1,0 +1,41 @@
+#include "ui/exclusions_text.h"
+
+namespace {
+
+/// What the Windows runtime's wide-character test calls white space. Spelled out, because the test of another runtime depends on
+/// its locale and a list must not change with the machine it is edited on.
+bool IsWhiteSpace(wchar_t character) {
+  const auto code = static_cast<unsigned long>(character);
+  return (code >= 0x09 && code <= 0x0D) || code == 0x20 || code == 0x85 || code == 0xA0 || code == 0x1680 ||
+         (code >= 0x2000 && code <= 0x200A) || code == 0x2028 || code == 0x2029 || code == 0x202F || code == 0x205F ||
+         code == 0x3000;
+}
+
+std::wstring_view Trim(std::wstring_view text) {
+  while (!text.empty() && IsWhiteSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsWhiteSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+}  // namespace
+
+std::vector<std::wstring> SplitExclusions(std::wstring_view text) {
+  std::vector<std::wstring> exclusions;
+  while (!text.empty()) {
+    const std::size_t lineEnd = text.find_first_of(L"\r\n");
+    const std::wstring_view pattern = Trim(text.substr(0, lineEnd));
+    if (!pattern.empty()) exclusions.emplace_back(pattern);
+    if (lineEnd == std::wstring_view::npos) break;
+    text.remove_prefix(lineEnd + 1);
+  }
+  return exclusions;
+}
+
+std::wstring JoinExclusions(const std::vector<std::wstring>& exclusions) {
+  std::wstring text;
+  for (const std::wstring& pattern : exclusions) {
+    if (!text.empty()) text += L"\r\n";
+    text += pattern;
+  }
+  return text;
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+// The page of the main window that shows the newest alerts. Nobody tells it of an alert: the window's timer makes it look.
+
+#include "ui/program.h"
+#include "ui/recent_alerts_rows.h"
+
+/// Used on the window's thread; lives as long as the window.
+class RecentAlertsPage {
+ public:
+  explicit RecentAlertsPage(Program& program);
+
+  /// Columns; the first Refresh then shows what there is.
+  void OnInitDialog(HWND dialog);
+  /// Brings the rows up to date with one repaint. Cheap when nothing has changed.
+  void Refresh();
+  /// At the mouse pointer; the choice arrives as the dialog's WM_COMMAND.
+  void ShowContextMenu();
+  /// Clear Log, without asking.
+  void Clear();
+
+ private:
+  Program& program_;
+  RecentAlertsRows rows_;
+  HWND dialog_ = nullptr;
+  HWND list_ = nullptr;
+};
