@@ -37,7 +37,9 @@ std::wstring LoadFilterString(UINT id) {
 }
 
 std::wstring FormatResString(UINT id, ...) {
-  const std::wstring format = LoadResString(id);
+  std::wstring format = LoadResString(id);
+  // The texts say "%s" for wide text, which the runtimes read differently in a wide format; "%ls" means the same to all.
+  for (std::size_t at = format.find(L"%s"); at != std::wstring::npos; at = format.find(L"%s", at)) format.replace(at, 2, L"%ls");
   std::va_list arguments;
   va_start(arguments, id);
   std::wstring text = FormatTextList(format.c_str(), arguments);
