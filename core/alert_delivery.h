@@ -1,13 +1,13 @@
 #pragma once
 
-// What happens to an alert on the tray window's thread: it enters the recent list, and its rule's actions are carried out. The throttle
-// and the texts of balloons are decided here, without a window; the outputs do what only the system can.
+// What happens to an alert on the tray window's thread: it enters the recent list, and its rule's actions are carried out. The
+// throttle and the texts of balloons are decided here, without a window; the outputs do what only the system can.
 
 #include <cstdint>
 #include <string>
 
-#include "core/records.h"
 #include "core/recent_alerts.h"
+#include "core/records.h"
 #include "platform/clock.h"
 
 /// The settings that delivery reads, copied out for each alert.

@@ -1,7 +1,7 @@
 #pragma once
 
-// The heart of the program: one worker thread that samples all processes once per interval, computes CPU, checks every enabled rule and
-// hands each violation that no cooldown holds back to the sink. Knows nothing of windows, files or the registry.
+// The heart of the program: one worker thread that samples all processes once per interval, computes CPU, checks every enabled
+// rule and hands each violation that no cooldown holds back to the sink. Knows nothing of windows, files or the registry.
 
 #include <cstdint>
 #include <memory>
@@ -32,8 +32,8 @@ class MonitorEngine {
 
   /// Starts the worker; failures are diagnostic lines only. The first cycle runs one interval later.
   void Start();
-  /// Ends the worker, waiting at most 10 s, and forgets all history. Safe when not running and when called twice. A worker that has not
-  /// ended keeps its own state alive and alerts nobody any more.
+  /// Ends the worker, waiting at most 10 s, and forgets all history. Safe when not running and when called twice. A worker that
+  /// has not ended keeps its own state alive and alerts nobody any more.
   void Stop();
 
   /// One cycle on the calling thread. The worker's step; tests call it directly. Not while the worker runs.

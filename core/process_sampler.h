@@ -1,7 +1,7 @@
 #pragma once
 
-// The seam between the monitor and the machine. Everything the sampling logic knows about processes comes through here, so that the
-// same logic runs over the live system, a recording, or a table made up by a test.
+// The seam between the monitor and the machine. Everything the sampling logic knows about processes comes through here, so that
+// the same logic runs over the live system, a recording, or a table made up by a test.
 
 #include <cstdint>
 #include <memory>

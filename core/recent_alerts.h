@@ -1,7 +1,7 @@
 #pragma once
 
-// The in-memory list of the newest alerts (oldest first, at most 1000) with the flag and the running count that views poll. The lock is
-// inside: nobody else can hold it while touching a control, a file or another lock.
+// The in-memory list of the newest alerts (oldest first, at most 1000) with the flag and the running count that views poll. The
+// lock is inside: nobody else can hold it while touching a control, a file or another lock.
 
 #include <cstdint>
 #include <deque>
@@ -38,8 +38,8 @@ class RecentAlerts {
 
   [[nodiscard]] bool AlertsChanged() const;
   void SetAlertsChanged();
-  /// The poll of a view: false when nothing changed since the flag was last taken. Otherwise clears the flag, copies what lies between
-  /// `cursor` and the newest alert, and advances `cursor`.
+  /// The poll of a view: false when nothing changed since the flag was last taken. Otherwise clears the flag, copies what lies
+  /// between `cursor` and the newest alert, and advances `cursor`.
   [[nodiscard]] bool TakeChanges(Cursor& cursor, Changes& changes);
 
  private:

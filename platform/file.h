@@ -1,6 +1,7 @@
 #pragma once
 
-// Whole-file byte access: the only place where the stores touch the file system. Paths are wide text; the host converts them to UTF-8.
+// Whole-file byte access: the only place where the stores touch the file system. Paths are wide text; the host converts them to
+// UTF-8.
 
 #include <cstdint>
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
-// The text files' common form: UTF-8 with a byte-order mark, CR LF line ends on disk, LF in memory. Reading accepts the mark or its
-// absence and CR LF or LF, replaces what is not valid UTF-8 by U+FFFD, reads a UTF-16 file by its mark, and ends at a Ctrl+Z as the
-// runtime's text mode does.
+// The text files' common form: UTF-8 with a byte-order mark, CR LF line ends on disk, LF in memory. Reading accepts the mark or
+// its absence and CR LF or LF, replaces what is not valid UTF-8 by U+FFFD, reads a UTF-16 file by its mark, and ends at a Ctrl+Z
+// as the runtime's text mode does.
 
 #include <optional>
 #include <string>
@@ -21,8 +21,8 @@ inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 [[nodiscard]] WriteResult WriteTextFile(const std::wstring& path, std::wstring_view text);
 [[nodiscard]] WriteResult AppendTextFile(const std::wstring& path, std::wstring_view text);
 
-/// Hands out lines as the runtime's line reader does: at most 2047 characters a read, the line end included when it fits; the rest of a
-/// longer line comes as the next read. Borrows the text.
+/// Hands out lines as the runtime's line reader does: at most 2047 characters a read, the line end included when it fits; the
+/// rest of a longer line comes as the next read. Borrows the text.
 class LineReader {
  public:
   static constexpr std::size_t kMaxReadChars = 2047;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The program's one list of rules with the counter that hands out ids, and its file. Readers take immutable snapshots; a change edits a
-// copy, saves the file and then publishes, as one step for every reader. The formats live in rules_csv and rules_json.
+// The program's one list of rules with the counter that hands out ids, and its file. Readers take immutable snapshots; a change
+// edits a copy, saves the file and then publishes, as one step for every reader. The formats live in rules_csv and rules_json.
 
 #include <cstdint>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
-// The global settings as a value, and the holder through which threads read and change them: copied out and replaced under a mutex, so
-// that no reader ever sees a half-changed path. The poll interval and the exclusions live in the monitor engine.
+// The global settings as a value, and the holder through which threads read and change them: copied out and replaced under a
+// mutex, so that no reader ever sees a half-changed path. The poll interval and the exclusions live in the monitor engine.
 
 #include <cstdint>
 #include <functional>
@@ -17,9 +17,7 @@ struct WindowPlacement {
   std::int32_t right = 0;
   std::int32_t bottom = 0;
 
-  [[nodiscard]] bool HasSize() const {
-    return std::int64_t{right} - left > 0 && std::int64_t{bottom} - top > 0;
-  }
+  [[nodiscard]] bool HasSize() const { return std::int64_t{right} - left > 0 && std::int64_t{bottom} - top > 0; }
   bool operator==(const WindowPlacement&) const = default;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// The settings in the current user's registry hive, and what is carried over from the earlier product. Windows builds only; nothing
-// here reports to the user.
+// The settings in the current user's registry hive, and what is carried over from the earlier product. Windows builds only;
+// nothing here reports to the user.
 
 #include <string>
 

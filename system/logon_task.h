@@ -1,7 +1,7 @@
 #pragma once
 
-// The scheduled task that starts the program with administrator rights at logon. Each call initialises COM for its thread and puts it
-// back; all block for as long as the Task Scheduler takes.
+// The scheduled task that starts the program with administrator rights at logon. Each call initialises COM for its thread and
+// puts it back; all block for as long as the Task Scheduler takes.
 
 /// True exactly when the task can be read; any failure is false.
 [[nodiscard]] bool IsAdminTaskInstalled();

@@ -1,7 +1,7 @@
 #pragma once
 
-// What is known about newer versions: the last check's answer, whether it offers an update, and whether an installation is under way.
-// Shared by the update threads, the tray window and the main window.
+// What is known about newer versions: the last check's answer, whether it offers an update, and whether an installation is under
+// way. Shared by the update threads, the tray window and the main window.
 
 #include <atomic>
 #include <mutex>
