@@ -31,7 +31,10 @@ class RandomReadFile {
 
 enum class WriteResult { kWritten, kCannotOpen, kWriteFailed };
 
-/// Creates or truncates the file in place and writes the bytes with one write, flushed before it is closed.
+/// Makes the bytes the file's whole content, in place: one write over what is there, the rest of a longer old file cut off,
+/// flushed before it is closed. A program killed meanwhile leaves the old file or the new one; only in the moment between write
+/// and cut the new bytes are followed by the rest of the old ones. A disk that fills up leaves the file damaged (kWriteFailed)
+/// until the next whole write.
 [[nodiscard]] WriteResult WriteWholeFile(const std::wstring& path, std::string_view bytes);
 
 /// Appends the bytes with one write, creating the file when it is missing; `whenEmpty` goes first when the file had no bytes.

@@ -14,11 +14,14 @@ inline constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 /// UTF-8 bytes of wide text with every LF turned into CR LF; a lone surrogate becomes U+FFFD. No byte-order mark.
 [[nodiscard]] std::string EncodeTextFile(std::wstring_view text);
-/// The reverse: mark skipped, CR LF turned into LF. Never fails; damaged input gives replacement characters.
+/// The reverse: mark skipped, CR LF turned into LF. Never fails; damaged input gives replacement characters, NULs stay.
 [[nodiscard]] std::wstring DecodeTextFile(std::string_view bytes);
 
+/// Empty when the file cannot be read or memory for its text cannot be had.
 [[nodiscard]] std::optional<std::wstring> ReadTextFile(const std::wstring& path);
+/// Writes mark and text; kWriteFailed also when memory for the bytes cannot be had, the file then as it was.
 [[nodiscard]] WriteResult WriteTextFile(const std::wstring& path, std::wstring_view text);
+/// Appends in the encoding that the file's mark names; an empty or new file gets the UTF-8 mark first.
 [[nodiscard]] WriteResult AppendTextFile(const std::wstring& path, std::wstring_view text);
 
 /// Hands out lines as the runtime's line reader does: at most 2047 characters a read, the line end included when it fits; the
@@ -29,6 +32,9 @@ class LineReader {
   explicit LineReader(std::wstring_view text) : rest_(text) {}
   /// False at the end of the text.
   [[nodiscard]] bool Next(std::wstring_view& line);
+  /// As Next, but leaves a last read alone that more text could still make longer.
+  [[nodiscard]] bool NextComplete(std::wstring_view& line);
+  [[nodiscard]] std::wstring_view Rest() const { return rest_; }
 
  private:
   std::wstring_view rest_;
