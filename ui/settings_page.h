@@ -30,8 +30,8 @@ class SettingsPage {
 
  private:
   void ApplySettingsPanel();
-  void ChooseLogFile();
-  void ChooseSoundFile();
+  /// Lets `choose` replace the field's path.
+  void ChoosePath(WORD fieldId, bool (*choose)(HWND owner, std::wstring& path));
   void EnableApply(bool enabled) const;
 
   Program& program_;
