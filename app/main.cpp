@@ -1,0 +1,79 @@
+// The program's entry: the jobs of the command line, start-up, the message loop, the end.
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include "app/command_line.h"
+#include "app/process_objects.h"
+#include "app/running_instance.h"
+#include "app/start_up.h"
+#include "app/tray_window.h"
+#include "platform/diagnostics.h"
+#include "platform/handles.h"
+#include "system/logon_task.h"
+#include "ui/dark_mode.h"
+
+namespace {
+
+void RegisterControls() {
+  INITCOMMONCONTROLSEX controls{};
+  controls.dwSize = sizeof(controls);
+  controls.dwICC = ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES | ICC_BAR_CLASSES | ICC_TAB_CLASSES | ICC_UPDOWN_CLASS |
+                   ICC_PROGRESS_CLASS | ICC_HOTKEY_CLASS | ICC_ANIMATE_CLASS;
+  ::InitCommonControlsEx(&controls);
+}
+
+/// The exit code of a start that does one job and ends.
+int RunJob(StartJob job, const InstanceName& name) {
+  switch (job) {
+    case StartJob::kInstallAdminTask:
+      return InstallAdminTask() ? 0 : 1;
+    case StartJob::kRemoveAdminTask:
+      return RemoveAdminTask() ? 0 : 1;
+    default:
+      TerminateInstance(name);
+      return 0;
+  }
+}
+
+int RunMessageLoop(TrayWindow& tray) {
+  MSG message{};
+  while (::GetMessageW(&message, nullptr, 0, 0) > 0) {
+    if (tray.TranslateDialogMessage(message)) continue;
+    ::TranslateMessage(&message);
+    ::DispatchMessageW(&message);
+  }
+  return static_cast<int>(message.wParam);
+}
+
+/// Everything is saved and the icon is gone. Dialogs, file choosers and update threads may still be at work: the process ends
+/// under them in one step, without waiting for a lock that one of them holds and without unloading what they run in.
+[[noreturn]] void EndProcess(int exitCode) {
+  ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(exitCode));
+  ::ExitProcess(static_cast<UINT>(exitCode));
+}
+
+}  // namespace
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
+  RegisterControls();
+  InitDarkMode();
+  const InstanceName name = ProgramInstanceName();
+  TrayWindow::RegisterWindowClass(instance, name.windowClass);
+
+  const StartOptions options = ParseCommandLine(::GetCommandLineW());
+  if (options.job != StartJob::kRun) return RunJob(options.job, name);
+  if (options.replaceRunning) ReplaceInstance(name);
+  ReplaceInstance(LegacyInstanceName());
+
+  // Its name tells others, the installer among them, that an instance runs; nobody here waits on it.
+  const UniqueHandle running(::CreateEventW(nullptr, FALSE, FALSE, L"Global\\VantoraRunning"));
+  ProcessObjects& objects = TheProcess();
+  std::uint32_t error = 0;
+  if (!objects.updates.UpdateAvailableEvent.Create(Event::Reset::kManual, error)) {
+    DebugLog(L"wWinMain - CreateEvent failed: %u", error);
+  }
+  if (!InitInstance(objects, name, options.startInTray)) return 0;
+  EndProcess(RunMessageLoop(objects.tray));
+}
