@@ -1,0 +1,12 @@
+#pragma once
+
+// The mandatory label that keeps programs without administrator rights from changing what an elevated one is about to start.
+// Windows builds only.
+
+#include <windows.h>
+
+/// The rights that a file or folder is to be opened with for the label.
+inline constexpr DWORD kLabelAccess = READ_CONTROL | WRITE_OWNER;
+
+/// High integrity, no writing from below, inherited by what a folder comes to hold. False when the file system refuses.
+bool LabelHighIntegrity(HANDLE fileOrFolder);

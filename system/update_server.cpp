@@ -1,0 +1,3 @@
+#include "system/update_config.h"
+
+std::wstring UpdateServer() { return L"" VANTORA_UPDATE_SERVER; }
