@@ -24,6 +24,7 @@ using UniqueFont = Unique<HFONT, ::DeleteObject>;
 using UniqueBrush = Unique<HBRUSH, ::DeleteObject>;
 using UniqueIcon = Unique<HICON, ::DestroyIcon>;
 using UniqueMenu = Unique<HMENU, ::DestroyMenu>;
+using UniqueHook = Unique<HHOOK, ::UnhookWindowsHookEx>;
 using UniqueModule = Unique<HMODULE, ::FreeLibrary>;
 
 /// CreateFileW answers INVALID_HANDLE_VALUE, not null; this makes an owner of either.

@@ -20,5 +20,6 @@ struct Program {
   RecentAlerts& recentAlerts;
   UpdateState& updates;
   std::atomic<HWND> trayWindow{nullptr};        ///< set by start-up; every message to the program as a whole goes there
+  std::atomic<bool> mainDialogOpening{false};   ///< from the request until the handle below is set: a second request does nothing
   std::atomic<HWND> MainDialogHandle{nullptr};  ///< the open main window, kept by that window itself
 };

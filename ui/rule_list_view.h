@@ -1,0 +1,38 @@
+#pragma once
+
+// The rule list of the main window: shows the store's rules, row i the rule at position i, and says which rules the user means.
+// Every row carries its rule's id, and only by that is a rule ever found again: the list may have changed since the row was made.
+
+#include <windows.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "storage/rule_store.h"
+
+/// Main window's thread only. A dialog without the list is left alone.
+class RuleListView {
+ public:
+  explicit RuleListView(RuleStore& rules) : rules_(rules) {}
+
+  /// Makes the columns and shows the rules.
+  void OnInitDialog(HWND dialog);
+  /// Rebuilds the rows. The selection is lost; the keyboard's row and the scroll position stay where rows are left for them.
+  void Refresh();
+
+  [[nodiscard]] HWND Window() const { return list_; }
+  /// Top to bottom.
+  [[nodiscard]] std::vector<std::uint32_t> SelectedRuleIds() const;
+  [[nodiscard]] std::optional<std::uint32_t> RuleIdOfRow(int row) const;
+
+  /// Changes the row's rule as the cell's text says, saves, and rewrites that cell alone. Nothing when the rule is gone.
+  void ApplyInPlaceEdit(int row, int column, const std::wstring& text);
+
+ private:
+  void InsertRow(int row, const ThresholdRule& rule) const;
+
+  RuleStore& rules_;
+  HWND list_ = nullptr;
+};
