@@ -1,0 +1,115 @@
+#include "system/download.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "captured_lines.h"
+#include "fake_http_client.h"
+
+namespace {
+
+constexpr wchar_t kUrl[] = L"https://localhost/file";
+
+/// Allocations above this fail on the thread that sets it.
+thread_local std::size_t largestAllocation = static_cast<std::size_t>(-1);
+
+std::string Pattern(std::size_t bytes) {
+  std::string pattern(bytes, '\0');
+  for (std::size_t i = 0; i < bytes; ++i) pattern[i] = static_cast<char>(i * 31 % 251);
+  return pattern;
+}
+
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+  void* memory = bytes > largestAllocation ? nullptr : std::malloc(bytes);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+TEST(Download, ReturnsTheBodyWhateverItsSizeAndPieces) {
+  for (const std::size_t size : {0U, 1U, 16'383U, 16'384U, 16'385U, 1'000'000U}) {
+    for (const std::size_t piece : {std::size_t{1'000}, std::string::npos}) {
+      FakeHttpClient http;
+      http.body = Pattern(size);
+      http.pieceBytes = piece;
+      CapturedLines lines;
+      std::string body = "left over";
+      ASSERT_TRUE(DownloadFile(http, kUrl, body));
+      EXPECT_EQ(body, http.body);
+      EXPECT_EQ(http.largestRead, 16'384U);
+      EXPECT_EQ(http.timeoutMs, 30'000U) << "set before the address was opened";
+      EXPECT_EQ(http.agent, L"Vantora");
+      EXPECT_EQ(http.closes, 1);
+      const std::vector<std::wstring> expected = {L"DownloadFile URL: https://localhost/file\n",
+                                                  L"Returned download size of " + std::to_wstring(size) + L" bytes"};
+      EXPECT_EQ(lines.Lines(), expected);
+    }
+  }
+}
+
+TEST(Download, FailsWhereTheAnswerCannotBeTrusted) {
+  struct Case {
+    const char* name;
+    void (*breakIt)(FakeHttpClient&);
+    const wchar_t* line;
+  };
+  const Case kCases[] = {
+      {"no session", [](FakeHttpClient& http) { http.sessionOpens = false; }, L"\n ERROR: Open Internet 1"},
+      {"no connection", [](FakeHttpClient& http) { http.urlOpens = false; }, L"ERROR - AS_ERROR_CONNECT_GENERAL"},
+      {"not found", [](FakeHttpClient& http) { http.status = 404; }, L"HTTP error 404 for URL: https://localhost/file"},
+      {"no content", [](FakeHttpClient& http) { http.status = 204; }, L"HTTP error 204 for URL: https://localhost/file"},
+      {"redirected to http", [](FakeHttpClient& http) { http.answeringUrl = L"http://localhost/file"; },
+       L"ERROR: answer did not"},
+      {"unknown address", [](FakeHttpClient& http) { http.answeringUrl.clear(); }, L"ERROR: answer did not"},
+      {"look-alike scheme", [](FakeHttpClient& http) { http.answeringUrl = L"httpsx://localhost/"; }, L"ERROR: answer did not"},
+  };
+  for (const Case& c : kCases) {
+    FakeHttpClient http;
+    http.body = "0.0.2.9";
+    c.breakIt(http);
+    CapturedLines lines;
+    std::string body = "left over";
+    EXPECT_FALSE(DownloadFile(http, kUrl, body)) << c.name;
+    EXPECT_EQ(body, "") << c.name;
+    EXPECT_TRUE(lines.Has(c.line)) << c.name;
+    EXPECT_EQ(http.closes, 1) << c.name;
+  }
+}
+
+TEST(Download, TakesTheBodyOfAnAnswerWithoutReadableStatus) {
+  FakeHttpClient http;
+  http.status.reset();
+  http.body = "0.0.2.9";
+  http.answeringUrl = L"HTTPS://localhost/elsewhere";
+  std::string body;
+  EXPECT_TRUE(DownloadFile(http, kUrl, body));
+  EXPECT_EQ(body, "0.0.2.9");
+}
+
+TEST(Download, EndsTheBodyWhereAStalledServerTimesOut) {
+  FakeHttpClient http;
+  http.body = Pattern(100'000);
+  http.brokenAt = 40'000;
+  std::string body;
+  EXPECT_TRUE(DownloadFile(http, kUrl, body));
+  EXPECT_EQ(body, http.body.substr(0, 40'000));
+}
+
+TEST(Download, FailsWhenMemoryCannotBeHad) {
+  FakeHttpClient http;
+  http.body = Pattern(3'000'000);
+  CapturedLines lines;
+  std::string body;
+  largestAllocation = 1'000'000;
+  const bool downloaded = DownloadFile(http, kUrl, body);
+  largestAllocation = static_cast<std::size_t>(-1);
+  EXPECT_FALSE(downloaded);
+  EXPECT_EQ(body.capacity(), std::string().capacity()) << "what was had is given back";
+  EXPECT_EQ(http.closes, 1);
+  EXPECT_TRUE(lines.Has(L"ERROR: no memory for the download"));
+}
