@@ -6,9 +6,8 @@ namespace {
 /// its locale and a list must not change with the machine it is edited on.
 bool IsWhiteSpace(wchar_t character) {
   const auto code = static_cast<unsigned long>(character);
-  return (code >= 0x09 && code <= 0x0D) || code == 0x20 || code == 0x85 || code == 0xA0 || code == 0x1680 ||
-         (code >= 0x2000 && code <= 0x200A) || code == 0x2028 || code == 0x2029 || code == 0x202F || code == 0x205F ||
-         code == 0x3000;
+  return (code >= 0x09 && code <= 0x0D) || code == 0x20 || code == 0xA0 || code == 0x1680 || (code >= 0x2000 && code <= 0x200A) ||
+         code == 0x2028 || code == 0x2029 || code == 0x202F || code == 0x205F || code == 0x3000;
 }
 
 std::wstring_view Trim(std::wstring_view text) {

@@ -1,0 +1,49 @@
+#include "ui/exclusions_dialog.h"
+
+#include "res/resource.h"
+#include "storage/settings_registry.h"
+#include "ui/dialog.h"
+#include "ui/exclusions_text.h"
+#include "ui/program.h"
+
+namespace {
+
+constexpr int kDarkControls[] = {IDC_EXCLUSIONS, IDOK, IDCANCEL};
+
+class ExclusionsDialog final : public Dialog {
+ public:
+  explicit ExclusionsDialog(Program& program) : Dialog(program.instance, IDD_EXCLUSIONS), program_(program) {}
+
+ private:
+  bool OnInitDialog() override;
+  bool OnCommand(WORD id, WORD notification) override;
+  void Store();
+
+  Program& program_;
+};
+
+bool ExclusionsDialog::OnInitDialog() {
+  ApplyDarkMode(kDarkControls);
+  if (HWND edit = Item(IDC_EXCLUSIONS)) {
+    // By itself an edit box stops taking text at 30,000 characters, and cuts a longer text that is pasted; 0 lifts that.
+    ::SendMessageW(edit, EM_SETLIMITTEXT, 0, 0);
+    SetItemText(IDC_EXCLUSIONS, JoinExclusions(*program_.engine.Exclusions()));
+  }
+  return true;
+}
+
+bool ExclusionsDialog::OnCommand(WORD id, WORD notification) {
+  if (id == IDOK) Store();
+  return Dialog::OnCommand(id, notification);
+}
+
+void ExclusionsDialog::Store() {
+  const int length = ::GetWindowTextLengthW(Item(IDC_EXCLUSIONS));
+  const std::wstring text = ItemText(IDC_EXCLUSIONS, static_cast<std::size_t>(length));
+  program_.engine.SetExclusions(SplitExclusions(text));
+  SaveSettings(program_.settings, program_.engine);
+}
+
+}  // namespace
+
+void RunExclusionsDialog(HWND owner, Program& program) { ExclusionsDialog(program).RunModal(owner); }

@@ -1,0 +1,79 @@
+#include "ui/rule_exchange_commands.h"
+
+#include <shlobj.h>
+
+#include <algorithm>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/handles.h"
+#include "res/resource.h"
+#include "storage/rule_store.h"
+#include "ui/dialog_utilities.h"
+#include "ui/file_dialogs.h"
+#include "ui/message_box.h"
+
+namespace {
+
+int ShowMessage(HWND owner, UINT textId, UINT titleId, UINT style) {
+  return XMessageBox(owner, LoadResString(textId).c_str(), LoadResString(titleId).c_str(), style);
+}
+
+/// The clipboard's text as a copy of our own, so that nothing is held while the user is asked. Another program filled that
+/// memory: its size bounds the text, whether a terminator is there or not.
+std::optional<std::wstring> ReadClipboardText(HWND owner) {
+  if (!::IsClipboardFormatAvailable(CF_UNICODETEXT)) return std::nullopt;
+  const ClipboardLock clipboard(owner);
+  if (!clipboard.IsOpen()) return std::nullopt;
+  HANDLE memory = ::GetClipboardData(CF_UNICODETEXT);
+  if (memory == nullptr) return std::nullopt;
+  const auto* text = static_cast<const wchar_t*>(::GlobalLock(memory));
+  if (text == nullptr) return std::nullopt;
+  const wchar_t* end = text + ::GlobalSize(memory) / sizeof(wchar_t);
+  std::optional<std::wstring> copy;
+  try {
+    copy.emplace(text, std::find(text, end, L'\0'));
+  } catch (const std::bad_alloc&) {
+    copy.reset();
+  }
+  ::GlobalUnlock(memory);
+  return copy;
+}
+
+bool LooksLikeExportedRules(std::wstring_view text) {
+  return text.find(L"\"rules\"") != std::wstring_view::npos && text.find(L"\"processPattern\"") != std::wstring_view::npos;
+}
+
+bool ReportImport(HWND owner, bool imported) {
+  if (!imported) ShowMessage(owner, IDS_IMPORT_FAILED, IDS_APP_TITLE, MB_OK | MB_ICONERROR);
+  return imported;
+}
+
+bool ImportFromFile(HWND owner, RuleStore& rules) {
+  wchar_t documents[MAX_PATH] = L"";
+  const bool haveDocuments = SUCCEEDED(::SHGetFolderPathW(nullptr, CSIDL_PERSONAL, nullptr, SHGFP_TYPE_CURRENT, documents));
+  const std::wstring path = AskOpenPath(owner, IDS_JSON_FILTER, haveDocuments ? documents : nullptr);
+  return !path.empty() && ReportImport(owner, rules.ImportJson(path));
+}
+
+}  // namespace
+
+bool RunImportRulesCommand(HWND owner, RuleStore& rules) {
+  const std::optional<std::wstring> text = ReadClipboardText(owner);
+  if (text && LooksLikeExportedRules(*text)) {
+    const int answer = ShowMessage(owner, IDS_ASK_CLIPBOARD_IMPORT, IDS_IMPORT_TITLE, MB_YESNOCANCEL | MB_ICONQUESTION);
+    if (answer == IDYES) return ReportImport(owner, rules.ImportJsonString(*text));
+    if (answer != IDNO) return false;
+  }
+  return ImportFromFile(owner, rules);
+}
+
+void RunExportRulesCommand(HWND owner, const RuleStore& rules) {
+  const std::wstring path = AskSavePath(owner, IDS_JSON_FILTER, L"json");
+  if (path.empty()) return;
+  const bool exported = rules.ExportJson(path);
+  ShowMessage(owner, exported ? IDS_EXPORT_OK : IDS_EXPORT_FAILED, IDS_APP_TITLE,
+              exported ? MB_OK | MB_ICONINFORMATION : MB_OK | MB_ICONERROR);
+}
