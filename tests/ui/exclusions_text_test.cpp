@@ -1,0 +1,62 @@
+#include "ui/exclusions_text.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+namespace {
+
+using List = std::vector<std::wstring>;
+
+TEST(ExclusionsText, SplitsWhateverAUserTypesOrPastes) {
+  const struct {
+    const wchar_t* text;
+    List patterns;
+  } kCases[] = {
+      {L"", {}},
+      {L"\r\n\r\n \t \n\r", {}},
+      {L"  a.exe  \r\n\r\n\tb*.exe\n\rc?.exe", {L"a.exe", L"b*.exe", L"c?.exe"}},
+      {L"my app.exe\r\n", {L"my app.exe"}},
+      {L"a\nb\rc\r\nd\n", {L"a", L"b", L"c", L"d"}},
+      {L"same\nsame\nSAME", {L"same", L"same", L"SAME"}},
+      {L"\x3000wide\x3000\n\x00A0hard\x00A0\n\x2003\x2028", {L"wide", L"hard"}},
+      {L"\v\fa\v b\f", {L"a\v b"}},
+      {L"[*", {L"[*"}},
+      // Zero-width characters are no white space: they stay, wherever they stand.
+      {L"\x200B"
+       L"a\xFEFF",
+       {L"\x200B"
+        L"a\xFEFF"}},
+  };
+  for (const auto& test : kCases) EXPECT_EQ(SplitExclusions(test.text), test.patterns) << ::testing::PrintToString(test.text);
+}
+
+TEST(ExclusionsText, TakesTextWithNulsInIt) {
+  EXPECT_EQ(SplitExclusions(std::wstring_view(L"a\0b\nc", 5)), (List{std::wstring(L"a\0b", 3), L"c"}));
+}
+
+TEST(ExclusionsText, JoinsWithSeparatorsOnlyBetweenPatterns) {
+  EXPECT_EQ(JoinExclusions({}), L"");
+  EXPECT_EQ(JoinExclusions({L"a"}), L"a");
+  EXPECT_EQ(JoinExclusions({L"a", L"b c", L"*"}), L"a\r\nb c\r\n*");
+}
+
+TEST(ExclusionsText, TenThousandLinesOfAnyLineEndComeBackUnchanged) {
+  List patterns;
+  for (int i = 0; i < 10'000; ++i) patterns.push_back(L"process " + std::to_wstring(i) + L"*.exe");
+  EXPECT_EQ(SplitExclusions(JoinExclusions(patterns)), patterns);
+  for (const wchar_t* lineEnd : {L"\n", L"\r", L"\r\n", L"\r\r\n", L" \n\n "}) {
+    std::wstring text;
+    for (const std::wstring& pattern : patterns) text += pattern + lineEnd;
+    EXPECT_EQ(SplitExclusions(text), patterns);
+  }
+}
+
+TEST(ExclusionsText, HostileTextTakesLinearTime) {
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_TRUE(SplitExclusions(std::wstring(8'000'000, L' ')).empty());
+  EXPECT_TRUE(SplitExclusions(std::wstring(8'000'000, L'\r')).empty());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+}  // namespace
