@@ -17,15 +17,20 @@ void InitDarkMode();
 [[nodiscard]] bool DarkModeAvailable();
 /// Available, asked for by the system at start-up, and no high contrast. Fixed after InitDarkMode.
 [[nodiscard]] bool DarkModeOn();
+/// Whether the system asks for dark now, which may differ from what was decided at start-up. False where dark mode is
+/// unavailable.
+[[nodiscard]] bool SystemAsksForDarkNow();
 
 [[nodiscard]] bool IsHighContrast();
 [[nodiscard]] bool IsWindows10OrGreater();
 /// 0 before Windows 10.
 [[nodiscard]] unsigned GetWindowsBuildNumber();
 
+/// Makes the title bar follow what the system asks for now.
 void RefreshTitleBarTheme(HWND window);
+
 /// Whether a dialog's menu bar is drawn dark as well. It is not part of the client area: its painting goes in between the title
-/// bar and the dialog's own colours, so that it sees messages first.
+/// bar and the dialog's own colours.
 enum class DarkMenuBar { kNone, kDraw };
 
 /// During WM_INITDIALOG. Per-dialog data live until the dialog is destroyed.
