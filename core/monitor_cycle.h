@@ -1,0 +1,43 @@
+#pragma once
+
+// One monitoring cycle from the process list to the alerts, with the history that cycles hand on to each other. Apart from the engine,
+// which decides only when a cycle runs and on which thread.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/alert_sink.h"
+#include "core/cooldown_table.h"
+#include "core/cpu_usage.h"
+#include "core/process_sampler.h"
+#include "core/sampling.h"
+#include "platform/clock.h"
+
+/// One thread at a time. Keeps its working memory between cycles.
+class MonitorCycle {
+ public:
+  MonitorCycle(std::shared_ptr<ProcessSampler> sampler, Clock& clock, std::uint32_t processorCount);
+
+  /// Does nothing without rules or without a process list. Each alert also becomes a diagnostic line.
+  void Run(const RuleList& rules, const std::vector<std::wstring>& exclusions, IAlertSink& sink);
+  /// Forgets all CPU history and all cooldowns.
+  void ForgetHistory();
+
+  [[nodiscard]] const CpuUsage& Cpu() const { return cpu_; }
+  [[nodiscard]] const CooldownTable& Cooldowns() const { return cooldowns_; }
+
+ private:
+  void EvaluateRules(const RuleList& rules, const SampledProcess& process, IAlertSink& sink);
+  void RaiseAlert(const ProcessMetrics& metrics, std::uint32_t ruleId, std::wstring violation, IAlertSink& sink);
+  void PruneCooldowns(const RuleList& rules, std::uint64_t nowMs);
+
+  std::shared_ptr<ProcessSampler> sampler_;
+  Clock& clock_;
+  CpuUsage cpu_;
+  CooldownTable cooldowns_;
+  std::vector<ProcessEntry> entries_;
+  ProcessSample sample_;
+  std::vector<std::uint32_t> alivePids_;
+};
