@@ -1,7 +1,7 @@
 #pragma once
 
-// The sink as a worker sees it: it can be shut for good. Once shut, a worker that was given up alerts nobody, however late it comes
-// back, and the sink may be destroyed.
+// The sink as a worker sees it: it can be shut for good. Once shut, a worker that was given up alerts nobody, however late it
+// comes back, and the sink may be destroyed.
 
 #include <cstdint>
 #include <mutex>

@@ -7,7 +7,7 @@ namespace {
 bool IsHighSurrogate(wchar_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool IsLowSurrogate(wchar_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 // Where wide characters are wider than UTF-16 units, some of them become two.
-std::size_t Utf16Units(wchar_t character) { return static_cast<std::uint32_t>(character) > 0xFFFF ? 2 : 1; }
+std::size_t Utf16Units(std::uint32_t character) { return character > 0xFFFF ? 2 : 1; }
 
 }  // namespace
 
@@ -27,7 +27,13 @@ Balloon MergedAlertsBalloon(std::uint64_t alertCount, const std::wstring& lines)
 
 std::wstring CutToUtf16Units(const std::wstring& text, std::size_t units) {
   std::size_t length = 0;
-  while (length < text.size() && Utf16Units(text[length]) <= units) units -= Utf16Units(text[length++]);
-  const bool betweenHalves = length != 0 && length < text.size() && IsHighSurrogate(text[length - 1]) && IsLowSurrogate(text[length]);
-  return text.substr(0, betweenHalves ? length - 1 : length);
+  for (const wchar_t character : text) {
+    const std::size_t needed = Utf16Units(static_cast<std::uint32_t>(character));
+    if (needed > units) break;
+    units -= needed;
+    ++length;
+  }
+  const bool isCut = length != 0 && length < text.size();
+  if (isCut && IsHighSurrogate(text[length - 1]) && IsLowSurrogate(text[length])) --length;
+  return text.substr(0, length);
 }

@@ -14,8 +14,8 @@ class CpuUsage {
   /// `processorCount` 0 counts as 1.
   explicit CpuUsage(std::uint32_t processorCount);
 
-  /// Sets `cpuPercent` of every process whose times are known from an earlier cycle, remembers the times of this one and forgets the
-  /// processes that are not in the sample.
+  /// Sets `cpuPercent` of every process whose times are known from an earlier cycle, remembers the times of this one and forgets
+  /// the processes that are not in the sample.
   void Update(ProcessSample& sample, std::uint64_t nowMs);
   void Clear() { samples_.clear(); }
   [[nodiscard]] std::size_t Size() const { return samples_.size(); }

@@ -29,8 +29,8 @@ void MonitorCycle::EvaluateRules(const RuleList& rules, const SampledProcess& pr
   for (std::size_t index = process.firstRule; index < rules.size(); ++index) {
     const ThresholdRule& rule = rules[index];
     // Collection has already found the first one to match.
-    const bool applies = index == process.firstRule ||
-                         (rule.enabled && WildcardMatch(metrics.name.c_str(), rule.processPattern.c_str()));
+    const bool applies =
+        index == process.firstRule || (rule.enabled && WildcardMatch(metrics.name.c_str(), rule.processPattern.c_str()));
     if (!applies) continue;
     std::wstring violation = ViolationText(rule, metrics);
     if (violation.empty()) continue;

@@ -1,7 +1,7 @@
 #pragma once
 
-// One monitoring cycle from the process list to the alerts, with the history that cycles hand on to each other. Apart from the engine,
-// which decides only when a cycle runs and on which thread.
+// One monitoring cycle from the process list to the alerts, with the history that cycles hand on to each other. Apart from the
+// engine, which decides only when a cycle runs and on which thread.
 
 #include <cstdint>
 #include <memory>

@@ -33,7 +33,10 @@ struct MonitorEngine::Controls {
 /// What one worker works on, and nobody else while it runs.
 struct MonitorEngine::Session {
   Session(std::shared_ptr<ProcessSampler> processSampler, Clock& systemClock, std::uint32_t processors)
-      : sampler(std::move(processSampler)), clock(systemClock), processorCount(processors), cycle(sampler, clock, processorCount) {}
+      : sampler(std::move(processSampler)),
+        clock(systemClock),
+        processorCount(processors),
+        cycle(sampler, clock, processorCount) {}
 
   void RunCycle(Controls& controls);
   void Loop(Controls& controls);

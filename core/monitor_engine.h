@@ -12,6 +12,7 @@
 #include "core/process_sampler.h"
 #include "core/records.h"
 #include "platform/clock.h"
+#include "platform/thread.h"
 
 using ExclusionList = std::vector<std::wstring>;
 using ExclusionSnapshot = std::shared_ptr<const ExclusionList>;
@@ -26,7 +27,8 @@ class MonitorEngine {
   MonitorEngine(const MonitorEngine&) = delete;
   MonitorEngine& operator=(const MonitorEngine&) = delete;
 
-  /// Not owned; both may be null (no rules: no sampling; no sink: alerts go to the diagnostic lines only). Before Start.
+  /// Not owned; both may be null (no rules: no sampling; no sink: alerts go to the diagnostic lines only). Before Start; with the
+  /// worker gone, or given up by Stop, neither is used any more.
   void SetRules(const RuleSource* rules);
   void SetSink(IAlertSink* sink);
 
@@ -52,9 +54,11 @@ class MonitorEngine {
   [[nodiscard]] std::size_t CooldownCount() const;
 
  private:
-  struct State;
-  std::shared_ptr<State> state_;
-};
+  struct Controls;
+  struct Session;
 
-/// Logical processors of this machine; at least 1.
-[[nodiscard]] std::uint32_t SystemProcessorCount();
+  // Both are shared with the worker, which may outlive the engine; the controls stay the same for life, a session ends with Stop.
+  std::shared_ptr<Controls> controls_;
+  std::shared_ptr<Session> session_;
+  Thread thread_;
+};

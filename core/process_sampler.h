@@ -52,3 +52,6 @@ class ProcessSampler {
 
 /// The sampler of the machine this is built for: process snapshots on Windows, /proc on Linux.
 [[nodiscard]] std::shared_ptr<ProcessSampler> MakeSystemProcessSampler();
+
+/// Logical processors of this machine; at least 1.
+[[nodiscard]] std::uint32_t SystemProcessorCount();

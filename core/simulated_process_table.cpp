@@ -55,7 +55,8 @@ void SimulatedProcessTable::Remove(std::uint32_t pid) {
 }
 
 SimulatedProcess* SimulatedProcessTable::Find(std::uint32_t pid) {
-  // A cycle asks in list order and several times for each process: looking on from the last answer makes the whole cycle one pass.
+  // A cycle asks in list order and several times for each process: looking on from the last answer makes the whole cycle one
+  // pass.
   for (std::size_t step = 0; step < processes_.size(); ++step) {
     const std::size_t index = (lastFound_ + step) % processes_.size();
     if (processes_[index].pid != pid) continue;

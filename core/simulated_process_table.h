@@ -1,7 +1,7 @@
 #pragma once
 
-// A made-up machine: a table of processes that can refuse to be opened, fail to give counters, exit between list and open, and hand
-// their process IDs on. Tests and benchmarks run the monitor over it.
+// A made-up machine: a table of processes that can refuse to be opened, fail to give counters, exit between list and open, and
+// hand their process IDs on. Tests and benchmarks run the monitor over it.
 
 #include <cstdint>
 #include <memory>
@@ -24,7 +24,7 @@ struct SimulatedProcess {
   std::uint32_t gdiObjects = 0;
   std::uint32_t userObjects = 0;
   Access access = Access::kFull;
-  std::uint32_t failing = 0;      ///< counters that cannot be read, as bits
+  std::uint32_t failing = 0;       ///< counters that cannot be read, as bits
   bool exitsAfterListing = false;  ///< in the next list for the last time, and gone before it can be opened
 };
 
