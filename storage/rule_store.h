@@ -41,11 +41,12 @@ class RuleStore : public RuleSource {
   bool ImportJsonString(const std::wstring& text);
 
  private:
-  bool Change(const std::function<bool(RuleList&)>& edit);
-  void Publish(RuleSnapshot list);
+  /// Runs `edit` on a copy of the list; when it returns true the copy is saved and published.
+  bool Change(const std::function<bool(RuleList&, std::uint32_t& nextRuleId)>& edit);
+  void Publish(RuleSnapshot list, std::uint32_t nextRuleId);
 
   std::function<std::wstring()> rulesFilePath_;
-  std::mutex writers_;  ///< one change at a time, from copy to publication
+  mutable std::mutex writers_;  ///< one change at a time, from copy to publication
   mutable std::mutex snapshotLock_;
   RuleSnapshot snapshot_;
   std::uint32_t nextRuleId_ = 1;

@@ -1,0 +1,182 @@
+#include "storage/rules_csv.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "platform/text_encoding.h"
+#include "platform/text_file.h"
+#include "platform/text_format.h"
+#include "storage/rule_numbers.h"
+#include "storage/text_scanner.h"
+
+namespace {
+
+constexpr wchar_t kHeader[] =
+    L"RuleId,ProcessPattern,Enabled,MaxHandles,MaxWorkingSetMB,MaxPrivateBytesMB,MaxCPU,MaxThreads,MaxGDI,MaxUSER,"
+    L"AlertActions,CooldownSec\n";
+
+constexpr std::size_t kMaxPlainPatternChars = 255;
+constexpr std::wstring_view kQuotedStart = L"\",\"";
+constexpr wchar_t kQuote = L'"';
+/// Characters that end a field, a line or the text.
+constexpr std::wstring_view kSpecialChars(L",\r\n\0\x1A", 5);
+
+// The longest row but for its pattern: commas, seven 32-bit numbers, the flag, two memory figures, a CPU figure of 309 digits.
+constexpr std::size_t kOtherFieldsChars = 11 + 7 * 10 + 1 + 2 * 16 + (1 + 309 + 2);
+constexpr std::size_t kMaxPatternFieldChars = LineReader::kMaxReadChars - kOtherFieldsChars;
+static_assert(kMaxPatternFieldChars >= 255 * 6 + 4, "every pattern that the editor accepts must fit");
+
+bool IsPlainPattern(std::wstring_view pattern) {
+  return !pattern.empty() && pattern.size() <= kMaxPlainPatternChars &&
+         pattern.find_first_of(kSpecialChars) == std::wstring_view::npos && IsValidText(pattern);
+}
+
+bool IsHalfSurrogatePair(std::wstring_view pattern, std::size_t position) {
+  if (IsValidText(pattern.substr(position, 1))) return false;
+  const bool startsPair = IsValidText(pattern.substr(position, 2)) && position + 1 < pattern.size();
+  const bool endsPair = position > 0 && IsValidText(pattern.substr(position - 1, 2));
+  return !startsPair && !endsPair;
+}
+
+std::wstring QuotePattern(std::wstring_view pattern) {
+  std::wstring field(kQuotedStart);
+  for (std::size_t position = 0; position < pattern.size(); ++position) {
+    const wchar_t character = pattern[position];
+    if (character == L'\\' || character == kQuote) {
+      field.push_back(L'\\');
+      field.push_back(character);
+    } else if (character == L'\n') {
+      field += L"\\n";
+    } else if (character == L'\r') {
+      field += L"\\r";
+    } else if (character == L'\0' || character == L'\x1A' || IsHalfSurrogatePair(pattern, position)) {
+      field += FormatText(L"\\u%04x", static_cast<unsigned>(character) & 0xFFFFU);
+    } else {
+      field.push_back(character);
+    }
+  }
+  field.push_back(kQuote);
+  return field;
+}
+
+/// The character that "\u" and four hexadecimal digits at the start of the text stand for.
+bool ParseUnicodeEscape(std::wstring_view text, wchar_t& character) {
+  if (text.size() < 4) return false;
+  unsigned value = 0;
+  for (const wchar_t digit : text.substr(0, 4)) {
+    constexpr std::wstring_view kDigits = L"0123456789abcdef";
+    const std::size_t number = kDigits.find(digit);
+    if (number == std::wstring_view::npos) return false;
+    value = value * 16 + static_cast<unsigned>(number);
+  }
+  character = static_cast<wchar_t>(value);
+  return true;
+}
+
+/// Scans a quoted pattern whose start has been passed, up to and including its closing quote.
+bool ScanQuotedPattern(TextScanner& scanner, std::wstring& pattern) {
+  while (!scanner.Rest().empty()) {
+    wchar_t character = scanner.Rest().front();
+    scanner.Skip(1);
+    if (character == kQuote) return true;
+    if (character == L'\\') {
+      if (scanner.Rest().empty()) return false;
+      character = scanner.Rest().front();
+      scanner.Skip(1);
+      if (character == L'u') {
+        if (!ParseUnicodeEscape(scanner.Rest(), character)) return false;
+        scanner.Skip(4);
+      } else if (character == L'n') {
+        character = L'\n';
+      } else if (character == L'r') {
+        character = L'\r';
+      } else if (character != L'\\' && character != kQuote) {
+        return false;
+      }
+    }
+    pattern.push_back(character);
+  }
+  return false;
+}
+
+bool ScanPattern(TextScanner& scanner, std::wstring& pattern) {
+  if (scanner.Rest().starts_with(kQuotedStart)) {
+    scanner.Skip(kQuotedStart.size());
+    return ScanQuotedPattern(scanner, pattern);
+  }
+  const std::wstring_view longest = scanner.Rest().substr(0, kMaxPlainPatternChars);
+  const std::wstring_view plain = longest.substr(0, longest.find(L','));
+  if (plain.empty()) return false;
+  pattern = plain;
+  scanner.Skip(plain.size());
+  return true;
+}
+
+/// The fields after the flag: each is left at its default from the first one on that is missing or no number.
+void ScanLimits(TextScanner& scanner, ThresholdRule& rule) {
+  const auto number = [&](std::uint32_t& value) {
+    return scanner.Literal(L',') && scanner.Unsigned(std::numeric_limits<std::uint32_t>::max(), value);
+  };
+  const auto megabytes = [&](std::uint64_t& bytes) {
+    double value = 0.0;
+    if (!scanner.Literal(L',') || !scanner.Decimal(value)) return false;
+    bytes = BytesFromMegabytes(value);
+    return true;
+  };
+  const auto percent = [&](double& value) { return scanner.Literal(L',') && scanner.Decimal(value); };
+  (void)(number(rule.maxHandles) && megabytes(rule.maxWorkingSet) && megabytes(rule.maxPrivateBytes) &&
+         percent(rule.maxCpuPercent) && number(rule.maxThreads) && number(rule.maxGdiObjects) && number(rule.maxUserObjects) &&
+         number(rule.alertActions) && number(rule.cooldownSec));
+}
+
+bool ParseRow(std::wstring_view row, ThresholdRule& rule) {
+  TextScanner scanner(row);
+  if (!scanner.Unsigned(std::numeric_limits<std::uint32_t>::max(), rule.ruleId) || !scanner.Literal(L',') ||
+      !ScanPattern(scanner, rule.processPattern) || !scanner.Literal(L',') || !scanner.IsNonZero(rule.enabled)) {
+    return false;
+  }
+  ScanLimits(scanner, rule);
+  return true;
+}
+
+/// The line up to a NUL and without the CR or LF among its last two characters.
+std::wstring_view CutLineEnd(std::wstring_view line) {
+  line = line.substr(0, line.find(L'\0'));
+  const auto isLineEnd = [](wchar_t character) { return character == L'\n' || character == L'\r'; };
+  std::size_t length = line.size();
+  if (length >= 1 && isLineEnd(line[length - 1])) --length;
+  if (line.size() >= 2 && isLineEnd(line[line.size() - 2])) length = line.size() - 2;
+  return line.substr(0, length);
+}
+
+}  // namespace
+
+std::wstring FormatRulesCsv(const RuleList& rules) {
+  std::wstring text = kHeader;
+  for (const ThresholdRule& rule : rules) {
+    text += FormatText(L"%u,", rule.ruleId);
+    text += IsPlainPattern(rule.processPattern) ? rule.processPattern : QuotePattern(rule.processPattern);
+    text += FormatText(L",%d,%u,%ls,%ls,%ls,%u,%u,%u,%u,%u\n", rule.enabled ? 1 : 0, rule.maxHandles,
+                       FormatTenths(MegabytesFromBytes(rule.maxWorkingSet)).c_str(),
+                       FormatTenths(MegabytesFromBytes(rule.maxPrivateBytes)).c_str(), FormatTenths(rule.maxCpuPercent).c_str(),
+                       rule.maxThreads, rule.maxGdiObjects, rule.maxUserObjects, rule.alertActions, rule.cooldownSec);
+  }
+  return text;
+}
+
+std::optional<RuleList> ParseRulesCsv(std::wstring_view text) {
+  LineReader lines(text);
+  std::wstring_view line;
+  if (!lines.Next(line)) return std::nullopt;
+  RuleList rules;
+  while (lines.Next(line)) {
+    ThresholdRule rule;
+    if (ParseRow(CutLineEnd(line), rule)) rules.push_back(std::move(rule));
+  }
+  return rules;
+}
+
+bool FitsRulesCsv(std::wstring_view pattern) {
+  return IsPlainPattern(pattern) ||
+         (pattern.size() < kMaxPatternFieldChars && QuotePattern(pattern).size() <= kMaxPatternFieldChars);
+}

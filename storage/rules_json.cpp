@@ -1,0 +1,179 @@
+#include "storage/rules_json.h"
+
+#include "platform/text_format.h"
+#include "storage/rule_numbers.h"
+#include "storage/rules_csv.h"
+#include "storage/text_scanner.h"
+
+namespace {
+
+constexpr std::size_t kNone = std::wstring_view::npos;
+
+std::wstring EscapeJsonString(std::wstring_view text) {
+  std::wstring escaped;
+  escaped.reserve(text.size());
+  for (const wchar_t character : text) {
+    switch (character) {
+      case L'\\':
+        escaped += L"\\\\";
+        break;
+      case L'"':
+        escaped += L"\\\"";
+        break;
+      case L'\n':
+        escaped += L"\\n";
+        break;
+      case L'\r':
+        escaped += L"\\r";
+        break;
+      case L'\t':
+        escaped += L"\\t";
+        break;
+      default:
+        escaped.push_back(character);
+    }
+  }
+  return escaped;
+}
+
+/// Every occurrence of `from`, left to right, by `to`, which is no longer: in place and in one pass.
+void ReplaceAll(std::wstring& text, std::wstring_view from, wchar_t to) {
+  std::size_t out = text.find(from);
+  if (out == kNone) return;
+  for (std::size_t in = out; in < text.size();) {
+    if (std::wstring_view(text).substr(in, from.size()) == from) {
+      text[out++] = to;
+      in += from.size();
+    } else {
+      text[out++] = text[in++];
+    }
+  }
+  text.resize(out);
+}
+
+void UnescapeJsonString(std::wstring& text) {
+  // Pairs of backslashes step aside first, so that what follows one is not taken for an escape.
+  ReplaceAll(text, L"\\\\", L'\x01');
+  ReplaceAll(text, L"\\\"", L'"');
+  ReplaceAll(text, L"\\n", L'\n');
+  ReplaceAll(text, L"\\r", L'\r');
+  ReplaceAll(text, L"\\t", L'\t');
+  ReplaceAll(text, L"\x01", L'\\');
+}
+
+/// The position after the closing quote of the key's first occurrence.
+std::size_t FindKeyEnd(std::wstring_view object, std::wstring_view key) {
+  std::wstring quoted = L"\"";
+  quoted += key;
+  quoted += L'"';
+  const std::size_t start = object.find(quoted);
+  return start == kNone ? kNone : start + quoted.size();
+}
+
+bool IsEnabled(std::wstring_view object) {
+  if (object.find(L"\"enabled\": true") != kNone || object.find(L"\"enabled\":true") != kNone) return true;
+  const std::optional<std::wstring> text = FindJsonStringValue(object, L"enabled");
+  return text && (*text == L"true" || *text == L"1");
+}
+
+struct CountKey {
+  const wchar_t* name;
+  std::uint32_t ThresholdRule::*field;
+};
+constexpr CountKey kCountKeys[] = {
+    {L"maxHandles", &ThresholdRule::maxHandles},       {L"maxThreads", &ThresholdRule::maxThreads},
+    {L"maxGDIObjects", &ThresholdRule::maxGdiObjects}, {L"maxUSERObjects", &ThresholdRule::maxUserObjects},
+    {L"alertActions", &ThresholdRule::alertActions},   {L"cooldownSeconds", &ThresholdRule::cooldownSec},
+};
+
+struct MegabyteKey {
+  const wchar_t* name;
+  std::uint64_t ThresholdRule::*field;
+};
+constexpr MegabyteKey kMegabyteKeys[] = {
+    {L"maxWorkingSetMB", &ThresholdRule::maxWorkingSet},
+    {L"maxPrivateBytesMB", &ThresholdRule::maxPrivateBytes},
+};
+
+bool ParseRuleObject(std::wstring_view object, ThresholdRule& rule) {
+  std::optional<std::wstring> pattern = FindJsonStringValue(object, L"processPattern");
+  if (!pattern || pattern->empty() || !FitsRulesCsv(*pattern)) return false;
+  rule.processPattern = std::move(*pattern);
+  rule.enabled = IsEnabled(object);
+  for (const CountKey& key : kCountKeys) {
+    if (const auto value = FindJsonNumberValue(object, key.name)) rule.*key.field = SaturateToUnsigned32(*value);
+  }
+  for (const MegabyteKey& key : kMegabyteKeys) {
+    if (const auto value = FindJsonNumberValue(object, key.name)) rule.*key.field = BytesFromMegabytes(*value);
+  }
+  if (const auto value = FindJsonNumberValue(object, L"maxCPUPercent")) rule.maxCpuPercent = *value;
+  return true;
+}
+
+}  // namespace
+
+std::optional<std::wstring> FindJsonStringValue(std::wstring_view object, std::wstring_view key) {
+  const std::size_t keyEnd = FindKeyEnd(object, key);
+  // One character, normally the colon, is passed over unseen.
+  if (keyEnd == kNone || keyEnd + 1 >= object.size()) return std::nullopt;
+  const std::size_t opening = object.find(L'"', keyEnd + 1);
+  if (opening == kNone) return std::nullopt;
+  const std::size_t start = opening + 1;
+  for (std::size_t end = start; end < object.size(); ++end) {
+    if (object[end] == L'\\') {
+      ++end;
+    } else if (object[end] == L'"') {
+      std::wstring value(object.substr(start, end - start));
+      UnescapeJsonString(value);
+      return value;
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<double> FindJsonNumberValue(std::wstring_view object, std::wstring_view key) {
+  const std::size_t keyEnd = FindKeyEnd(object, key);
+  if (keyEnd == kNone) return std::nullopt;
+  const std::size_t colon = object.find(L':', keyEnd);
+  if (colon == kNone) return std::nullopt;
+  TextScanner scanner(object.substr(colon + 1));
+  scanner.SkipBlanks();
+  return ParseDecimal(scanner.Rest()).value;
+}
+
+std::wstring FormatRulesJson(const RuleList& rules) {
+  std::wstring text = L"{\n  \"rules\": [\n";
+  for (const ThresholdRule& rule : rules) {
+    text += L"    {\n      \"processPattern\": \"";
+    text += EscapeJsonString(rule.processPattern);
+    text += FormatText(
+        L"\",\n      \"enabled\": %ls,\n      \"maxHandles\": %u,\n      \"maxWorkingSetMB\": %ls,\n"
+        L"      \"maxPrivateBytesMB\": %ls,\n      \"maxCPUPercent\": %ls,\n      \"maxThreads\": %u,\n",
+        rule.enabled ? L"true" : L"false", rule.maxHandles, FormatTenths(MegabytesFromBytes(rule.maxWorkingSet)).c_str(),
+        FormatTenths(MegabytesFromBytes(rule.maxPrivateBytes)).c_str(), FormatTenths(rule.maxCpuPercent).c_str(),
+        rule.maxThreads);
+    text += FormatText(
+        L"      \"maxGDIObjects\": %u,\n      \"maxUSERObjects\": %u,\n      \"alertActions\": %u,\n"
+        L"      \"cooldownSeconds\": %u\n    }%ls\n",
+        rule.maxGdiObjects, rule.maxUserObjects, rule.alertActions, rule.cooldownSec, &rule == &rules.back() ? L"" : L",");
+  }
+  text += L"  ]\n}\n";
+  return text;
+}
+
+std::optional<RuleList> ParseRulesJson(std::wstring_view text) {
+  const std::size_t start = text.find(L"\"rules\"");
+  if (start == kNone) return std::nullopt;
+  RuleList rules;
+  std::size_t opening = text.find(L'{', start);
+  while (opening != kNone) {
+    const std::size_t closing = text.find(L'}', opening);
+    if (closing == kNone) break;
+    ThresholdRule rule;
+    if (ParseRuleObject(text.substr(opening, closing + 1 - opening), rule)) {
+      rules.push_back(std::move(rule));
+    }
+    opening = text.find(L'{', closing + 1);
+  }
+  return rules;
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+// Formatted input for the text formats, one conversion a call, with the meaning of the runtime's scanf family but without its
+// locale and its undefined overflow: a number out of range saturates.
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+struct DecimalNumber {
+  double value = 0.0;      ///< finite; saturates at the largest
+  std::size_t length = 0;  ///< characters that belong to the number; 0: the text does not begin with one
+};
+
+/// The number that the text begins with: optional sign, digits with an optional fraction, optional exponent. No leading blanks.
+/// Linear in the text's length.
+[[nodiscard]] DecimalNumber ParseDecimal(std::wstring_view text);
+
+/// Blank, TAB, LF, VT, FF, CR.
+[[nodiscard]] bool IsBlank(wchar_t character);
+
+/// Each conversion either succeeds and moves on, or fails and leaves position and output as they were. Borrows the text.
+class TextScanner {
+ public:
+  explicit TextScanner(std::wstring_view text) : rest_(text) {}
+
+  void SkipBlanks();
+  /// The next character must be this one.
+  [[nodiscard]] bool Literal(wchar_t character);
+  /// "%u" and "%hu": skips blanks, accepts a sign. Negative numbers read as 0, larger ones than `highest` as `highest`.
+  [[nodiscard]] bool Unsigned(std::uint32_t highest, std::uint32_t& value);
+  /// "%d", of which only matters whether it is 0.
+  [[nodiscard]] bool IsNonZero(bool& value);
+  /// "%lf": skips blanks.
+  [[nodiscard]] bool Decimal(double& value);
+
+  [[nodiscard]] std::wstring_view Rest() const { return rest_; }
+  void Skip(std::size_t count) { rest_.remove_prefix(count); }
+
+ private:
+  struct Integer {
+    bool negative = false;
+    std::uint64_t magnitude = 0;  ///< saturates beyond 32 bits
+  };
+  [[nodiscard]] bool TakeInteger(Integer& integer);
+
+  std::wstring_view rest_;
+};
