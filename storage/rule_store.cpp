@@ -1,7 +1,9 @@
 #include "storage/rule_store.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
+#include <optional>
 #include <stdexcept>
 
 #include "platform/diagnostics.h"
@@ -39,8 +41,16 @@ class RuleIdSource {
   std::uint32_t next_;
 };
 
+WriteResult WriteRules(const std::wstring& path, const RuleList& rules) {
+  try {
+    return WriteTextFile(path, FormatRulesCsv(rules));
+  } catch (const std::bad_alloc&) {
+    return WriteResult::kWriteFailed;
+  }
+}
+
 bool SaveRules(const std::wstring& path, const RuleList& rules) {
-  switch (WriteTextFile(path, FormatRulesCsv(rules))) {
+  switch (WriteRules(path, rules)) {
     case WriteResult::kWritten:
       DebugLog(L"RuleStore::Save - Saved %u rules to %ls", CountOf(rules), path.c_str());
       return true;
@@ -52,17 +62,6 @@ bool SaveRules(const std::wstring& path, const RuleList& rules) {
   }
   DebugLog(L"RuleStore::Save - Could not write %ls", path.c_str());
   return false;
-}
-
-/// The rules of a text; empty when it holds none or memory for them cannot be had.
-template <class Parser>
-std::optional<RuleList> ParseRules(Parser parse, std::wstring_view text) {
-  try {
-    return parse(text);
-  } catch (const std::bad_alloc&) {
-  } catch (const std::length_error&) {
-  }
-  return std::nullopt;
 }
 
 }  // namespace
@@ -91,21 +90,19 @@ std::uint32_t RuleStore::TakeRuleId() {
 
 bool RuleStore::Load(const std::wstring& path) {
   std::lock_guard writer(writers_);
-  Publish(std::make_shared<const RuleList>(), 1);
+  std::optional<RuleList> rules;
   const std::optional<std::wstring> text = ReadTextFile(path);
-  if (!text) {
+  if (text) {
+    rules = ParseRulesCsv(*text);
+  } else {
     DebugLog(L"RuleStore::Load - Could not open %ls", path.c_str());
-    return false;
   }
-  std::optional<RuleList> rules = ParseRules(ParseRulesCsv, *text);
-  if (!rules) return false;
+  const auto loaded = std::make_shared<const RuleList>(rules ? std::move(*rules) : RuleList());
   std::uint32_t highestId = 0;
-  for (const ThresholdRule& rule : *rules) highestId = std::max(highestId, rule.ruleId);
-  const unsigned count = CountOf(*rules);
-  const std::uint32_t nextRuleId = RuleIdSource(*rules, highestId + 1).Next();
-  Publish(std::make_shared<const RuleList>(std::move(*rules)), nextRuleId);
-  DebugLog(L"RuleStore::Load - Loaded %u rules from %ls", count, path.c_str());
-  return true;
+  for (const ThresholdRule& rule : *loaded) highestId = std::max(highestId, rule.ruleId);
+  Publish(loaded, RuleIdSource(*loaded, highestId + 1).Next());
+  if (rules) DebugLog(L"RuleStore::Load - Loaded %u rules from %ls", CountOf(*loaded), path.c_str());
+  return rules.has_value();
 }
 
 bool RuleStore::Save(const std::wstring& path) const {
@@ -174,18 +171,26 @@ bool RuleStore::ImportJson(const std::wstring& path) {
 }
 
 bool RuleStore::ImportJsonString(const std::wstring& text) {
-  std::optional<RuleList> rules = ParseRules(ParseRulesJson, text);
-  if (!rules || rules->empty()) {
+  try {
+    std::optional<RuleList> rules = ParseRulesJson(text);
+    if (rules && !rules->empty()) return AppendImported(std::move(*rules));
     DebugLog(rules ? L"RuleStore::ImportJsonString - No valid rules found"
                    : L"RuleStore::ImportJsonString - No 'rules' array found");
-    return false;
+  } catch (const std::bad_alloc&) {
+    DebugLog(L"RuleStore::ImportJsonString - Out of memory");
+  } catch (const std::length_error&) {
+    DebugLog(L"RuleStore::ImportJsonString - Out of memory");
   }
+  return false;
+}
+
+bool RuleStore::AppendImported(RuleList imported) {
   return Change([&](RuleList& list, std::uint32_t& nextRuleId) {
     RuleIdSource ids(list, nextRuleId);
-    for (ThresholdRule& rule : *rules) rule.ruleId = ids.Take();
+    for (ThresholdRule& rule : imported) rule.ruleId = ids.Take();
     nextRuleId = ids.Next();
-    list.insert(list.end(), std::make_move_iterator(rules->begin()), std::make_move_iterator(rules->end()));
-    DebugLog(L"RuleStore::ImportJsonString - Imported %u rules", CountOf(*rules));
+    list.insert(list.end(), std::make_move_iterator(imported.begin()), std::make_move_iterator(imported.end()));
+    DebugLog(L"RuleStore::ImportJsonString - Imported %u rules", CountOf(imported));
     return true;
   });
 }
@@ -197,8 +202,9 @@ bool RuleStore::Change(const std::function<bool(RuleList&, std::uint32_t& nextRu
   if (!edit(list, nextRuleId)) return false;
   nextRuleId = RuleIdSource(list, nextRuleId).Next();
   // Saved before it is published, and under the writers' mutex alone: readers go on with the old list meanwhile.
-  (void)SaveRules(rulesFilePath_(), list);
-  Publish(std::make_shared<const RuleList>(std::move(list)), nextRuleId);
+  const auto changed = std::make_shared<const RuleList>(std::move(list));
+  (void)SaveRules(rulesFilePath_(), *changed);
+  Publish(changed, nextRuleId);
   return true;
 }
 

@@ -41,6 +41,7 @@ class RuleStore : public RuleSource {
   bool ImportJsonString(const std::wstring& text);
 
  private:
+  bool AppendImported(RuleList imported);
   /// Runs `edit` on a copy of the list; when it returns true the copy is saved and published.
   bool Change(const std::function<bool(RuleList&, std::uint32_t& nextRuleId)>& edit);
   void Publish(RuleSnapshot list, std::uint32_t nextRuleId);
