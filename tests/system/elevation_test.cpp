@@ -1,0 +1,110 @@
+#include "system/elevation.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "system/elevation_system.h"
+#include "system/executable_path.h"
+
+namespace {
+
+constexpr wchar_t kChildArgument[] = L"--end-after-a-moment-with-7";
+
+/// This program started by the test of the real start: ends before any test runs.
+const bool kIsChild = [] {
+  if (std::wstring(::GetCommandLineW()).find(kChildArgument) == std::wstring::npos) return false;
+  ::Sleep(300);
+  ::ExitProcess(7);
+}();
+
+struct Requested {
+  std::wstring verb;
+  std::wstring file;
+  std::wstring arguments;
+  int show = -1;
+  ULONG mask = 0;
+};
+Requested requested;
+bool tokenOpens = true;
+bool tokenTells = true;
+DWORD elevated = 0;
+
+BOOL WINAPI OpenToken(HANDLE process, DWORD access, HANDLE* token) {
+  if (!tokenOpens || access != TOKEN_QUERY) return FALSE;
+  return ::OpenProcessToken(process, access, token);
+}
+
+BOOL WINAPI TellToken(HANDLE, TOKEN_INFORMATION_CLASS kind, void* data, DWORD sizeBytes, DWORD*) {
+  if (kind != TokenElevation || sizeBytes != sizeof(DWORD)) return FALSE;
+  *static_cast<DWORD*>(data) = elevated;  // left behind even by a failing call
+  return tokenTells;
+}
+
+BOOL WINAPI RecordAndDecline(SHELLEXECUTEINFOW* request) {
+  requested = {request->lpVerb, request->lpFile, request->lpParameters, request->nShow, request->fMask};
+  ::SetLastError(ERROR_CANCELLED);
+  return FALSE;
+}
+
+BOOL WINAPI StartWithoutHandle(SHELLEXECUTEINFOW* request) {
+  request->hProcess = nullptr;
+  return TRUE;
+}
+
+TEST(Elevation, IsWhatTheTokenSaysAndFalseWhenItSaysNothing) {
+  const ElevationSystem system{OpenToken, TellToken, RecordAndDecline};
+  SetElevationSystem(&system);
+  struct Row {
+    bool opens, tells;
+    DWORD value;
+    bool result;
+  };
+  for (const Row& row : {Row{true, true, 1, true},
+                         {true, true, 2, true},
+                         {true, true, 0, false},
+                         {false, true, 1, false},
+                         {true, false, 1, false}}) {
+    tokenOpens = row.opens;
+    tokenTells = row.tells;
+    elevated = row.value;
+    EXPECT_EQ(IsProcessElevated(), row.result) << row.opens << row.tells << row.value;
+  }
+  SetElevationSystem(nullptr);
+}
+
+TEST(Elevation, AsksForAnElevatedCopyOfThisProgram) {
+  const ElevationSystem system{OpenToken, TellToken, RecordAndDecline};
+  SetElevationSystem(&system);
+  for (const bool wait : {false, true}) {
+    DWORD exitCode = 1;
+    EXPECT_FALSE(RunElevated(L"-restart", wait, &exitCode));
+    EXPECT_EQ(exitCode, 1U);
+    EXPECT_EQ(requested.verb, L"runas");
+    EXPECT_EQ(requested.file, OwnExecutablePath());
+    EXPECT_EQ(requested.arguments, L"-restart");
+    EXPECT_EQ(requested.show, SW_SHOWNORMAL);
+    EXPECT_EQ(requested.mask, wait ? static_cast<ULONG>(SEE_MASK_NOCLOSEPROCESS) : 0);
+  }
+  const ElevationSystem withoutHandle{OpenToken, TellToken, StartWithoutHandle};
+  SetElevationSystem(&withoutHandle);
+  DWORD exitCode = 1;
+  EXPECT_TRUE(RunElevated(L"-restart", true, &exitCode));
+  EXPECT_EQ(exitCode, 1U);
+  SetElevationSystem(nullptr);
+}
+
+TEST(Elevation, WaitsForTheRealCopyOnlyWhenAsked) {
+  const ULONGLONG start = ::GetTickCount64();
+  DWORD exitCode = 1;
+  EXPECT_TRUE(RunElevated(kChildArgument, true, &exitCode));
+  EXPECT_EQ(exitCode, 7U);
+  EXPECT_GE(::GetTickCount64() - start, 300U);
+  EXPECT_TRUE(RunElevated(kChildArgument, true, nullptr));
+  exitCode = 1;
+  EXPECT_TRUE(RunElevated(kChildArgument, false, &exitCode));
+  EXPECT_EQ(exitCode, 1U);
+}
+
+}  // namespace

@@ -1,0 +1,81 @@
+#include "system/run_value.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <string>
+
+#include "storage/settings_registry.h"
+#include "system/executable_path.h"
+
+namespace {
+
+/// Another place for the current user's hive while the test runs.
+class RunValue : public testing::Test {
+ protected:
+  void SetUp() override {
+    ::RegCreateKeyW(HKEY_CURRENT_USER, L"Software\\VantoraRunValueTest", &hive_);
+    ASSERT_EQ(::RegOverridePredefKey(HKEY_CURRENT_USER, hive_), ERROR_SUCCESS);
+  }
+  void TearDown() override {
+    ::RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+    ::RegCloseKey(hive_);
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\VantoraRunValueTest");
+  }
+  static void MakeRunKey() {
+    HKEY key = nullptr;
+    ASSERT_EQ(::RegCreateKeyW(HKEY_CURRENT_USER, kRunKey, &key), ERROR_SUCCESS);
+    ::RegCloseKey(key);
+  }
+  /// The value's text; the type and the size in bytes behind it.
+  static std::wstring Read() {
+    wchar_t text[600] = L"";
+    DWORD type = 0;
+    DWORD sizeBytes = sizeof text;
+    if (::RegGetValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", RRF_RT_ANY, &type, text, &sizeBytes) != ERROR_SUCCESS) return L"-";
+    return text + (L"|" + std::to_wstring(type) + L"|" + std::to_wstring(sizeBytes));
+  }
+
+ private:
+  HKEY hive_ = nullptr;
+};
+
+TEST_F(RunValue, TogglesBetweenOwnDataAndNothing) {
+  MakeRunKey();
+  const std::wstring data = L"\"" + OwnExecutablePath() + L"\" /tray";
+  ASSERT_NE(OwnExecutablePath().find(L' '), std::wstring::npos) << "the test is meant to lie in a folder with a blank";
+  const std::wstring own = data + L"|" + std::to_wstring(REG_SZ) + L"|" + std::to_wstring((data.size() + 1) * 2);
+  EXPECT_FALSE(IsStartWithWindowsEnabled());
+  ToggleStartWithWindows();
+  EXPECT_TRUE(IsStartWithWindowsEnabled());
+  EXPECT_EQ(Read(), own);
+  ToggleStartWithWindows();
+  EXPECT_FALSE(IsStartWithWindowsEnabled());
+  EXPECT_EQ(Read(), L"-");
+}
+
+TEST_F(RunValue, AValueOfAnyKindCountsAsOn) {
+  struct Row {
+    DWORD type;
+    const wchar_t* data;
+    DWORD sizeBytes;
+  };
+  for (const Row& row : {Row{REG_SZ, L"\"C:\\other.exe\"", 30}, {REG_DWORD, L"ab", 4}, {REG_BINARY, L"", 0}}) {
+    MakeRunKey();
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", row.type, row.data, row.sizeBytes);
+    EXPECT_TRUE(IsStartWithWindowsEnabled());
+    ToggleStartWithWindows();
+    EXPECT_EQ(Read(), L"-");
+    ToggleStartWithWindows();
+    EXPECT_TRUE(Read().starts_with(L"\"" + OwnExecutablePath() + L"\" /tray|"));
+    ToggleStartWithWindows();
+  }
+}
+
+TEST_F(RunValue, WithoutTheKeyItIsOffAndStaysOff) {
+  EXPECT_FALSE(IsStartWithWindowsEnabled());
+  ToggleStartWithWindows();
+  EXPECT_FALSE(IsStartWithWindowsEnabled());
+}
+
+}  // namespace
