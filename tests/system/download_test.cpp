@@ -2,18 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
-
 #include "captured_lines.h"
 #include "fake_http_client.h"
+#include "limited_memory.h"
 
 namespace {
 
 constexpr wchar_t kUrl[] = L"https://localhost/file";
-
-/// Allocations above this fail on the thread that sets it.
-thread_local std::size_t largestAllocation = static_cast<std::size_t>(-1);
 
 std::string Pattern(std::size_t bytes) {
   std::string pattern(bytes, '\0');
@@ -22,14 +17,6 @@ std::string Pattern(std::size_t bytes) {
 }
 
 }  // namespace
-
-void* operator new(std::size_t bytes) {
-  void* memory = bytes > largestAllocation ? nullptr : std::malloc(bytes);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 TEST(Download, ReturnsTheBodyWhateverItsSizeAndPieces) {
   for (const std::size_t size : {0U, 1U, 16'383U, 16'384U, 16'385U, 1'000'000U}) {
@@ -105,10 +92,10 @@ TEST(Download, FailsWhenMemoryCannotBeHad) {
   http.body = Pattern(3'000'000);
   CapturedLines lines;
   std::string body;
-  largestAllocation = 1'000'000;
-  const bool downloaded = DownloadFile(http, kUrl, body);
-  largestAllocation = static_cast<std::size_t>(-1);
-  EXPECT_FALSE(downloaded);
+  {
+    const LimitedMemory limited(1'000'000);
+    EXPECT_FALSE(DownloadFile(http, kUrl, body));
+  }
   EXPECT_EQ(body.capacity(), std::string().capacity()) << "what was had is given back";
   EXPECT_EQ(http.closes, 1);
   EXPECT_TRUE(lines.Has(L"ERROR: no memory for the download"));
