@@ -1,0 +1,56 @@
+#pragma once
+
+// Drives real windows from a test in the same process: the window runs on a thread of its own, the test finds it and its message
+// boxes, menus and file dialogs, presses their buttons and reads their controls. Everything waits at most ten seconds.
+
+#include <windows.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// Looks every few milliseconds until the condition holds; false when it never does.
+bool WaitUntil(const std::function<bool()>& condition);
+
+/// Runs a routine that shows windows.
+class WindowThread {
+ public:
+  explicit WindowThread(std::function<void()> routine);
+  /// Cancels whatever window still stands, then waits for the routine.
+  ~WindowThread();
+
+  /// The visible, enabled dialog of this thread with the title; null when it does not appear.
+  [[nodiscard]] HWND WaitForDialog(const std::wstring& title) const;
+  /// The same for a dialog that has a visible control of the id, as the system's dialogs with titles of their own.
+  [[nodiscard]] HWND WaitForDialogWith(int controlId) const;
+  /// The visible popup menu of this thread.
+  [[nodiscard]] HWND WaitForMenu() const;
+  [[nodiscard]] bool WaitForEnd() const;
+
+ private:
+  [[nodiscard]] HWND WaitForWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) const;
+  void CancelWindows() const;
+
+  DWORD id_ = 0;
+  HANDLE started_;
+  HANDLE ended_;
+  std::thread thread_;
+};
+
+/// As a click on a button or a menu item, without waiting for what it does.
+void PostCommand(HWND dialog, int id);
+/// The same, back when it is done.
+void SendCommand(HWND dialog, int id);
+
+std::wstring TextOf(HWND window);
+std::wstring TextOfItem(HWND dialog, int id);
+int RowCount(HWND list);
+std::wstring Cell(HWND list, int row, int column);
+std::vector<std::wstring> MenuTexts(HWND popup);
+/// Picks the item at the position of an open popup by the keyboard.
+void ChooseMenuItem(HWND owner, int position);
+/// The file name box of the system's file dialogs, by which they are known.
+inline constexpr int kFileNameBox = 0x47C;
+/// Types the path into the system's file dialog and presses its button.
+void AnswerFileDialog(HWND fileDialog, const std::wstring& path);
