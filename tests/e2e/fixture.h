@@ -1,0 +1,29 @@
+#pragma once
+
+// What every end-to-end test starts from: an empty profile, a taskbar that records, the diagnostic lines of what it starts, and
+// nobody else's instance running.
+
+#include <gtest/gtest.h>
+
+#include "tests/e2e/debug_lines.h"
+#include "tests/e2e/profile.h"
+#include "tests/e2e/running_program.h"
+#include "tests/e2e/shell_stand_in.h"
+#include "tests/e2e/wait.h"
+
+namespace e2e {
+
+class EndToEndTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!ProfileIsThrowaway()) GTEST_SKIP() << "this profile is not the tests' own";
+    ASSERT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "an instance is running";
+    ASSERT_TRUE(shell_.IsInPlace());
+  }
+
+  Profile profile_;
+  ShellStandIn shell_;
+  DebugLines debug_;
+};
+
+}  // namespace e2e
