@@ -25,11 +25,10 @@ bool ListEntries(const std::wstring& folder, std::vector<Entry>& entries) {
   return ::GetLastError() == ERROR_NO_MORE_FILES;
 }
 
-bool IsPlainFolder(HANDLE folder) {
-  BY_HANDLE_FILE_INFORMATION information{};
-  if (!::GetFileInformationByHandle(folder, &information)) return false;
-  const DWORD kind = information.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT);
-  return kind == FILE_ATTRIBUTE_DIRECTORY;
+bool IsPlainFolder(const std::wstring& path) {
+  const DWORD attributes = ::GetFileAttributesW(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return false;
+  return (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == FILE_ATTRIBUTE_DIRECTORY;
 }
 
 }  // namespace
@@ -40,7 +39,7 @@ bool InstallerFolder::Hold(const std::wstring& path, bool protect) {
   UniqueHandle folder =
       OwnFileHandle(::CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                                   FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-  if (folder == nullptr || !IsPlainFolder(folder.get())) {
+  if (folder == nullptr || !IsPlainFolder(path)) {
     DebugLog(L"ERROR: not a plain folder: %ls", path.c_str());
     return false;
   }
@@ -73,6 +72,8 @@ void InstallerFolder::Empty() const {
 }
 
 bool InstallerFolder::HoldsOnly(const std::wstring& fileName) const {
+  // An empty folder can be turned into a link while it is held, so its kind is looked at again; one that holds the file cannot.
   std::vector<Entry> entries;
-  return ListEntries(path_, entries) && entries.size() == 1 && _wcsicmp(entries[0].name.c_str(), fileName.c_str()) == 0;
+  return IsPlainFolder(path_) && ListEntries(path_, entries) && entries.size() == 1 &&
+         _wcsicmp(entries[0].name.c_str(), fileName.c_str()) == 0;
 }

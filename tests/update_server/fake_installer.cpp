@@ -1,0 +1,30 @@
+// Stands for an installer: writes how it was started to the file that VANTORA_TEST_RECORD names, one item a line: its command
+// line, its working folder, its own path, and each file that it was started beside.
+
+#include <windows.h>
+
+#include <string>
+
+#include "platform/handles.h"
+#include "platform/text_file.h"
+
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {
+  wchar_t record[MAX_PATH] = {};
+  wchar_t workingFolder[MAX_PATH] = {};
+  wchar_t program[MAX_PATH] = {};
+  ::GetEnvironmentVariableW(L"VANTORA_TEST_RECORD", record, MAX_PATH);
+  ::GetCurrentDirectoryW(MAX_PATH, workingFolder);
+  ::GetModuleFileNameW(nullptr, program, MAX_PATH);
+  std::wstring text = std::wstring(::GetCommandLineW()) + L"\n" + workingFolder + L"\n" + program + L"\n";
+
+  const std::wstring path = program;
+  WIN32_FIND_DATAW entry{};
+  const UniqueFind find(::FindFirstFileW((path.substr(0, path.rfind(L'\\')) + L"\\*").c_str(), &entry));
+  do {
+    if (entry.cFileName[0] != L'.') text += std::wstring(entry.cFileName) + L"\n";
+  } while (::FindNextFileW(find.get(), &entry));
+  // Under its name the record is whole: a test waits for it.
+  const std::wstring unfinished = std::wstring(record) + L".new";
+  if (WriteTextFile(unfinished, text) != WriteResult::kWritten) return 1;
+  return ::MoveFileExW(unfinished.c_str(), record, MOVEFILE_REPLACE_EXISTING) ? 0 : 1;
+}
