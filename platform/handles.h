@@ -26,6 +26,7 @@ using UniqueIcon = Unique<HICON, ::DestroyIcon>;
 using UniqueMenu = Unique<HMENU, ::DestroyMenu>;
 using UniqueHook = Unique<HHOOK, ::UnhookWindowsHookEx>;
 using UniqueModule = Unique<HMODULE, ::FreeLibrary>;
+using UniqueGlobal = Unique<HGLOBAL, ::GlobalFree>;
 
 /// CreateFileW answers INVALID_HANDLE_VALUE, not null; this makes an owner of either.
 inline UniqueHandle OwnFileHandle(HANDLE handle) { return UniqueHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle); }

@@ -1,0 +1,197 @@
+#include "ui/message_box_model.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+namespace {
+
+/// Every character 7 wide, every line 16 high, broken anywhere.
+class GridMeasurer : public TextMeasurer {
+ public:
+  PixelSize MeasureMessage(std::wstring_view text, int maxWidthPx) override {
+    const int length = static_cast<int>(text.size()) * 7;
+    const int lines = std::max(1, (length + maxWidthPx - 1) / maxWidthPx);
+    return {std::min(length, maxWidthPx), lines * 16};
+  }
+  int MeasureLabel(std::wstring_view label) override { return static_cast<int>(label.size()) * 7; }
+};
+
+MessageBoxMetrics MetricsAt(int dpi) { return {8 * dpi / 96, 16 * dpi / 96, 1280, {32 * dpi / 96, 32 * dpi / 96}, dpi}; }
+
+MessageBoxContent ContentFor(std::uint32_t style, std::wstring message) {
+  MessageBoxContent content{L"Caption", std::move(message), {}};
+  for (const MessageBoxButton& button : ButtonsOfStyle(style).buttons) content.labels.emplace_back(button.label->text);
+  return content;
+}
+
+std::wstring Describe(std::uint32_t style) {
+  std::wstring text;
+  for (const MessageBoxButton& button : ButtonsOfStyle(style).buttons) {
+    text += std::wstring(button.label->text) + L"=" + std::to_wstring(button.id) + L" ";
+  }
+  return text + L"esc=" + std::to_wstring(ButtonsOfStyle(style).escapeResult);
+}
+
+TEST(MessageBoxModel, EveryStyleHasItsButtonsAndEscape) {
+  const wchar_t* const kExpected[] = {
+      L"OK=1 esc=1",
+      L"OK=1 Cancel=2 esc=2",
+      L"&Abort=3 &Retry=4 &Ignore=5 esc=0",
+      L"&Yes=6 &No=7 Cancel=2 esc=2",
+      L"&Yes=6 &No=7 esc=0",
+      L"&Retry=4 Cancel=2 esc=2",
+      L"Cancel=2 &Try Again=10 &Continue=11 esc=2",
+      L"&Continue=11 &Abort=3 esc=0",
+      L"&Skip=14 S&kip All=15 Cancel=2 esc=2",
+      L"&Ignore=5 I&gnore All=16 Cancel=2 esc=2",
+  };
+  for (std::uint32_t style = 0; style < 16; ++style) {
+    const wchar_t* expected = style < std::size(kExpected) ? kExpected[style] : L"OK=1 esc=0";
+    EXPECT_EQ(Describe(style), expected) << style;
+    EXPECT_EQ(Describe(style | 0x10130), expected) << style;
+  }
+}
+
+TEST(MessageBoxModel, LabelsStandUnderTheirStrings) {
+  const std::map<std::uint32_t, std::wstring_view> kExpected = {
+      {9001, L"OK"},
+      {9002, L"Cancel"},
+      {9003, L"&Ignore"},
+      {9004, L"&Retry"},
+      {9005, L"&Abort"},
+      {9006, L"&Help"},
+      {9007, L"&Yes"},
+      {9008, L"&No"},
+      {9009, L"&Continue"},
+      {9013, L"Y&es to All"},
+      {9010, L"Don't ask me again"},
+      {9011, L"Don't tell me again"},
+      {9014, L"N&o to All"},
+      {9015, L"&Try Again"},
+      {9012, L"Don't show again"},
+      {9016, L"Re&port"},
+      {9017, L"I&gnore All"},
+      {9018, L"&Skip"},
+      {9019, L"S&kip All"},
+  };
+  std::map<std::uint32_t, std::wstring_view> actual;
+  for (const ButtonLabel& label : AllButtonLabels()) actual[label.stringId] = label.text;
+  EXPECT_EQ(actual, kExpected);
+}
+
+TEST(MessageBoxModel, IconFollowsTheStyle) {
+  const MessageBoxIcon kKnown[] = {MessageBoxIcon::kNone, MessageBoxIcon::kHand, MessageBoxIcon::kQuestion,
+                                   MessageBoxIcon::kExclamation, MessageBoxIcon::kAsterisk};
+  for (std::uint32_t icon = 0; icon < 16; ++icon) {
+    EXPECT_EQ(IconOfStyle(0x10304 | icon << 4), icon < 5 ? kKnown[icon] : MessageBoxIcon::kExclamation) << icon;
+  }
+}
+
+TEST(MessageBoxModel, LaysOutByTheFixedDistances) {
+  GridMeasurer measurer;
+  struct Case {
+    const char* name;
+    std::uint32_t style;
+    std::size_t characters;
+    LayoutRect icon;
+    LayoutRect message;
+    std::vector<LayoutRect> buttons;
+    PixelSize client;
+  };
+  const Case kCases[] = {
+      // 10 characters are 70 wide; the row (88 + 6 + 88 + 32) is wider than the message (154 + 24).
+      {"one line", 0x24, 10, {24, 24, 58, 58}, {56, 32, 154, 77}, {{16, 91, 104, 117}, {110, 91, 198, 117}}, {214, 129}},
+      // 100 characters break at 640 - 10 - 48 = 582; two lines make the message level with the icon.
+      {"two lines", 0x40, 100, {24, 24, 58, 58}, {56, 24, 666, 85}, {{586, 99, 674, 125}}, {690, 137}},
+      {"no icon", 0x00, 40, {}, {0, 32, 308, 77}, {{244, 91, 332, 117}}, {348, 129}},
+      {"nothing to say", 0x00, 0, {}, {0, 32, 28, 77}, {{16, 91, 104, 117}}, {120, 129}},
+  };
+  for (const Case& test : kCases) {
+    SCOPED_TRACE(test.name);
+    const MessageBoxContent content = ContentFor(test.style, std::wstring(test.characters, L'x'));
+    const MessageBoxLayout layout = LayOutMessageBox(content, test.style, MetricsAt(96), measurer);
+    EXPECT_EQ(layout.icon, test.icon);
+    EXPECT_EQ(layout.message, test.message);
+    EXPECT_EQ(layout.buttons, test.buttons);
+    EXPECT_EQ(layout.client.width, test.client.width);
+    EXPECT_EQ(layout.client.height, test.client.height);
+  }
+}
+
+TEST(MessageBoxModel, WideLabelsWidenTheirButtonOnly) {
+  GridMeasurer measurer;
+  MessageBoxContent content = ContentFor(3, L"?");
+  content.labels[1] = std::wstring(20, L'n');
+  const MessageBoxLayout layout = LayOutMessageBox(content, 3, MetricsAt(96), measurer);
+  EXPECT_EQ(layout.client.width, 88 + 6 + 160 + 6 + 88 + 32);
+  EXPECT_EQ(layout.buttons[0].right - layout.buttons[0].left, 88);
+  EXPECT_EQ(layout.buttons[1].right - layout.buttons[1].left, 160);
+}
+
+bool Inside(const DialogUnitRect& inner, const DialogUnitRect& outer) {
+  return inner.x >= 0 && inner.y >= 0 && inner.x + inner.cx <= outer.cx && inner.y + inner.cy <= outer.cy;
+}
+
+bool Apart(const DialogUnitRect& a, const DialogUnitRect& b) {
+  return a.x + a.cx <= b.x || b.x + b.cx <= a.x || a.y + a.cy <= b.y || b.y + b.cy <= a.y;
+}
+
+// Whatever the style, the length and the resolution: nothing overlaps or sticks out, the text has room, and one button is the
+// default.
+TEST(MessageBoxModel, EveryCombinationYieldsASoundTemplate) {
+  GridMeasurer measurer;
+  for (const int dpi : {96, 120, 144, 192}) {
+    for (std::uint32_t style = 0; style < 0x800; ++style) {
+      const std::uint32_t full = style | (style % 2 != 0 ? 0x1000u : 0u);
+      SCOPED_TRACE(testing::Message() << dpi << " dpi, style " << std::hex << full);
+      const MessageBoxContent content = ContentFor(full, std::wstring(style % 7 * 40, L'x'));
+      const MessageBoxMetrics metrics = MetricsAt(dpi);
+      const MessageBoxLayout layout = LayOutMessageBox(content, full, metrics, measurer);
+      const CXDialogTemplate box = MakeMessageBoxTemplate(content, full, layout, metrics);
+      const DialogUnitRect client = ToDialogUnits({0, 0, layout.client.width, layout.client.height}, metrics);
+
+      const auto buttons = ButtonsOfStyle(full).buttons;
+      const std::size_t first = IconOfStyle(full) == MessageBoxIcon::kNone ? 1 : 2;
+      const auto& items = box.Items();
+      ASSERT_EQ(items.size(), first + buttons.size());
+      for (std::size_t i = 0; i < items.size(); ++i) {
+        ASSERT_TRUE(Inside(items[i].rect, client)) << i;
+        for (std::size_t k = 0; k < i; ++k) ASSERT_TRUE(Apart(items[i].rect, items[k].rect)) << k << " and " << i;
+      }
+      const std::size_t named = (full >> 8) & 0xF;
+      const std::size_t expected = named < buttons.size() ? named : 0;
+      for (std::size_t i = 0; i < buttons.size(); ++i) {
+        ASSERT_EQ(items[first + i].id, buttons[i].id);
+        ASSERT_EQ((items[first + i].style & 1) != 0, i == expected) << i;
+      }
+      const int textWidth = items[first - 1].rect.cx * metrics.dialogBaseX / 4;
+      ASSERT_GE(textWidth, static_cast<int>(std::min<std::size_t>(content.message.size() * 7, 1)));
+      ASSERT_GE(textWidth, measurer.MeasureMessage(content.message, 640 - 64 * dpi / 96).width);
+    }
+  }
+}
+
+TEST(MessageBoxModel, SystemModalReachesTheTemplate) {
+  GridMeasurer measurer;
+  const MessageBoxContent content = ContentFor(0, L"x");
+  const MessageBoxLayout layout = LayOutMessageBox(content, 0, MetricsAt(96), measurer);
+  const auto styleByte = [&](std::uint32_t style) {
+    return static_cast<int>(MakeMessageBoxTemplate(content, style, layout, MetricsAt(96)).Pack()[0]);
+  };
+  EXPECT_EQ(styleByte(0), 0x80);
+  EXPECT_EQ(styleByte(0x1000), 0x82);
+}
+
+TEST(MessageBoxModel, CopiesCaptionMessageAndLabels) {
+  const std::wstring line = L"---------------------------\r\n";
+  EXPECT_EQ(MessageBoxCopyText({L"Confirm Remove", L"Remove the selected rule?", {L"&Yes", L"&No"}}),
+            line + L"Confirm Remove\r\n" + line + L"Remove the selected rule?\r\n" + line + L"Yes   No   \r\n" + line);
+  const std::wstring longest =
+      MessageBoxCopyText({std::wstring(1001, L'c'), std::wstring(4001, L'm'), {std::wstring(200, L'l')}});
+  EXPECT_EQ(longest, line + std::wstring(1000, L'c') + L"\r\n" + line + std::wstring(4000, L'm') + L"\r\n" + line +
+                         std::wstring(199, L'l') + L"   \r\n" + line);
+}
+
+}  // namespace
