@@ -1,0 +1,144 @@
+#include "storage/rule_store.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "platform/diagnostics.h"
+#include "platform/text_file.h"
+#include "storage/rules_csv.h"
+#include "tests/storage/throwaway_folder.h"
+
+namespace {
+
+std::vector<std::wstring>* capturedLines = nullptr;
+
+class RuleStoreTest : public testing::Test {
+ protected:
+  RuleStoreTest() {
+    capturedLines = &lines_;
+    SetDiagnosticHook([](std::wstring_view line) { capturedLines->emplace_back(line); });
+  }
+  ~RuleStoreTest() override { SetDiagnosticHook(nullptr); }
+
+  std::vector<std::wstring> TakeLines() { return std::exchange(lines_, {}); }
+  std::vector<std::uint32_t> Ids() const {
+    std::vector<std::uint32_t> ids;
+    for (const ThresholdRule& rule : *store_.Snapshot()) ids.push_back(rule.ruleId);
+    return ids;
+  }
+  bool LoadText(const std::wstring& rows) {
+    ThrowawayFolder::Write(path_, EncodeTextFile(L"header\n" + rows));
+    return store_.Load(path_);
+  }
+
+  ThrowawayFolder folder_;
+  std::wstring path_ = folder_.Path("rules.csv");
+  std::vector<std::wstring> lines_;
+  RuleStore store_{[this] { return path_; }};
+};
+
+using Lines = std::vector<std::wstring>;
+using IdList = std::vector<std::uint32_t>;
+
+ThresholdRule Rule(std::uint32_t ruleId, const wchar_t* pattern) {
+  ThresholdRule rule = MakeNewRule(ruleId);
+  rule.processPattern = pattern;
+  return rule;
+}
+
+TEST_F(RuleStoreTest, LoadReportsAndSetsTheNextId) {
+  EXPECT_FALSE(store_.Load(path_));
+  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::Load - Could not open " + path_});
+  ThrowawayFolder::Write(path_, "\xEF\xBB\xBF");
+  EXPECT_FALSE(store_.Load(path_));
+  EXPECT_EQ(TakeLines(), Lines{});
+  EXPECT_TRUE(LoadText(L""));
+  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::Load - Loaded 0 rules from " + path_});
+
+  const struct {
+    const wchar_t* rows;
+    IdList ids;
+    std::uint32_t next;
+  } cases[] = {
+      {L"3,a,1\n9,b,1\n5,c,1\n", {3, 9, 5}, 10},
+      {L"2,a,1\n2,b,1\n", {2, 2}, 3},
+      {L"", {}, 1},
+      {L"0,a,1\n", {0}, 1},
+      {L"4294967294,a,1\n", {4294967294U}, 4294967295U},
+      {L"1,a,1\n4294967295,b,1\n2,c,1\n", {1, 4294967295U, 2}, 3},
+      {L"99999999999,a,1\n", {4294967295U}, 1},
+  };
+  for (const auto& each : cases) {
+    EXPECT_TRUE(LoadText(each.rows));
+    EXPECT_EQ(Ids(), each.ids) << each.rows;
+    EXPECT_EQ(store_.NextRuleId(), each.next) << each.rows;
+  }
+  // A failed load leaves nothing of the list before.
+  EXPECT_FALSE(store_.Load(folder_.Path("missing")));
+  EXPECT_EQ(Ids(), IdList{});
+  EXPECT_EQ(store_.NextRuleId(), 1U);
+}
+
+TEST_F(RuleStoreTest, IdsAreNeverHandedOutTwiceNorZeroNorInUse) {
+  EXPECT_TRUE(LoadText(L"1,a,1\n2,a,1\n4294967294,b,1\n"));
+  EXPECT_EQ(store_.TakeRuleId(), 4294967295U);
+  EXPECT_EQ(store_.TakeRuleId(), 3U);
+  store_.RemoveAll();
+  EXPECT_EQ(store_.TakeRuleId(), 4U);
+  store_.Append({Rule(5, L"x"), Rule(6, L"y")});
+  EXPECT_EQ(store_.NextRuleId(), 7U);
+}
+
+TEST_F(RuleStoreTest, EveryChangeIsSavedBeforeTheListShowsIt) {
+  const RuleSnapshot before = store_.Snapshot();
+  store_.Append({Rule(1, L"a"), Rule(2, L"b"), Rule(2, L"c"), Rule(3, L"d")});
+  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::Save - Saved 4 rules to " + path_});
+  EXPECT_TRUE(before->empty());
+  EXPECT_TRUE(store_.Edit(2, [](ThresholdRule& rule) { rule.maxThreads = 5; }));
+  EXPECT_FALSE(store_.Edit(7, [](ThresholdRule&) { FAIL(); }));
+  store_.Remove({3, 9, 2, 1});
+  EXPECT_EQ(Ids(), IdList{2});
+  EXPECT_EQ(FindRule(*store_.Snapshot(), 2)->processPattern, L"c");
+  EXPECT_EQ(FindRule(*store_.Snapshot(), 1), nullptr);
+  EXPECT_EQ(ThrowawayFolder::Read(path_), "\xEF\xBB\xBF" + EncodeTextFile(FormatRulesCsv(*store_.Snapshot())));
+  EXPECT_EQ(TakeLines().size(), 2U);
+}
+
+TEST_F(RuleStoreTest, AnImportAppendsSavesOnceAndKeepsAllOrNothing) {
+  store_.Append({Rule(store_.TakeRuleId(), L"a"), Rule(store_.TakeRuleId(), L"b,c")});
+  const std::wstring json = folder_.Path("rules.json");
+  EXPECT_TRUE(store_.ExportJson(json));
+  TakeLines();
+  EXPECT_TRUE(store_.ImportJson(json));
+  EXPECT_EQ(TakeLines(),
+            (Lines{L"RuleStore::ImportJsonString - Imported 2 rules", L"RuleStore::Save - Saved 4 rules to " + path_}));
+  EXPECT_EQ(Ids(), (IdList{1, 2, 3, 4}));
+  EXPECT_EQ(store_.Snapshot()->back().processPattern, L"b,c");
+
+  const RuleSnapshot before = store_.Snapshot();
+  EXPECT_FALSE(store_.ImportJsonString(L"{}"));
+  EXPECT_FALSE(store_.ImportJsonString(L"\"rules\" {\"processPattern\":\"\"}"));
+  EXPECT_FALSE(store_.ImportJson(folder_.Path("missing")));
+  EXPECT_EQ(TakeLines(),
+            (Lines{L"RuleStore::ImportJsonString - No 'rules' array found", L"RuleStore::ImportJsonString - No valid rules found",
+                   L"RuleStore::ImportJson - Could not open " + folder_.Path("missing")}));
+  EXPECT_EQ(store_.Snapshot(), before);
+  EXPECT_EQ(store_.NextRuleId(), 5U);
+}
+
+TEST_F(RuleStoreTest, WhatCannotBeWrittenStaysInMemoryUntilTheNextSave) {
+  const std::wstring file = path_;
+  path_ = folder_.Path("");
+  store_.Append({Rule(1, L"a")});
+  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::Save - Could not open " + path_ + L" for writing"});
+  EXPECT_FALSE(store_.ExportJson(path_));
+  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::ExportJson - Could not open " + path_ + L" for writing"});
+  EXPECT_FALSE(store_.Save(path_));
+  EXPECT_EQ(Ids(), IdList{1});
+  EXPECT_TRUE(store_.Save(file));
+  EXPECT_TRUE(store_.Load(file));
+  EXPECT_EQ(Ids(), IdList{1});
+}
+
+}  // namespace

@@ -1,0 +1,140 @@
+#include "storage/rules_csv.h"
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+
+#include "platform/text_encoding.h"
+#include "platform/text_file.h"
+#include "tests/storage/generated_rules.h"
+
+namespace {
+
+const std::wstring kHeader =
+    L"RuleId,ProcessPattern,Enabled,MaxHandles,MaxWorkingSetMB,MaxPrivateBytesMB,MaxCPU,MaxThreads,MaxGDI,MaxUSER,AlertActions,"
+    L"CooldownSec\n";
+
+/// What a row gives, written down as a row; empty when it is dropped.
+std::wstring Reread(const std::wstring& row) {
+  const std::optional<RuleList> rules = ParseRulesCsv(L"header\n" + row);
+  const std::wstring text = FormatRulesCsv(rules.value_or(RuleList()));
+  EXPECT_TRUE(text.starts_with(kHeader));
+  return text.substr(kHeader.size());
+}
+
+TEST(RulesCsv, ReadsRowsAsScanfWould) {
+  const std::wstring p255(255, L'p');
+  const struct {
+    std::wstring row;
+    std::wstring reread;
+  } cases[] = {
+      {L"1,foo.exe,1,2,512,0.5,50,6,7,8,4,10\n", L"1,foo.exe,1,2,512.0,0.5,50.0,6,7,8,4,10\n"},
+      {L"4,foo.exe,1", L"4,foo.exe,1,0,0.0,0.0,0.0,0,0,0,3,60\n"},
+      {L"4, foo ,-1\r\n", L"4, foo ,1,0,0.0,0.0,0.0,0,0,0,3,60\n"},
+      {L" +4,foo, 0,\t9, 1.25,\f2e1,-1,1,2,3,4,5,junk", L"4,foo,0,9,1.2,20.0,-1.0,1,2,3,4,5\n"},
+      // The first field that does not fit ends the row; a blank before a comma does too.
+      {L"4,foo,2,9 ,1", L"4,foo,1,9,0.0,0.0,0.0,0,0,0,3,60\n"},
+      {L"4,foo,2,9,1e,2", L"4,foo,1,9,0.0,0.0,0.0,0,0,0,3,60\n"},
+      {L"4,foo,2,9,0x1,2", L"4,foo,1,9,0.0,0.0,0.0,0,0,0,3,60\n"},
+      {L"4,foo,2,9,1,nan,7", L"4,foo,1,9,1.0,0.0,0.0,0,0,0,3,60\n"},
+      {L"-4,foo,1,-9,-1.5,1e300,1e999,5000000000,,",
+       L"0,foo,1,0,0.0,17592186044416.0," + FormatTenths(DBL_MAX) + L",4294967295,0,0,3,60\n"},
+      {L"4," + p255 + L",1", L"4," + p255 + L",1,0,0.0,0.0,0.0,0,0,0,3,60\n"},
+      {L"4,\"foo\",1", L"4,\"foo\",1,0,0.0,0.0,0.0,0,0,0,3,60\n"},
+      {L"4,a\tb\x01\u2028,1", L"4,a\tb\x01\u2028,1,0,0.0,0.0,0.0,0,0,0,3,60\n"},
+      // A line end is cut where it stands among the last two characters; a NUL ends the line.
+      {L"4,foo,1,55\rx", L"4,foo,1,55,0.0,0.0,0.0,0,0,0,3,60\n"},
+      {std::wstring(L"4,foo,1,5\0,6", 12), L"4,foo,1,5,0.0,0.0,0.0,0,0,0,3,60\n"},
+      // Dropped.
+      {L"\n\r\n,\n", L""},
+      {L"x,foo,1", L""},
+      {L"4,,1", L""},
+      {L"4 ,foo,1", L""},
+      {L"4," + p255 + L"p,1", L""},
+      {L"4,foo,yes", L""},
+      {L"4,foo ", L""},
+      {std::wstring(L"4,fo\0o,1", 8), L""},
+  };
+  for (const auto& each : cases) EXPECT_EQ(Reread(each.row), each.reread) << each.row;
+}
+
+TEST(RulesCsv, QuotesPatternsThatAPlainRowCannotCarry) {
+  const std::wstring tail = L",1,0,0.0,0.0,0.0,0,0,0,3,60\n";
+  const struct {
+    std::wstring pattern;
+    std::wstring field;
+  } cases[] = {
+      {L"chrome*.exe", L"chrome*.exe"},
+      {L"\"", L"\""},
+      {L"\"a\\b\"", L"\"a\\b\""},
+      {L"", L"\",\"\""},
+      {L"a,b", L"\",\"a,b\""},
+      {L"\",\"a\"", L"\",\"\\\",\\\"a\\\"\""},
+      {L"\r\n\\", L"\",\"\\r\\n\\\\\""},
+      {std::wstring(L"\0\x1A", 2), L"\",\"\\u0000\\u001a\""},
+      {std::wstring(L"\xD83D"), L"\",\"\\ud83d\""},
+      {L",\U0001F600", L"\",\",\U0001F600\""},
+      {std::wstring(256, L'p'), L"\",\"" + std::wstring(256, L'p') + L"\""},
+  };
+  for (const auto& each : cases) {
+    ThresholdRule rule;
+    rule.processPattern = each.pattern;
+    EXPECT_EQ(FormatRulesCsv({rule}), kHeader + L"0," + each.field + tail);
+    EXPECT_EQ(ParseRulesCsv(FormatRulesCsv({rule})), RuleList{rule});
+  }
+  for (const wchar_t* damaged :
+       {L"1,\",\"a,1", L"1,\",\"a\\", L"1,\",\"a\\x\",1", L"1,\",\"\\u00G0\",1", L"1,\",\"\\u00", L"1,\",\"a\"1"}) {
+    EXPECT_EQ(Reread(damaged), L"") << damaged;
+  }
+}
+
+TEST(RulesCsv, TakesLongLinesInReadsOf2047) {
+  // The rest of a long line is a line of its own.
+  std::wstring row = L"1,a,1,0,0,0,0,0,0,0,3,60";
+  row.resize(LineReader::kMaxReadChars, L' ');
+  EXPECT_EQ(ParseRulesCsv(L"header\n" + row + L"2,b,1\n3,c,1\n")->size(), 3U);
+  EXPECT_EQ(ParseRulesCsv(std::wstring(LineReader::kMaxReadChars, L'h') + L"1,a,1\n")->size(), 1U);
+  EXPECT_FALSE(ParseRulesCsv(L"").has_value());
+  EXPECT_TRUE(ParseRulesCsv(L"\n").has_value());
+}
+
+TEST(RulesCsv, EveryListThatFitsComesBack) {
+  Generator generator(3);
+  for (int round = 0; round < 300; ++round) {
+    RuleList rules;
+    for (std::size_t count = generator.Below(20); count > 0; --count) {
+      const ThresholdRule rule = generator.Rule(static_cast<std::uint32_t>(generator.Below(50)), generator.OneIn(4) ? 2000 : 255);
+      const bool fits = FitsRulesCsv(rule.processPattern);
+      EXPECT_TRUE(fits || rule.processPattern.size() > 255);
+      if (fits) rules.push_back(rule);
+    }
+    ASSERT_EQ(ParseRulesCsv(DecodeTextFile(EncodeTextFile(FormatRulesCsv(rules)))), rules) << round;
+  }
+}
+
+TEST(RulesCsv, PlainPatternsAreWrittenAsTheyStand) {
+  Generator generator(4);
+  for (int round = 0; round < 2000; ++round) {
+    ThresholdRule rule = generator.Rule(1, 255);
+    const std::wstring& pattern = rule.processPattern;
+    if (pattern.empty() || pattern.find_first_of(std::wstring(L",\r\n\0\x1A", 5)) != std::wstring::npos || !IsValidText(pattern))
+      continue;
+    EXPECT_TRUE(FormatRulesCsv({rule}).starts_with(kHeader + L"1," + pattern + (rule.enabled ? L",1," : L",0,")));
+  }
+}
+
+TEST(RulesCsv, DamagedFilesGiveRulesThatTheNextSaveKeeps) {
+  Generator generator(5);
+  for (int round = 0; round < 1000; ++round) {
+    const RuleList rules = {generator.Rule(1, 300), generator.Rule(2, 20), generator.Rule(3, 2000)};
+    const std::string bytes = generator.Damage(EncodeTextFile(FormatRulesCsv(rules)));
+    const std::optional<RuleList> loaded = ParseRulesCsv(DecodeTextFile(bytes));
+    if (!loaded) continue;
+    const std::wstring saved = DecodeTextFile(EncodeTextFile(FormatRulesCsv(*loaded)));
+    const std::optional<RuleList> reloaded = ParseRulesCsv(saved);
+    ASSERT_EQ(reloaded->size(), loaded->size()) << round;
+    ASSERT_EQ(FormatRulesCsv(*reloaded), saved) << round;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,161 @@
+#include "storage/rules_json.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cfloat>
+
+#include "tests/storage/generated_rules.h"
+
+namespace {
+
+ThresholdRule OnlyRule(const std::wstring& object) {
+  const std::optional<RuleList> rules = ParseRulesJson(L"\"rules\"" + object);
+  if (!rules || rules->size() != 1) return ThresholdRule();
+  return rules->front();
+}
+
+TEST(RulesJson, WritesOneFixedLayout) {
+  EXPECT_EQ(FormatRulesJson({}), L"{\n  \"rules\": [\n  ]\n}\n");
+  ThresholdRule rule;
+  rule.ruleId = 9;
+  rule.processPattern = L"C:\\a\"\n\r\tä\x01";
+  rule.maxHandles = 4294967295U;
+  rule.maxWorkingSet = 512 * kBytesPerMb + kBytesPerMb / 2;
+  rule.maxCpuPercent = 12.34;
+  const std::wstring object =
+      L"    {\n      \"processPattern\": \"C:\\\\a\\\"\\n\\r\\tä\x01\",\n      \"enabled\": true,\n      \"maxHandles\": "
+      L"4294967295,\n"
+      L"      \"maxWorkingSetMB\": 512.5,\n      \"maxPrivateBytesMB\": 0.0,\n      \"maxCPUPercent\": 12.3,\n      "
+      L"\"maxThreads\": 0,\n"
+      L"      \"maxGDIObjects\": 0,\n      \"maxUSERObjects\": 0,\n      \"alertActions\": 3,\n      \"cooldownSeconds\": 60\n   "
+      L" }";
+  EXPECT_EQ(FormatRulesJson({rule, rule}), L"{\n  \"rules\": [\n" + object + L",\n" + object + L"\n  ]\n}\n");
+}
+
+TEST(RulesJson, FindsObjectsWhereverTheyStand) {
+  const struct {
+    const char* name;
+    std::wstring text;
+    std::size_t rules;
+  } cases[] = {
+      {"before the word", L"{\"processPattern\":\"a\"} \"rules\"", 0},
+      {"after the array", L"\"rules\":[] {\"processPattern\":\"a\"}", 1},
+      {"word in a value", L"{\"x\":\"\"rules\"\" {\"processPattern\":\"a\"}", 1},
+      {"nested: the first brace closes", L"\"rules\" {\"x\":{\"y\":1}, \"processPattern\":\"a\"} {\"processPattern\":\"b\"}", 1},
+      {"outer object lends its key", L"\"rules\" {\"processPattern\":\"a\", \"x\":{}}", 1},
+      {"brace in a pattern", L"\"rules\" {\"processPattern\":\"a}b\"} {\"processPattern\":\"b\"}", 1},
+      {"unclosed", L"\"rules\" {\"processPattern\":\"a\"} {\"processPattern\":\"b\"", 1},
+      {"no pattern, empty pattern", L"\"rules\" {} {\"processPattern\":\"\"} {\"processPattern\"} {\"processPattern\":\"}", 0},
+      {"key case", L"\"rules\" {\"ProcessPattern\":\"a\"}", 0},
+      {"too long for the rules file", L"\"rules\" {\"processPattern\":\"" + std::wstring(1700, L'x') + L"\"}", 0},
+      {"long", L"\"rules\" {\"processPattern\":\"" + std::wstring(1500, L'x') + L"\"}", 1},
+  };
+  for (const auto& each : cases) EXPECT_EQ(ParseRulesJson(each.text).value_or(RuleList(99)).size(), each.rules) << each.name;
+  EXPECT_FALSE(ParseRulesJson(L"{\"Rules\": [{\"processPattern\":\"a\"}]}").has_value());
+}
+
+TEST(RulesJson, ReadsPatternsAsTheScannerDoes) {
+  const struct {
+    const wchar_t* object;
+    const wchar_t* pattern;
+  } cases[] = {
+      {L"{\"processPattern\": \"C:\\\\Tools\\\\*.exe\"}", L"C:\\Tools\\*.exe"},
+      {L"{\"processPattern\": \"a\\\"b\"}", L"a\"b"},
+      {L"{\"processPattern\": \"\\n\\r\\t\\\\n\\u0041\\/\"}", L"\n\r\t\\n\\u0041\\/"},
+      {L"{\"processPattern\": \"a\x01\"}", L"a\\"},
+      {L"{\"processPattern\": 5, \"enabled\": true}", L"enabled"},
+      {L"{\"processPattern\"\"a\", \"b\":1}", L", "},  // the character after the key is passed over unseen
+      {L"{\"processPattern\": \"a\", \"processPattern\": \"b\"}", L"a"},
+  };
+  for (const auto& each : cases) EXPECT_EQ(OnlyRule(each.object).processPattern, each.pattern) << each.object;
+}
+
+TEST(RulesJson, ReadsFlagsAndNumbersTolerantly) {
+  const struct {
+    const wchar_t* value;
+    bool enabled;
+  } flags[] = {{L"\"enabled\": true", true},      {L"\"enabled\":true", true},     {L"\"enabled\": \"true\"", true},
+               {L"\"enabled\":\"1\"", true},      {L"\"enabled\": trueish", true}, {L"\"enabled\" : true", false},
+               {L"\"enabled\":  true", false},    {L"\"enabled\": false", false},  {L"\"enabled\": \"false\"", false},
+               {L"\"enabled\": \"True\"", false}, {L"\"enabled\": 1", false},      {L"\"x\": 1", false}};
+  for (const auto& each : flags) {
+    EXPECT_EQ(OnlyRule(std::wstring(L"{\"processPattern\":\"a\", ") + each.value + L"}").enabled, each.enabled) << each.value;
+  }
+  const struct {
+    const wchar_t* value;
+    std::uint32_t handles;
+  } numbers[] = {{L": 1500.9", 1500},
+                 {L": \"1500\"", 0},
+                 {L":-5", 0},
+                 {L" , : \t\n+7e2x", 700},
+                 {L": 4294967296", 4294967295U},
+                 {L": nan", 0},
+                 {L": 0x10", 0},
+                 {L": null", 0},
+                 {L"", 0},
+                 {L": 1e400", 4294967295U}};
+  for (const auto& each : numbers) {
+    const ThresholdRule rule = OnlyRule(std::wstring(L"{\"processPattern\":\"a\", \"maxHandles\"") + each.value + L"}");
+    EXPECT_EQ(rule.maxHandles, each.handles) << each.value;
+  }
+  ThresholdRule bare;
+  bare.processPattern = L"a";
+  bare.enabled = false;
+  EXPECT_EQ(OnlyRule(L"{\"processPattern\":\"a\"}"), bare);
+  ThresholdRule full = bare;
+  full.maxWorkingSet = 536870912;
+  full.maxPrivateBytes = 0xFFFFFFFFFFFFFFFFU;
+  full.maxCpuPercent = -DBL_MAX;
+  full.alertActions = 0;
+  full.cooldownSec = 1;
+  full.maxThreads = 2;
+  full.maxGdiObjects = 3;
+  full.maxUserObjects = 4;
+  EXPECT_EQ(OnlyRule(L"{\"cooldownSeconds\":1,\"maxThreads\":2,\"maxGDIObjects\":3,\"maxUSERObjects\":4,\"alertActions\":0,"
+                     L"\"maxCPUPercent\":-1e999,\"maxPrivateBytesMB\":1e20,\"maxWorkingSetMB\":512,\"processPattern\":\"a\"}"),
+            full);
+}
+
+TEST(RulesJson, ExportedRulesComeBack) {
+  Generator generator(6);
+  for (int round = 0; round < 300; ++round) {
+    RuleList rules;
+    for (std::size_t count = generator.Below(20); count > 0; --count) {
+      ThresholdRule rule = generator.Rule(0, 255);
+      const bool readable = rule.processPattern.find(L'}') == std::wstring::npos && !rule.processPattern.empty();
+      if (readable) rules.push_back(rule);
+    }
+    ASSERT_EQ(ParseRulesJson(FormatRulesJson(rules)), rules) << round;
+  }
+}
+
+TEST(RulesJson, CutDocumentsGiveTheRulesBeforeTheCut) {
+  ThresholdRule rule;
+  rule.processPattern = L"a";
+  const RuleList rules(5, rule);
+  const std::wstring text = FormatRulesJson(rules);
+  for (std::size_t length = 0; length < text.size(); ++length) {
+    const std::wstring cut = text.substr(0, length);
+    const auto whole = std::min<std::ptrdiff_t>(std::count(cut.begin(), cut.end(), L'}'), 5);
+    EXPECT_EQ(ParseRulesJson(cut).value_or(RuleList()), RuleList(rules.begin(), rules.begin() + whole));
+  }
+}
+
+// A scan that went over any part more than a fixed number of times would not end within the test's time limit.
+TEST(RulesJson, HostileDocumentsTakeLinearTime) {
+  const auto repeat = [](std::wstring_view piece) {
+    std::wstring text = L"\"rules\"";
+    while (text.size() < 4'000'000) text += piece;
+    return text;
+  };
+  for (const wchar_t* piece : {L"{", L"}", L"{}", L"\"", L"{\"processPattern\":", L"\\", L"{\"processPattern\":\"\\\\\\",
+                               L"\"maxHandles\" ", L"{\"processPattern\":\"}", L" ", L"9"}) {
+    (void)ParseRulesJson(repeat(piece));
+    (void)ParseRulesJson(repeat(piece) + L"}");
+    EXPECT_TRUE(ParseRulesJson(L"\"rules\" {\"maxHandles\":" + repeat(piece) + L"\"processPattern\":\"a\"}").has_value())
+        << piece;
+  }
+}
+
+}  // namespace
