@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr std::uint32_t kStopTimeoutMs = 10'000;
 constexpr std::uint32_t kSinkTimeoutMs = 100;
 
 }  // namespace
@@ -102,9 +101,9 @@ void MonitorEngine::Start() {
   DebugLog(L"MonitorEngine::Start - Monitor thread started (TID %u, interval %u ms)", thread_.Id(), IntervalMs());
 }
 
-void MonitorEngine::Stop() {
+void MonitorEngine::Stop(std::uint32_t timeoutMs) {
   session_->stopEvent.Signal();
-  if (thread_.WaitForEnd(kStopTimeoutMs)) {
+  if (thread_.WaitForEnd(timeoutMs)) {
     session_->stopEvent.Close();
     session_->cycle.ForgetHistory();
   } else {

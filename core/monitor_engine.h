@@ -20,6 +20,7 @@ using ExclusionSnapshot = std::shared_ptr<const ExclusionList>;
 class MonitorEngine {
  public:
   static constexpr std::uint32_t kDefaultIntervalMs = 30'000;
+  static constexpr std::uint32_t kStopTimeoutMs = 10'000;
 
   /// `processorCount` 0 counts as 1. The clock must outlive the process's last worker.
   MonitorEngine(std::shared_ptr<ProcessSampler> sampler, Clock& clock, std::uint32_t processorCount);
@@ -34,9 +35,9 @@ class MonitorEngine {
 
   /// Starts the worker; failures are diagnostic lines only. The first cycle runs one interval later.
   void Start();
-  /// Ends the worker, waiting at most 10 s, and forgets all history. Safe when not running and when called twice. A worker that
+  /// Ends the worker, waiting at most `timeoutMs`, and forgets all history. Safe when not running and when called twice. A worker that
   /// has not ended keeps its own state alive and alerts nobody any more.
-  void Stop();
+  void Stop(std::uint32_t timeoutMs = kStopTimeoutMs);
 
   /// One cycle on the calling thread. The worker's step; tests call it directly. Not while the worker runs.
   void RunCycle();
