@@ -59,13 +59,13 @@ TEST_F(LegacyMigration, NeverTouchesWhatThisProgramHas) {
   oldKey_.WriteNumber(L"PollIntervalSec", 7);
   newKey_.WriteNumber(L"AlertActions", 1);
   runKey_.WriteText(L"Halvern", REG_SZ, L"old");
-  runKey_.WriteText(L"Vantora", REG_SZ, L"new");
+  runKey_.WriteText(L"Vantora", REG_SZ, std::wstring(L"new", 4));
   std::filesystem::create_directories(oldFolder_);
   std::filesystem::create_directories(newFolder_);
   MigrateLegacySettings();
   EXPECT_EQ(newKey_.Read(L"PollIntervalSec"), "none");
   EXPECT_EQ(runKey_.Read(L"Halvern"), "none");
-  EXPECT_EQ(runKey_.Read(L"Vantora"), TestKey::Text(L"new"));
+  EXPECT_EQ(runKey_.Read(L"Vantora"), TestKey::Text(std::wstring(L"new", 4)));
   EXPECT_TRUE(std::filesystem::exists(oldFolder_));
 }
 

@@ -146,7 +146,7 @@ TEST(RulesJson, CutDocumentsGiveTheRulesBeforeTheCut) {
 TEST(RulesJson, HostileDocumentsTakeLinearTime) {
   const auto repeat = [](std::wstring_view piece) {
     std::wstring text = L"\"rules\"";
-    while (text.size() < 4'000'000) text += piece;
+    while (text.size() < 200'000) text += piece;
     return text;
   };
   for (const wchar_t* piece : {L"{", L"}", L"{}", L"\"", L"{\"processPattern\":", L"\\", L"{\"processPattern\":\"\\\\\\",
