@@ -7,19 +7,14 @@
 #include "captured_lines.h"
 #include "platform/file.h"
 #include "platform/handles.h"
-#include "platform/text_file.h"
 #include "storage/settings_registry.h"
 #include "system/update_check.h"
 #include "system/update_install.h"
 #include "system/update_values.h"
 #include "system/version_number.h"
-#include "update_server/test_authority.h"
+#include "update_server/test_server.h"
 
 namespace {
-
-constexpr int kLaunchTimeoutMs = 20'000;
-
-bool Exists(const std::wstring& path) { return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 
 void SetNumber(const wchar_t* name, DWORD value) {
   ::RegSetKeyValueW(HKEY_CURRENT_USER, kSettingsKey, name, REG_DWORD, &value, sizeof value);
@@ -34,76 +29,17 @@ int UpdateFinished() {
   return read == ERROR_SUCCESS ? static_cast<int>(value) : -1;
 }
 
-void RemoveTree(const std::wstring& path) {
-  WIN32_FIND_DATAW entry{};
-  {
-    const UniqueFind find(::FindFirstFileW((path + L"\\*").c_str(), &entry));
-    if (find.get() == INVALID_HANDLE_VALUE) return;
-    do {
-      const std::wstring name = entry.cFileName;
-      if (name == L"." || name == L"..") continue;
-      if ((entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) RemoveTree(path + L"\\" + name);
-      ::DeleteFileW((path + L"\\" + name).c_str());
-    } while (::FindNextFileW(find.get(), &entry));
-  }
-  ::RemoveDirectoryW(path.c_str());
-}
-
 class UpdateRoad : public testing::Test {
  protected:
-  static void SetUpTestSuite() { authority_ = new TestAuthority; }
-  static void TearDownTestSuite() { delete authority_; }
-
   void SetUp() override {
-    ASSERT_TRUE(authority_->IsTrusted());
+    ASSERT_TRUE(server_.IsTrusted());
     ::RegDeleteTreeW(HKEY_CURRENT_USER, kSettingsKey);
-    temp_ = ServerPath(L"temp-" + std::to_wstring(::GetTickCount64()));
-    ::CreateDirectoryW(temp_.c_str(), nullptr);
-    UseTemp(temp_);
-    record_ = temp_ + L"\\record";
-    ::SetEnvironmentVariableW(L"VANTORA_TEST_RECORD", record_.c_str());
-    UseServer(L"VANTORA_TEST_HTTPS", L"good");
-    ::DeleteFileW(ServerPath(L"requests").c_str());
   }
-  void TearDown() override {
-    ::RegDeleteTreeW(HKEY_CURRENT_USER, kSettingsKey);
-    RemoveTree(temp_);
-  }
+  void TearDown() override { ::RegDeleteTreeW(HKEY_CURRENT_USER, kSettingsKey); }
 
-  static void UseTemp(const std::wstring& folder) {
-    ::SetEnvironmentVariableW(L"TMP", folder.c_str());
-    ::SetEnvironmentVariableW(L"TEMP", folder.c_str());
-  }
-  static void UseServer(const wchar_t* variable, const std::wstring& scenario) {
-    ::SetEnvironmentVariableW(L"VANTORA_TEST_UPDATE_SERVER", (EnvironmentText(variable) + L"/" + scenario).c_str());
-  }
-  static std::string Requests() { return ReadWholeFile(ServerPath(L"requests")).value_or(""); }
-
-  /// What the installer has written about its start, line by line; waits for it.
-  [[nodiscard]] std::vector<std::wstring> LaunchRecord() const {
-    for (int waitedMs = 0; !Exists(record_) && waitedMs < kLaunchTimeoutMs; waitedMs += 50) ::Sleep(50);
-    std::vector<std::wstring> lines(1);
-    for (const wchar_t character : ReadTextFile(record_).value_or(L"")) {
-      if (character == L'\n') {
-        lines.emplace_back();
-      } else {
-        lines.back() += character;
-      }
-    }
-    lines.pop_back();
-    return lines;
-  }
-
-  [[nodiscard]] std::wstring Folder() const { return temp_ + L"\\Vantora"; }
-  [[nodiscard]] std::wstring File() const { return Folder() + L"\\vantorasetup.exe"; }
-
-  static TestAuthority* authority_;
-  std::wstring temp_;
-  std::wstring record_;
+  TestServer server_;
   SettingsStore settings_;
 };
-
-TestAuthority* UpdateRoad::authority_ = nullptr;
 
 }  // namespace
 
@@ -128,14 +64,13 @@ TEST_F(UpdateRoad, CheckEndsAsSpecifiedWhateverTheServerSays) {
       {L"VANTORA_TEST_STRANGER", L"good", AppVersionDisplay, L"ERROR - AS_ERROR_CONNECT_GENERAL"},
       {L"VANTORA_TEST_NOBODY", L"good", AppVersionDisplay, L"ERROR - AS_ERROR_CONNECT_GENERAL"},
   };
-  ::SetEnvironmentVariableW(L"VANTORA_TEST_NOBODY", L"https://localhost:1");
   Event done;
   std::uint32_t error = 0;
   ASSERT_TRUE(done.Create(Event::Reset::kAuto, error));
   for (const auto& c : kCases) {
     UpdateState updates;
     CapturedLines lines;
-    UseServer(c.server, c.scenario);
+    TestServer::Use(c.scenario, c.server);
     CheckForUpdatesThread(updates, settings_, done);
     EXPECT_EQ(done.Wait(0), WaitResult::kSignaled) << c.scenario;
     EXPECT_EQ(updates.LatestVersion(), c.latest) << c.scenario;
@@ -149,7 +84,7 @@ TEST_F(UpdateRoad, CheckAsksTheChannelOfTheSettings) {
   settings_.Update([](AppSettings& settings) { settings.includeBetas = false; });
   CheckForUpdatesThread(updates, settings_, done);
   EXPECT_EQ(updates.LatestVersion(), L"0.0.2.8");
-  EXPECT_EQ(Requests(), "https /good/versioninfo/vantora/ Vantora\n");
+  EXPECT_EQ(TestServer::Requests(), "https /good/versioninfo/vantora/ Vantora\n");
 }
 
 TEST_F(UpdateRoad, CheckThatIsSwitchedOffAsksNobody) {
@@ -161,7 +96,7 @@ TEST_F(UpdateRoad, CheckThatIsSwitchedOffAsksNobody) {
   CheckForUpdatesThread(updates, settings_, done);
   EXPECT_EQ(done.Wait(0), WaitResult::kSignaled);
   EXPECT_EQ(updates.LatestVersion(), L"0.0.0.0");
-  EXPECT_EQ(Requests(), "");
+  EXPECT_EQ(TestServer::Requests(), "");
 
   SetNumber(L"UpdateChecksDisabled", 0);
   CheckForUpdatesThread(updates, settings_, done);
@@ -170,22 +105,24 @@ TEST_F(UpdateRoad, CheckThatIsSwitchedOffAsksNobody) {
 
 TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilently) {
   // Left by somebody else for the installer to load.
-  ::CreateDirectoryW(Folder().c_str(), nullptr);
-  ::CreateDirectoryW((File() + L".local").c_str(), nullptr);
-  for (const std::wstring& planted : {Folder() + L"\\version.dll", File() + L".local\\comctl32.dll", File()}) {
+  ::CreateDirectoryW(server_.Folder().c_str(), nullptr);
+  ::CreateDirectoryW((server_.File() + L".local").c_str(), nullptr);
+  for (const std::wstring& planted :
+       {server_.Folder() + L"\\version.dll", server_.File() + L".local\\comctl32.dll", server_.File()}) {
     ASSERT_EQ(WriteWholeFile(planted, "planted"), WriteResult::kWritten);
   }
-  ::SetFileAttributesW((Folder() + L"\\version.dll").c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
+  ::SetFileAttributesW((server_.Folder() + L"\\version.dll").c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
 
   CapturedLines lines;
   ASSERT_TRUE(DownloadAndInstallUpdate(settings_));
-  const std::vector<std::wstring> launched = LaunchRecord();
-  const std::vector<std::wstring> expected = {L"\"" + File() + L"\" /S", L"C:\\windows\\system32", File(), L"vantorasetup.exe"};
+  const std::vector<std::wstring> launched = server_.LaunchRecord();
+  const std::vector<std::wstring> expected = {L"\"" + server_.File() + L"\" /S", L"C:\\windows\\system32", server_.File(),
+                                              L"vantorasetup.exe"};
   EXPECT_EQ(launched, expected);
   EXPECT_EQ(UpdateFinished(), 1);
-  EXPECT_TRUE(lines.Has(L"Download save path: " + File()));
-  EXPECT_TRUE(lines.Has(L"Launching installer: " + File()));
-  EXPECT_EQ(Requests(), "https /good/files/beta/vantorasetup.exe Vantora\n");
+  EXPECT_TRUE(lines.Has(L"Download save path: " + server_.File()));
+  EXPECT_TRUE(lines.Has(L"Launching installer: " + server_.File()));
+  EXPECT_EQ(TestServer::Requests(), "https /good/files/beta/vantorasetup.exe Vantora\n");
   EXPECT_TRUE(TakeUpdateFinished());
   EXPECT_FALSE(TakeUpdateFinished());
 }
@@ -236,20 +173,19 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
        },
        L"ERROR: file was changed while it was written", -1},
   };
-  ::SetEnvironmentVariableW(L"VANTORA_TEST_NOBODY", L"https://localhost:1");
   for (const Case& c : kCases) {
     ::RegDeleteTreeW(HKEY_CURRENT_USER, kSettingsKey);
-    UseServer(c.server, c.scenario);
+    TestServer::Use(c.scenario, c.server);
     CapturedLines lines;
     InstallationSteps steps = SystemInstallationSteps();
     c.breakIt(steps);
     EXPECT_FALSE(DownloadAndInstallUpdate(steps, true)) << c.scenario;
     EXPECT_TRUE(lines.Has(c.line)) << testing::PrintToString(c.scenario) << testing::PrintToString(lines.Lines());
-    EXPECT_FALSE(Exists(File())) << c.scenario << c.line;
+    EXPECT_FALSE(Exists(server_.File())) << c.scenario << c.line;
     EXPECT_EQ(UpdateFinished(), c.finished) << c.scenario;
   }
   ::Sleep(500);
-  EXPECT_FALSE(Exists(record_)) << "something was started";
+  EXPECT_FALSE(server_.WasLaunched()) << "something was started";
 }
 
 TEST_F(UpdateRoad, LaunchWithoutProcessCountsAsSuccessWithoutBalloon) {
@@ -258,24 +194,24 @@ TEST_F(UpdateRoad, LaunchWithoutProcessCountsAsSuccessWithoutBalloon) {
   CapturedLines lines;
   EXPECT_TRUE(DownloadAndInstallUpdate(steps, true));
   EXPECT_EQ(UpdateFinished(), 0);
-  EXPECT_TRUE(lines.Has(L"ERROR Launching " + File()));
+  EXPECT_TRUE(lines.Has(L"ERROR Launching " + server_.File()));
 }
 
 TEST_F(UpdateRoad, NobodySwapsTheFileOnceItIsVerified) {
-  const std::wstring other = temp_ + L"\\other.exe";
+  const std::wstring other = server_.Temp() + L"\\other.exe";
   ASSERT_EQ(WriteWholeFile(other, "other"), WriteResult::kWritten);
   int refused = 0;
   const auto attack = [&] {
     const auto openFor = [&](DWORD access) {
       const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-      return OwnFileHandle(::CreateFileW(File().c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr)) != nullptr;
+      return OwnFileHandle(::CreateFileW(server_.File().c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr)) != nullptr;
     };
     EXPECT_FALSE(openFor(GENERIC_WRITE));
     EXPECT_FALSE(openFor(DELETE));
-    EXPECT_FALSE(::DeleteFileW(File().c_str()));
-    EXPECT_FALSE(::MoveFileExW(other.c_str(), File().c_str(), MOVEFILE_REPLACE_EXISTING));
-    EXPECT_FALSE(::MoveFileW(File().c_str(), (File() + L".old").c_str()));
-    EXPECT_FALSE(::MoveFileW(Folder().c_str(), (Folder() + L".old").c_str()));
+    EXPECT_FALSE(::DeleteFileW(server_.File().c_str()));
+    EXPECT_FALSE(::MoveFileExW(other.c_str(), server_.File().c_str(), MOVEFILE_REPLACE_EXISTING));
+    EXPECT_FALSE(::MoveFileW(server_.File().c_str(), (server_.File() + L".old").c_str()));
+    EXPECT_FALSE(::MoveFileW(server_.Folder().c_str(), (server_.Folder() + L".old").c_str()));
     EXPECT_TRUE(openFor(GENERIC_READ)) << "the system itself must get at it";
     ++refused;
   };
@@ -290,14 +226,14 @@ TEST_F(UpdateRoad, NobodySwapsTheFileOnceItIsVerified) {
   };
   EXPECT_TRUE(DownloadAndInstallUpdate(steps, true));
   EXPECT_EQ(refused, 2);
-  EXPECT_EQ(LaunchRecord().size(), 4U);
-  EXPECT_TRUE(::MoveFileW(Folder().c_str(), (Folder() + L".old").c_str())) << "everything is let go afterwards";
+  EXPECT_EQ(server_.LaunchRecord().size(), 4U);
+  EXPECT_TRUE(::MoveFileW(server_.Folder().c_str(), (server_.Folder() + L".old").c_str())) << "everything is let go afterwards";
 }
 
 TEST_F(UpdateRoad, FilePlantedDuringVerificationStopsTheLaunch) {
   InstallationSteps steps = SystemInstallationSteps();
   steps.verify = [&, verify = steps.verify](const std::wstring& path) {
-    EXPECT_EQ(WriteWholeFile(Folder() + L"\\version.dll", "planted"), WriteResult::kWritten);
+    EXPECT_EQ(WriteWholeFile(server_.Folder() + L"\\version.dll", "planted"), WriteResult::kWritten);
     return verify(path);
   };
   bool launched = false;
@@ -308,8 +244,8 @@ TEST_F(UpdateRoad, FilePlantedDuringVerificationStopsTheLaunch) {
   CapturedLines lines;
   EXPECT_FALSE(DownloadAndInstallUpdate(steps, true));
   EXPECT_FALSE(launched);
-  EXPECT_TRUE(lines.Has(L"ERROR: unexpected files beside " + File()));
-  EXPECT_FALSE(Exists(File()));
+  EXPECT_TRUE(lines.Has(L"ERROR: unexpected files beside " + server_.File()));
+  EXPECT_FALSE(Exists(server_.File()));
   EXPECT_EQ(UpdateFinished(), -1);
 }
 
@@ -318,17 +254,17 @@ TEST_F(UpdateRoad, FolderThatIsALinkOrMissingIsRefused) {
     std::wstring temp;
     const wchar_t* line;
   } kCases[] = {
-      {ServerPath(L"linked-temp"), L"ERROR: not a plain folder: "},
-      {temp_ + L"\\nowhere", L"ERROR creating file"},
-      {ServerPath(L"ca.cer"), L"ERROR creating file"},  // a file stands where the folder should
+      {TestServer::Path(L"linked-temp"), L"ERROR: not a plain folder: "},
+      {server_.Temp() + L"\\nowhere", L"ERROR creating file"},
+      {TestServer::Path(L"ca.cer"), L"ERROR creating file"},  // a file stands where the folder should
   };
   for (const auto& [temp, line] : kCases) {
-    UseTemp(temp);
+    TestServer::UseTemp(temp);
     CapturedLines lines;
     EXPECT_FALSE(DownloadAndInstallUpdate(settings_));
     EXPECT_TRUE(lines.Has(line)) << testing::PrintToString(lines.Lines());
     EXPECT_TRUE(lines.Has(L"ERROR creating file"));
   }
-  EXPECT_FALSE(Exists(ServerPath(L"elsewhere\\vantorasetup.exe"))) << "written through the link";
+  EXPECT_FALSE(Exists(TestServer::Path(L"elsewhere\\vantorasetup.exe"))) << "written through the link";
   EXPECT_EQ(UpdateFinished(), -1);
 }

@@ -12,9 +12,11 @@ import socket
 import ssl
 import sys
 import threading
+import time
 
 FOLDER = sys.argv[1]
 STALL_SECONDS = 120
+SLOW_SECONDS = 2
 
 # The text that a scenario answers to a version request, for the release and the beta channel.
 VERSIONS = {
@@ -67,15 +69,18 @@ class Handler(http.server.BaseHTTPRequestHandler):
         if scenario == "mute":  # takes the request and never says a word
             self.stall()
             return
+        if scenario == "slow":
+            time.sleep(SLOW_SECONDS)
         self.send_response(status)
         self.send_header("Content-Length", str(len(body)))
         self.send_header("Connection", "close")
         self.end_headers()
         self.close_connection = True
-        if scenario in ("stall", "broken"):
+        stalls = scenario == "stall" and "/files/" in self.path
+        if stalls or scenario == "broken":
             self.wfile.write(body[: len(body) // 2])
             self.wfile.flush()
-            if scenario == "stall":
+            if stalls:
                 self.stall()
             return
         self.wfile.write(body)
