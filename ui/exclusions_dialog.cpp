@@ -2,6 +2,7 @@
 
 #include "res/resource.h"
 #include "storage/settings_registry.h"
+#include "ui/clipboard_text.h"
 #include "ui/dialog.h"
 #include "ui/exclusions_text.h"
 #include "ui/program.h"
@@ -9,6 +10,20 @@
 namespace {
 
 constexpr int kDarkControls[] = {IDC_EXCLUSIONS, IDOK, IDCANCEL};
+constexpr UINT_PTR kPasteSubclassId = 1;
+
+/// Pastes with the line ends that the edit box knows. By itself it takes the others for part of a line: a list from elsewhere
+/// would stand there as one line, and one of a megabyte takes minutes to lay out.
+LRESULT CALLBACK PasteProcedure(HWND edit, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id, DWORD_PTR) {
+  if (message == WM_PASTE) {
+    if (const std::optional<std::wstring> text = ReadClipboardText(edit)) {
+      ::SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(WithEditLineEnds(*text).c_str()));
+      return 0;
+    }
+  }
+  if (message == WM_NCDESTROY) ::RemoveWindowSubclass(edit, &PasteProcedure, id);
+  return ::DefSubclassProc(edit, message, wParam, lParam);
+}
 
 class ExclusionsDialog final : public Dialog {
  public:
@@ -27,6 +42,7 @@ bool ExclusionsDialog::OnInitDialog() {
   if (HWND edit = Item(IDC_EXCLUSIONS)) {
     // By itself an edit box stops taking text at 30,000 characters, and cuts a longer text that is pasted; 0 lifts that.
     ::SendMessageW(edit, EM_SETLIMITTEXT, 0, 0);
+    ::SetWindowSubclass(edit, &PasteProcedure, kPasteSubclassId, 0);
     SetItemText(IDC_EXCLUSIONS, JoinExclusions(*program_.engine.Exclusions()));
   }
   return true;

@@ -38,3 +38,17 @@ std::wstring JoinExclusions(const std::vector<std::wstring>& exclusions) {
   }
   return text;
 }
+
+std::wstring WithEditLineEnds(std::wstring_view text) {
+  std::wstring lines;
+  lines.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == L'\r' && i + 1 < text.size() && text[i + 1] == L'\n') continue;
+    if (text[i] == L'\r' || text[i] == L'\n') {
+      lines += L"\r\n";
+    } else {
+      lines += text[i];
+    }
+  }
+  return lines;
+}

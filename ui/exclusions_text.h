@@ -12,3 +12,6 @@
 
 /// The patterns with CR LF between them.
 [[nodiscard]] std::wstring JoinExclusions(const std::vector<std::wstring>& exclusions);
+
+/// The text with every line end (CR LF, lone CR, lone LF) a CR LF, the only one that an edit box shows as such.
+[[nodiscard]] std::wstring WithEditLineEnds(std::wstring_view text);

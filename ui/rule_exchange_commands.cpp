@@ -2,15 +2,13 @@
 
 #include <shlobj.h>
 
-#include <algorithm>
-#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "platform/handles.h"
 #include "res/resource.h"
 #include "storage/rule_store.h"
+#include "ui/clipboard_text.h"
 #include "ui/dialog_utilities.h"
 #include "ui/file_dialogs.h"
 #include "ui/message_box.h"
@@ -19,27 +17,6 @@ namespace {
 
 int ShowMessage(HWND owner, UINT textId, UINT titleId, UINT style) {
   return XMessageBox(owner, LoadResString(textId).c_str(), LoadResString(titleId).c_str(), style);
-}
-
-/// The clipboard's text as a copy of our own, so that nothing is held while the user is asked. Another program filled that
-/// memory: its size bounds the text, whether a terminator is there or not.
-std::optional<std::wstring> ReadClipboardText(HWND owner) {
-  if (!::IsClipboardFormatAvailable(CF_UNICODETEXT)) return std::nullopt;
-  const ClipboardLock clipboard(owner);
-  if (!clipboard.IsOpen()) return std::nullopt;
-  HANDLE memory = ::GetClipboardData(CF_UNICODETEXT);
-  if (memory == nullptr) return std::nullopt;
-  const auto* text = static_cast<const wchar_t*>(::GlobalLock(memory));
-  if (text == nullptr) return std::nullopt;
-  const wchar_t* end = text + ::GlobalSize(memory) / sizeof(wchar_t);
-  std::optional<std::wstring> copy;
-  try {
-    copy.emplace(text, std::find(text, end, L'\0'));
-  } catch (const std::bad_alloc&) {
-    copy.reset();
-  }
-  ::GlobalUnlock(memory);
-  return copy;
 }
 
 bool LooksLikeExportedRules(std::wstring_view text) {
