@@ -41,6 +41,12 @@ TEST(ExclusionsText, JoinsWithSeparatorsOnlyBetweenPatterns) {
   EXPECT_EQ(JoinExclusions({L"a", L"b c", L"*"}), L"a\r\nb c\r\n*");
 }
 
+TEST(ExclusionsText, GivesEveryLineEndTheFormThatAnEditBoxShows) {
+  EXPECT_EQ(WithEditLineEnds(L""), L"");
+  EXPECT_EQ(WithEditLineEnds(L"a\r\nb\nc\rd\r\r\n\n\re"), L"a\r\nb\r\nc\r\nd\r\n\r\n\r\n\r\ne");
+  EXPECT_EQ(WithEditLineEnds(L"\r"), L"\r\n");
+}
+
 TEST(ExclusionsText, TenThousandLinesOfAnyLineEndComeBackUnchanged) {
   List patterns;
   for (int i = 0; i < 10'000; ++i) patterns.push_back(L"process " + std::to_wstring(i) + L"*.exe");

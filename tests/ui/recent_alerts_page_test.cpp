@@ -14,13 +14,11 @@
 
 namespace {
 
-constexpr wchar_t kMainTitle[] = L"Vantora - Process Resource Monitor";
-
 class RecentAlertsPageTest : public ::testing::Test {
  protected:
   void Open() {
     window_ = std::make_unique<WindowThread>([this] { MainDialogThread(test_.program); });
-    dialog_ = window_->WaitForDialog(kMainTitle);
+    dialog_ = window_->WaitForDialog(kMainWindowTitle);
     list_ = ::GetDlgItem(dialog_, IDC_RECENT_ALERTS);
     ASSERT_NE(list_, nullptr);
   }

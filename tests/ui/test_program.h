@@ -13,6 +13,8 @@
 #include "platform/handles.h"
 #include "ui/program.h"
 
+inline constexpr wchar_t kMainWindowTitle[] = L"Vantora - Process Resource Monitor";
+
 /// Deleted with the files that lie in it.
 class TemporaryFolder {
  public:
