@@ -49,17 +49,22 @@ void InPlaceEdit::Start(HWND list, int row, int column) {
   ::SetWindowSubclass(box, &InPlaceEditSubclassProc, kSubclassId, reinterpret_cast<DWORD_PTR>(this));
 }
 
-std::optional<InPlaceEdit::Entry> InPlaceEdit::Finish() {
+std::optional<InPlaceEdit::Entry> InPlaceEdit::Content() const {
   if (box_ == nullptr) return std::nullopt;
   wchar_t text[kTextBufferChars] = {};
   ::GetWindowTextW(box_, text, kTextBufferChars);
+  return Entry{row_, column_, text};
+}
+
+void InPlaceEdit::Close() {
+  if (box_ == nullptr) return;
+  row_ = -1;
+  column_ = -1;
   // Forgotten before it is destroyed: that takes the focus from it, which is no second request to end.
-  HWND box = std::exchange(box_, nullptr);
-  ::DestroyWindow(box);
+  ::DestroyWindow(std::exchange(box_, nullptr));
   MSG stale;
   while (::PeekMessageW(&stale, window_, UWM_END_INPLACE_EDIT, UWM_END_INPLACE_EDIT, PM_REMOVE)) {
   }
-  return Entry{std::exchange(row_, -1), std::exchange(column_, -1), text};
 }
 
 void InPlaceEdit::RequestEnd(bool commit) const {

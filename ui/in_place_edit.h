@@ -25,9 +25,11 @@ class InPlaceEdit {
   /// Opens the box over the cell of `list`, a child of the window that is to be told, with the cell's text selected. No box may
   /// be open.
   void Start(HWND list, int row, int column);
-  /// Closes the box and hands out what was typed; empty when none is open. Requests to end that are still on their way are taken
-  /// back: they meant this box and must not end the next one.
-  std::optional<Entry> Finish();
+  /// What is typed and where; empty when no box is open.
+  [[nodiscard]] std::optional<Entry> Content() const;
+  /// Destroys the box. Requests to end that are still on their way are taken back: they meant this box and must not end the next
+  /// one.
+  void Close();
 
  private:
   static LRESULT CALLBACK InPlaceEditSubclassProc(HWND box, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,

@@ -98,6 +98,6 @@ void RuleListCommands::OnDoubleClick(int row, int column) {
 }
 
 void RuleListCommands::EndInPlaceEdit(bool commit) {
-  const auto entry = inPlaceEdit_.Finish();
-  if (entry && commit) list_.ApplyInPlaceEdit(entry->row, entry->column, entry->text);
+  if (const auto entry = inPlaceEdit_.Content(); entry && commit) list_.ApplyInPlaceEdit(entry->row, entry->column, entry->text);
+  inPlaceEdit_.Close();
 }
