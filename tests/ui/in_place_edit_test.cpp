@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include "tests/ui/main_window_fixture.h"
+
+namespace {
+
+class InPlaceEditTest : public MainWindowTest {
+ protected:
+  [[nodiscard]] HWND Box() const { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); }
+  HWND OpenBox(int row, int column) {
+    NotifyDoubleClick(list, row, column);
+    return Box();
+  }
+  bool WaitForNoBox() {
+    return WaitUntil([this] { return Box() == nullptr; });
+  }
+  /// Types over the cell and ends with the key.
+  bool Enter(int row, int column, const wchar_t* text, WPARAM key) {
+    HWND box = OpenBox(row, column);
+    ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text));
+    ::PostMessageW(box, WM_KEYDOWN, key, 0);
+    return box != nullptr && WaitForNoBox();
+  }
+};
+
+TEST_F(InPlaceEditTest, EnabledCellFlips) {
+  rules.Append({Rule(3, L"a.exe"), Rule(5, L"b.exe")});
+  Open();
+  for (const bool enabled : {false, true}) {
+    NotifyDoubleClick(list, 1, 0);
+    EXPECT_EQ(Cell(list, 1, 0), enabled ? L"Yes" : L"No");
+    EXPECT_EQ(Rules()[1].enabled, enabled);
+    EXPECT_TRUE(Rules()[0].enabled);
+    ExpectSaved();
+  }
+  EXPECT_EQ(Box(), nullptr);
+}
+
+TEST_F(InPlaceEditTest, EnterStoresTheCellOfEveryColumn) {
+  rules.Append({Rule(3, L"a.exe"), Rule(5, L"b.exe")});
+  Open();
+  const struct {
+    int column;
+    const wchar_t* typed;
+    const wchar_t* cell;
+    double stored;
+    double (*field)(const ThresholdRule&);
+  } cases[] = {
+      {2, L"abc", L"-", 0, [](const ThresholdRule& r) { return double(r.maxHandles); }},
+      {2, L"12abc", L"12", 12, [](const ThresholdRule& r) { return double(r.maxHandles); }},
+      {3, L"2048", L"2048", 2147483648.0, [](const ThresholdRule& r) { return double(r.maxWorkingSet); }},
+      {4, L"1", L"1", 1048576, [](const ThresholdRule& r) { return double(r.maxPrivateBytes); }},
+      {5, L"-5", L"-", -5, [](const ThresholdRule& r) { return r.maxCpuPercent; }},
+      {5, L"12.5", L"12", 12.5, [](const ThresholdRule& r) { return r.maxCpuPercent; }},
+      {6, L" 7", L"7", 7, [](const ThresholdRule& r) { return double(r.maxThreads); }},
+      {7, L"99999999999", L"4294967295", 4294967295.0, [](const ThresholdRule& r) { return double(r.maxGdiObjects); }},
+      {8, L"9", L"9", 9, [](const ThresholdRule& r) { return double(r.maxUserObjects); }},
+  };
+  for (const auto& c : cases) {
+    ASSERT_TRUE(Enter(1, c.column, c.typed, VK_RETURN)) << c.column;
+    EXPECT_EQ(Cell(list, 1, c.column), c.cell) << c.column;
+    EXPECT_EQ(c.field(Rules()[1]), c.stored) << c.column;
+  }
+  ASSERT_TRUE(Enter(1, 1, L"", VK_RETURN));
+  EXPECT_EQ(Rules()[1].processPattern, L"");
+  EXPECT_EQ(Rules()[0], Rule(3, L"a.exe"));
+  ExpectSaved();
+  EXPECT_TRUE(::IsWindowVisible(Window())) << "Enter must not reach OK";
+}
+
+TEST_F(InPlaceEditTest, BoxLiesOverItsCellWithTheTextSelected) {
+  ThresholdRule rule = Rule(3, L"a.exe");
+  rule.maxThreads = 500;
+  rules.Append({rule});
+  Open();
+  const struct {
+    int column;
+    const wchar_t* text;
+  } cases[] = {{1, L"a.exe"}, {2, L""}, {6, L"500"}};
+  for (const auto& c : cases) {
+    HWND box = OpenBox(0, c.column);
+    ASSERT_NE(box, nullptr);
+    RECT rect{};
+    ::GetWindowRect(box, &rect);
+    ::MapWindowPoints(nullptr, list, reinterpret_cast<POINT*>(&rect), 2);
+    const RECT cell = CellRectOf(list, 0, c.column);
+    EXPECT_TRUE(::EqualRect(&rect, &cell)) << c.column;
+    EXPECT_EQ(TextOf(box), c.text);
+    EXPECT_EQ(::SendMessageW(box, EM_GETSEL, 0, 0), MAKELONG(0, wcslen(c.text)));
+    EXPECT_EQ(FocusOf(box), box);
+    EXPECT_EQ(::SendMessageW(box, WM_GETFONT, 0, 0), ::SendMessageW(list, WM_GETFONT, 0, 0));
+    ::PostMessageW(box, WM_KEYDOWN, VK_ESCAPE, 0);
+    ASSERT_TRUE(WaitForNoBox());
+  }
+}
+
+TEST_F(InPlaceEditTest, EscapeLeavesRuleAndWindow) {
+  rules.Append({Rule(3, L"a.exe")});
+  Open();
+  EXPECT_TRUE(Enter(0, 1, L"other.exe", VK_ESCAPE));
+  EXPECT_EQ(Rules()[0], Rule(3, L"a.exe"));
+  EXPECT_EQ(Cell(list, 0, 1), L"a.exe");
+  EXPECT_TRUE(::IsWindowVisible(Window()));
+}
+
+TEST_F(InPlaceEditTest, LosingTheFocusCommits) {
+  rules.Append({Rule(3, L"a.exe")});
+  Open();
+  HWND box = OpenBox(0, 1);
+  ::SetWindowTextW(box, L"b.exe");
+  ::SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(IDC_PRESETS)), TRUE);
+  ASSERT_TRUE(WaitForNoBox());
+  EXPECT_EQ(Rules()[0].processPattern, L"b.exe");
+  ExpectSaved();
+}
+
+TEST_F(InPlaceEditTest, SecondCellCommitsTheFirst) {
+  rules.Append({Rule(3, L"a.exe")});
+  Open();
+  ::SetWindowTextW(OpenBox(0, 1), L"b.exe");
+  // The first box has lost the focus, and its request is still on its way when the second opens.
+  ::SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(list), TRUE);
+  HWND second = OpenBox(0, 2);
+  ASSERT_NE(second, nullptr);
+  EXPECT_EQ(Rules()[0].processPattern, L"b.exe");
+  ::SetWindowTextW(second, L"77");
+  ::PostMessageW(second, WM_KEYDOWN, VK_RETURN, 0);
+  ASSERT_TRUE(WaitForNoBox());
+  EXPECT_EQ(Rules()[0].maxHandles, 77U);
+  ExpectSaved();
+}
+
+TEST_F(InPlaceEditTest, RuleThatIsGoneIsDropped) {
+  rules.Append({Rule(3, L"a.exe"), Rule(5, L"b.exe")});
+  Open();
+  HWND box = OpenBox(0, 1);
+  rules.Remove({3});
+  ::SetWindowTextW(box, L"c.exe");
+  ::PostMessageW(box, WM_KEYDOWN, VK_RETURN, 0);
+  ASSERT_TRUE(WaitForNoBox());
+  NotifyDoubleClick(list, 0, 0);
+  EXPECT_EQ(Rules(), RuleList{Rule(5, L"b.exe")});
+  ExpectSaved();
+}
+
+TEST_F(InPlaceEditTest, ClosingTheWindowWithAnOpenBoxIsClean) {
+  rules.Append({Rule(3, L"a.exe")});
+  Open();
+  ASSERT_NE(OpenBox(0, 1), nullptr);
+  Close(IDM_CLOSE);
+  Open();
+  EXPECT_EQ(Box(), nullptr);
+  EXPECT_TRUE(Enter(0, 1, L"b.exe", VK_RETURN));
+  EXPECT_EQ(Rules()[0].processPattern, L"b.exe");
+}
+
+}  // namespace

@@ -1,0 +1,139 @@
+#pragma once
+
+// A main window over stores of its own: the window runs on its own thread as in the program, the test drives it from outside and
+// reads its rules back from the file.
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "core/simulated_process_table.h"
+#include "res/resource.h"
+#include "tests/ui/window_driver.h"
+#include "ui/program.h"
+#include "ui/windows_of_program.h"
+
+inline constexpr wchar_t kMainTitle[] = L"Vantora - Process Resource Monitor";
+inline constexpr wchar_t kEditorTitle[] = L"Edit Threshold Rule";
+
+/// The control with the keyboard focus of the thread that owns `window`.
+inline HWND FocusOf(HWND window) {
+  GUITHREADINFO info{sizeof(info), 0, {}, {}, {}, {}, {}, {}, {}};
+  return ::GetGUIThreadInfo(::GetWindowThreadProcessId(window, nullptr), &info) ? info.hwndFocus : nullptr;
+}
+
+inline void SelectRows(HWND list, std::initializer_list<int> rows) {
+  LVITEMW item{};
+  item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+  ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&item));
+  for (const int row : rows) {
+    item.state = item.stateMask;
+    ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+  }
+}
+
+/// In the list's client coordinates.
+inline RECT CellRectOf(HWND list, int row, int column) {
+  RECT rect{};
+  rect.left = LVIR_BOUNDS;
+  rect.top = column;
+  ::SendMessageW(list, LVM_GETSUBITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&rect));
+  return rect;
+}
+
+/// The notification that a double click on the cell sends; row -1: below the rows.
+inline void NotifyDoubleClick(HWND list, int row, int column) {
+  NMITEMACTIVATE click{};
+  click.hdr = {list, static_cast<UINT_PTR>(::GetDlgCtrlID(list)), static_cast<UINT>(NM_DBLCLK)};
+  click.iItem = row;
+  click.iSubItem = column;
+  ::SendMessageW(::GetParent(list), WM_NOTIFY, click.hdr.idFrom, reinterpret_cast<LPARAM>(&click));
+}
+
+class MainWindowTest : public testing::Test {
+ protected:
+  MainWindowTest() {
+    wchar_t folder[MAX_PATH] = {};
+    ::GetTempPathW(MAX_PATH, folder);
+    wchar_t file[MAX_PATH] = {};
+    ::GetTempFileNameW(folder, L"van", 0, file);
+    rulesFile_ = file;
+  }
+
+  ~MainWindowTest() override {
+    thread_.reset();
+    ::DeleteFileW(rulesFile_.c_str());
+  }
+
+  /// A rule as the tests tell them apart.
+  static ThresholdRule Rule(std::uint32_t id, const wchar_t* pattern) {
+    ThresholdRule rule;
+    rule.ruleId = id;
+    rule.processPattern = pattern;
+    return rule;
+  }
+
+  void Open() {
+    thread_.emplace([this] { MainDialogThread(program); });
+    ASSERT_NE(thread_->WaitForDialog(kMainTitle), nullptr);
+    list = Item(IDC_RULE_LIST);
+    ASSERT_NE(list, nullptr);
+  }
+
+  /// Ends the window by the command and waits until its thread is through.
+  void Close(WORD command = IDCANCEL) {
+    PostCommand(Window(), command);
+    ASSERT_TRUE(thread_->WaitForEnd());
+    thread_.reset();
+  }
+
+  /// Runs a command that opens a dialog and returns that.
+  HWND OpenDialog(WORD command, const wchar_t* title) {
+    PostCommand(Window(), command);
+    return WaitForDialog(title);
+  }
+  HWND WaitForDialog(const wchar_t* title) {
+    HWND dialog = thread_->WaitForDialog(title);
+    EXPECT_NE(dialog, nullptr);
+    return dialog;
+  }
+  /// Ends a dialog and returns when the command that opened it is through.
+  void Answer(HWND dialog, WORD command) {
+    PostCommand(dialog, command);
+    EXPECT_TRUE(WaitUntil([dialog] { return !::IsWindow(dialog); }));
+    ::SendMessageW(Window(), WM_NULL, 0, 0);
+  }
+
+  [[nodiscard]] HWND Window() const { return program.MainDialogHandle; }
+  [[nodiscard]] HWND Item(int id) const { return ::GetDlgItem(Window(), id); }
+
+  /// What the next start of the program would load.
+  [[nodiscard]] RuleList SavedRules() const {
+    RuleStore saved([this] { return rulesFile_; });
+    (void)saved.Load(rulesFile_);
+    return *saved.Snapshot();
+  }
+  [[nodiscard]] RuleList Rules() const { return *rules.Snapshot(); }
+
+  /// The rules file follows every change at once; no test may find it behind.
+  void ExpectSaved() const { EXPECT_EQ(SavedRules(), Rules()); }
+
+  MonitorEngine engine{std::make_shared<SimulatedProcessTable>(), SystemClock(), 1};
+  RuleStore rules{[this] { return rulesFile_; }};
+  SettingsStore settings;
+  RecentAlerts recentAlerts;
+  UpdateState updates;
+  Program program{::GetModuleHandleW(nullptr), engine, rules, settings, recentAlerts, updates};
+  HWND list = nullptr;
+
+ private:
+  std::wstring rulesFile_;
+  std::optional<WindowThread> thread_;
+};

@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+
+#include "tests/ui/main_window_fixture.h"
+
+namespace {
+
+class RuleEditorTest : public MainWindowTest {
+ protected:
+  HWND OpenEditor(WORD command) { return OpenDialog(command, kEditorTitle); }
+};
+
+TEST_F(RuleEditorTest, AddedRuleIsNewAndSaved) {
+  rules.Append({Rule(4, L"old.exe")});
+  Open();
+  const std::uint32_t id = rules.NextRuleId();
+  HWND editor = OpenEditor(IDC_ADD_RULE);
+  EXPECT_EQ(FocusOf(editor), ::GetDlgItem(editor, IDC_PATTERN));
+  EXPECT_EQ(::IsDlgButtonChecked(editor, IDC_ENABLED), UINT{BST_CHECKED});
+  for (int field = IDC_PATTERN; field <= IDC_COOLDOWN; ++field)
+    EXPECT_EQ(TextOfItem(editor, field), field == IDC_COOLDOWN ? L"60" : L"") << field;
+  Answer(editor, IDOK);
+  ThresholdRule expected = Rule(id, L"");
+  EXPECT_EQ(Rules(), (RuleList{Rule(4, L"old.exe"), expected}));
+  EXPECT_EQ(RowCount(list), 2);
+  ExpectSaved();
+}
+
+TEST_F(RuleEditorTest, CancelledAddUsesTheIdUp) {
+  Open();
+  const std::uint32_t id = rules.NextRuleId();
+  Answer(OpenEditor(IDM_ADD_RULE), IDCANCEL);
+  HWND editor = OpenEditor(IDC_ADD_RULE);
+  ::PostMessageW(editor, WM_CLOSE, 0, 0);
+  ASSERT_TRUE(WaitUntil([editor] { return !::IsWindow(editor); }));
+  EXPECT_TRUE(Rules().empty());
+  EXPECT_EQ(RowCount(list), 0);
+  Answer(OpenEditor(IDC_ADD_RULE), IDOK);
+  ASSERT_EQ(Rules().size(), 1U);
+  EXPECT_EQ(Rules()[0].ruleId, id + 2);
+}
+
+TEST_F(RuleEditorTest, EditsTheUpperOfTheSelectedRules) {
+  ThresholdRule rule = Rule(9, L"b.exe");
+  rule.alertActions = 7;
+  rule.maxWorkingSet = 1'572'864;
+  rule.maxCpuPercent = 87.5;
+  rule.cooldownSec = 0;
+  rules.Append({Rule(8, L"a.exe"), rule, Rule(10, L"c.exe")});
+  Open();
+  SelectRows(list, {1, 2});
+  HWND editor = OpenEditor(IDC_EDIT_RULE);
+  EXPECT_EQ(TextOfItem(editor, IDC_PATTERN), L"b.exe");
+  EXPECT_EQ(TextOfItem(editor, IDC_MAX_WORKING_SET), L"1");
+  EXPECT_EQ(TextOfItem(editor, IDC_MAX_CPU), L"88");
+  EXPECT_EQ(TextOfItem(editor, IDC_COOLDOWN), L"0");
+  Answer(editor, IDCANCEL);
+  EXPECT_EQ(Rules()[1], rule);
+
+  SelectRows(list, {2, 1});
+  editor = OpenEditor(IDM_EDIT_RULE);
+  ::SetDlgItemTextW(editor, IDC_PATTERN, (std::wstring(300, L'p')).c_str());
+  ::SetDlgItemTextW(editor, IDC_MAX_CPU, L"12.5");
+  ::SetDlgItemTextW(editor, IDC_MAX_GDI, L"99999999999");
+  ::CheckDlgButton(editor, IDC_ENABLED, BST_UNCHECKED);
+  Answer(editor, IDOK);
+  rule.processPattern = std::wstring(255, L'p');
+  rule.enabled = false;
+  rule.maxWorkingSet = 1'048'576;
+  rule.maxCpuPercent = 12.5;
+  rule.maxGdiObjects = 4294967295U;
+  rule.alertActions = ACTION_NOTIFY | ACTION_LOG;
+  EXPECT_EQ(Rules(), (RuleList{Rule(8, L"a.exe"), rule, Rule(10, L"c.exe")}));
+  EXPECT_EQ(Cell(list, 1, 0), L"No");
+  EXPECT_EQ(Cell(list, 1, 5), L"12");
+  ExpectSaved();
+}
+
+TEST_F(RuleEditorTest, NothingToEditOpensNothing) {
+  rules.Append({Rule(8, L"a.exe")});
+  Open();
+  ::SendMessageW(Window(), WM_COMMAND, IDC_EDIT_RULE, 0);  // would not return while an editor is open
+  SelectRows(list, {0});
+  rules.RemoveAll();
+  ::SendMessageW(Window(), WM_COMMAND, IDC_EDIT_RULE, 0);
+  EXPECT_TRUE(Rules().empty());
+}
+
+}  // namespace
