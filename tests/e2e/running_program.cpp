@@ -139,11 +139,19 @@ HWND RunningProgram::WaitForMainWindow(DWORD timeoutMs) const {
   return WaitForResult([&] { return FindMainWindow(); }, timeoutMs);
 }
 
+bool RunningProgram::OpenTrayMenu() const {
+  ::PostMessageW(WaitForTray(), UWM_TRAYICON, 0, WM_RBUTTONUP);
+  return WaitForWindow(kMenuClass, nullptr) != nullptr;
+}
+
+bool RunningProgram::DismissMenu() const {
+  ::PostMessageW(WaitForTray(), WM_CANCELMODE, 0, 0);
+  return WaitUntil([&] { return FindVisibleWindow(kMenuClass, nullptr) == nullptr; });
+}
+
 bool RunningProgram::ChooseFromTrayMenu(wchar_t mnemonic) const {
-  HWND tray = WaitForTray();
-  ::PostMessageW(tray, UWM_TRAYICON, 0, WM_RBUTTONUP);
-  if (WaitForWindow(kMenuClass, nullptr) == nullptr) return false;
-  ::PostMessageW(tray, WM_CHAR, mnemonic, 0);
+  if (!OpenTrayMenu()) return false;
+  ::PostMessageW(WaitForTray(), WM_CHAR, mnemonic, 0);
   return WaitUntil([&] { return FindVisibleWindow(kMenuClass, nullptr) == nullptr; });
 }
 

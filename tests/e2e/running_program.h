@@ -45,6 +45,10 @@ class RunningProgram {
   [[nodiscard]] HWND FindMainWindow() const;
   [[nodiscard]] HWND WaitForMainWindow(DWORD timeoutMs = kPatienceMs) const;
 
+  /// Opens the tray menu. False when it does not come up.
+  [[nodiscard]] bool OpenTrayMenu() const;
+  /// Closes an open tray menu without a choice.
+  [[nodiscard]] bool DismissMenu() const;
   /// Opens the tray menu and chooses the item with the mnemonic. False when the menu does not come up or does not close.
   [[nodiscard]] bool ChooseFromTrayMenu(wchar_t mnemonic) const;
   /// Asks the program to end as "-terminate" does, and waits for it. False when it has not ended with 0.
