@@ -95,6 +95,8 @@ void TrayWindow::OnCreate() {
 }
 
 void TrayWindow::OnDestroy() {
+  // An open menu runs a message loop of its own.
+  ::EndMenu();
   program_.engine.Stop();
   SaveSettings(program_.settings, program_.engine);
   program_.rules.Save(GetRulesFilePath());
@@ -157,7 +159,13 @@ void TrayWindow::OnAlert(LPARAM address) {
 }
 
 void TrayWindow::ShowMenu() {
-  switch (menu_.Choose(window_, program_.engine.Paused())) {
+  const UINT command = menu_.Choose(window_, program_.engine.Paused());
+  if (!::IsWindow(window_)) {
+    // The end came while the menu was open, and the menu's loop may have swallowed the quit message.
+    ::PostQuitMessage(0);
+    return;
+  }
+  switch (command) {
     case IDM_TRAY_OPEN:
       StartDetachedThread(routines_.runMainWindow);
       return;

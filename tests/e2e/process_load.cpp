@@ -30,13 +30,12 @@ unsigned OwnWorkingSetMb() {
   return static_cast<unsigned>(counters.WorkingSetSize / 1'048'576);
 }
 
-BusyThread::BusyThread()
-    : thread_([this] {
-        while (!end_.load(std::memory_order_relaxed)) {
-        }
+BusyWindow::BusyWindow(HWND window)
+    : thread_([this, window] {
+        while (!end_.load(std::memory_order_relaxed)) ::SendMessageW(window, WM_NULL, 0, 0);
       }) {}
 
-BusyThread::~BusyThread() {
+BusyWindow::~BusyWindow() {
   end_ = true;
   thread_.join();
 }

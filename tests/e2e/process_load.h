@@ -17,13 +17,13 @@ namespace e2e {
 [[nodiscard]] unsigned OwnThreadCount();
 [[nodiscard]] unsigned OwnWorkingSetMb();
 
-/// Keeps one processor busy.
-class BusyThread {
+/// Keeps another process's window, and so that process, busy with messages.
+class BusyWindow {
  public:
-  BusyThread();
-  ~BusyThread();
-  BusyThread(const BusyThread&) = delete;
-  BusyThread& operator=(const BusyThread&) = delete;
+  explicit BusyWindow(HWND window);
+  ~BusyWindow();
+  BusyWindow(const BusyWindow&) = delete;
+  BusyWindow& operator=(const BusyWindow&) = delete;
 
  private:
   std::atomic<bool> end_{false};
