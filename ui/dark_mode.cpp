@@ -80,7 +80,7 @@ bool SystemAsksForDarkNow() { return DarkModeAvailable() && Theme().systemAsksFo
 bool IsHighContrast() {
   HIGHCONTRASTW contrast{};
   contrast.cbSize = sizeof(contrast);
-  return ::SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof(contrast), &contrast, 0) &&
+  return Theme().systemParameters(SPI_GETHIGHCONTRAST, sizeof(contrast), &contrast, 0) &&
          (contrast.dwFlags & HCF_HIGHCONTRASTON) != 0;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
 // Every call into the theme library that dark mode makes, in one table that is filled once at start-up: the library's
-// undocumented ordinals, found at run time, and the few documented calls beside them. Nothing but dark mode's own files and their
-// tests needs this.
+// undocumented ordinals, found at run time, and the few documented calls beside them whose effect a test has to see or set.
+// Nothing but dark mode's own files and their tests needs this.
 
 #include <windows.h>
 
@@ -29,6 +29,7 @@ struct ThemeEntryPoints {
   decltype(&::SetWindowTheme) setWindowTheme = &::SetWindowTheme;
   decltype(&::DrawThemeBackground) drawBackground = &::DrawThemeBackground;
   decltype(&::DrawThemeText) drawText = &::DrawThemeText;
+  decltype(&::SystemParametersInfoW) systemParameters = &::SystemParametersInfoW;
 };
 
 /// The build from which ordinal 135 has its newer form and title bars are set by the composition call.

@@ -1,5 +1,6 @@
 #include "ui/dialog.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "ui/dialog_utilities.h"
@@ -13,11 +14,18 @@ LayoutRect ControlRect(HWND dialog, HWND control) {
   return {rect.left, rect.top, rect.right, rect.bottom};
 }
 
+std::wstring_view WithoutLeadingBlanks(std::wstring_view text) {
+  return text.substr(std::min(text.find_first_not_of(L" \t"), text.size()));
+}
+
 /// The system's reading answers 0 for a number beyond 32 bits; such a text is blanks and then digits only.
 bool IsTooLargeNumber(std::wstring_view text) {
-  const std::size_t first = text.find_first_not_of(L" \t");
-  return first != std::wstring_view::npos && text.find_first_not_of(L"0123456789", first) == std::wstring_view::npos;
+  const std::wstring_view digits = WithoutLeadingBlanks(text);
+  return !digits.empty() && digits.find_first_not_of(L"0123456789") == std::wstring_view::npos;
 }
+
+/// Some compatible systems wrap a negative number instead of refusing it.
+bool IsNegative(std::wstring_view text) { return WithoutLeadingBlanks(text).starts_with(L'-'); }
 
 }  // namespace
 
@@ -68,8 +76,9 @@ void Dialog::SetItemNumber(int id, std::uint32_t value) const { ::SetDlgItemInt(
 std::uint32_t Dialog::ItemNumber(int id) const {
   BOOL translated = FALSE;
   const UINT value = ::GetDlgItemInt(window_, id, &translated, FALSE);
-  if (translated) return value;
-  return IsTooLargeNumber(ItemText(id, 255)) ? std::numeric_limits<std::uint32_t>::max() : 0;
+  const std::wstring text = ItemText(id, 255);
+  if (translated) return IsNegative(text) ? 0 : value;
+  return IsTooLargeNumber(text) ? std::numeric_limits<std::uint32_t>::max() : 0;
 }
 
 void Dialog::SetChecked(int id, bool checked) const { ::CheckDlgButton(window_, id, checked ? BST_CHECKED : BST_UNCHECKED); }

@@ -1,0 +1,198 @@
+#include "ui/dialog.h"
+
+#include <gtest/gtest.h>
+
+#include "res/resource.h"
+#include "tests/ui/leak_counter.h"
+#include "ui/dialog_utilities.h"
+
+namespace {
+
+/// The alert log's resource under the base alone, with everything the base offers made public.
+class ProbeDialog : public Dialog {
+ public:
+  explicit ProbeDialog(WORD templateId = IDD_ALERT_LOG) : Dialog(::GetModuleHandleW(nullptr), templateId) {}
+  using Dialog::EnableItem;
+  using Dialog::IsChecked;
+  using Dialog::Item;
+  using Dialog::ItemNumber;
+  using Dialog::ItemText;
+  using Dialog::SetChecked;
+  using Dialog::SetItemNumber;
+  using Dialog::SetItemText;
+  using Dialog::ShowItem;
+  using Dialog::StartLayout;
+
+  bool hadIconsAtInit = false;
+  int destroyed = 0;
+  INT_PTR endAtInit = 0;
+
+ protected:
+  bool OnInitDialog() override {
+    hadIconsAtInit =
+        ::SendMessageW(Window(), WM_GETICON, ICON_SMALL, 0) != 0 && ::SendMessageW(Window(), WM_GETICON, ICON_BIG, 0) != 0;
+    if (endAtInit != 0) End(endAtInit);
+    return true;
+  }
+  std::optional<INT_PTR> OnMessage(UINT message, WPARAM wParam, LPARAM) override {
+    if (message == WM_APP) return Reply(static_cast<LRESULT>(wParam) * 2);
+    return std::nullopt;
+  }
+  void OnDestroy() override { ++destroyed; }
+};
+
+TEST(DialogBase, BindsItsObjectAndLetsGoOfIt) {
+  ProbeDialog dialog;
+  HWND window = dialog.CreateModeless(nullptr);
+  ASSERT_NE(window, nullptr);
+  EXPECT_EQ(dialog.Window(), window);
+  EXPECT_TRUE(dialog.hadIconsAtInit);
+  EXPECT_EQ(::SendMessageW(window, WM_APP, 21, 0), 42);
+  ::DestroyWindow(window);
+  EXPECT_EQ(dialog.destroyed, 1);
+  EXPECT_EQ(dialog.Window(), nullptr);
+
+  ProbeDialog modal;
+  modal.endAtInit = 5;
+  EXPECT_EQ(modal.RunModal(nullptr), 5);
+  EXPECT_EQ(ProbeDialog(9999).RunModal(nullptr), -1);
+}
+
+TEST(DialogBase, OutlivedWindowNoLongerReachesTheObject) {
+  HWND window = nullptr;
+  {
+    ProbeDialog dialog;
+    window = dialog.CreateModeless(nullptr);
+  }
+  EXPECT_EQ(::SendMessageW(window, WM_APP, 21, 0), 0);
+  ::DestroyWindow(window);
+}
+
+TEST(DialogBase, ReadsNumbersLikeTheSystemButSaturates) {
+  struct Case {
+    const wchar_t* text;
+    std::uint32_t expected;
+  };
+  constexpr Case kCases[] = {
+      {L"", 0},
+      {L"   ", 0},
+      {L"abc", 0},
+      {L"0", 0},
+      {L"7", 7},
+      {L"  42", 42},
+      {L"0012", 12},
+      {L"-5", 0},
+      {L"4294967295", 0xFFFFFFFF},
+      {L"x99", 0},
+      {L"4294967296", 0xFFFFFFFF},
+      {L"  99999999999999999999999999", 0xFFFFFFFF},
+  };
+  ProbeDialog dialog(IDD_RULE_EDITOR);
+  ASSERT_NE(dialog.CreateModeless(nullptr), nullptr);
+  for (const Case& test : kCases) {
+    dialog.SetItemText(IDC_MAX_HANDLES, test.text);
+    EXPECT_EQ(dialog.ItemNumber(IDC_MAX_HANDLES), test.expected) << test.text;
+  }
+  dialog.SetItemNumber(IDC_MAX_HANDLES, 4000000000u);
+  EXPECT_EQ(dialog.ItemText(IDC_MAX_HANDLES, 260), L"4000000000");
+  EXPECT_EQ(dialog.ItemText(IDC_MAX_HANDLES, 3), L"400");
+  // A control that is not there: nothing happens.
+  dialog.SetItemText(4711, L"x");
+  dialog.EnableItem(4711, false);
+  dialog.ShowItem(4711, false);
+  EXPECT_EQ(dialog.ItemNumber(4711), 0u);
+  EXPECT_EQ(dialog.ItemText(4711, 10), L"");
+  EXPECT_FALSE(dialog.IsChecked(4711));
+  ::DestroyWindow(dialog.Window());
+}
+
+RECT ClientRectOf(const ProbeDialog& dialog, int id) {
+  RECT rect{};
+  ::GetWindowRect(dialog.Item(id), &rect);
+  ::MapWindowPoints(nullptr, dialog.Window(), reinterpret_cast<POINT*>(&rect), 2);
+  return rect;
+}
+
+TEST(DialogBase, ResizingFollowsTheAnchors) {
+  constexpr AnchorRow kRows[] = {{IDC_ALERT_LIST, ANCHOR_WIDEN | ANCHOR_GROW_TALLER},
+                                 {IDC_EXPORT_CSV, ANCHOR_MOVE_DOWN},
+                                 {4711, ANCHOR_MOVE_DOWN},
+                                 {IDCANCEL, ANCHOR_MOVE_RIGHT | ANCHOR_MOVE_DOWN}};
+  ProbeDialog dialog;
+  HWND window = dialog.CreateModeless(nullptr);
+  ASSERT_NE(window, nullptr);
+  RECT frame{};
+  ::GetWindowRect(window, &frame);
+  const int width = frame.right - frame.left;
+  const int height = frame.bottom - frame.top;
+  const auto resize = [&](int dx, int dy) {
+    ::SetWindowPos(window, nullptr, 0, 0, width + dx, height + dy, SWP_NOMOVE | SWP_NOZORDER);
+  };
+  const RECT list = ClientRectOf(dialog, IDC_ALERT_LIST);
+  const RECT button = ClientRectOf(dialog, IDC_EXPORT_CSV);
+  const RECT close = ClientRectOf(dialog, IDCANCEL);
+
+  resize(10, 10);  // before the layout starts nothing moves
+  const RECT unmoved = ClientRectOf(dialog, IDC_ALERT_LIST);
+  EXPECT_TRUE(::EqualRect(&list, &unmoved));
+  resize(0, 0);
+  dialog.StartLayout(kRows, 20, true);
+  resize(60, 40);
+  RECT now = ClientRectOf(dialog, IDC_ALERT_LIST);
+  EXPECT_TRUE(now.left == list.left && now.top == list.top && now.right == list.right + 60 && now.bottom == list.bottom + 40);
+  now = ClientRectOf(dialog, IDC_EXPORT_CSV);
+  EXPECT_TRUE(now.left == button.left && now.right == button.right && now.top == button.top + 40 &&
+              now.bottom == button.bottom + 40);
+  now = ClientRectOf(dialog, IDCANCEL);
+  EXPECT_TRUE(now.left == close.left + 60 && now.right == close.right + 60 && now.top == close.top + 40);
+
+  // A minimised window keeps its layout; the smallest size is the one at opening, with the extra height.
+  ::SendMessageW(window, WM_SIZE, SIZE_MINIMIZED, 0);
+  EXPECT_EQ(ClientRectOf(dialog, IDC_ALERT_LIST).right, list.right + 60);
+  MINMAXINFO limits{};
+  ::SendMessageW(window, WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
+  EXPECT_EQ(limits.ptMinTrackSize.x, width);
+  EXPECT_EQ(limits.ptMinTrackSize.y, height + 20);
+  ::DestroyWindow(window);
+}
+
+TEST(DialogBase, OpensAndClosesWithoutLeaks) {
+  EXPECT_EQ(GrowthOver(200,
+                       [] {
+                         ProbeDialog dialog(IDD_RULE_EDITOR);
+                         ::DestroyWindow(dialog.CreateModeless(nullptr));
+                       }),
+            LeakCount{});
+}
+
+TEST(DialogUtilities, StringsComeFromTheResources) {
+  EXPECT_EQ(LoadResString(IDS_ASK_REMOVE_ONE), L"Remove the selected rule?");
+  EXPECT_EQ(LoadResString(60000), L"");
+  EXPECT_EQ(FormatResString(IDS_ASK_REMOVE_MANY, 12), L"Remove 12 selected rules?");
+  const std::wstring filter = LoadFilterString(IDS_CSV_FILTER);
+  const std::wstring expected(L"CSV Files (*.csv)\0*.csv\0All Files (*.*)\0*.*\0\0\0\0", 47);
+  EXPECT_EQ(filter, expected);
+}
+
+TEST(DialogUtilities, ListsGetTheirColumnsAndCells) {
+  constexpr ListColumn kColumns[] = {{IDS_COLUMN_TIME, 150}, {IDS_COLUMN_PID, 60}};
+  HWND list = ::CreateWindowExW(0, WC_LISTVIEWW, L"", WS_POPUP | LVS_REPORT, 0, 0, 300, 200, nullptr, nullptr, nullptr, nullptr);
+  ASSERT_NE(list, nullptr);
+  InsertListColumns(list, kColumns);
+  EXPECT_EQ(::SendMessageW(list, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0), LVS_EX_FULLROWSELECT);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(::SendMessageW(list, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(i), 0), ScaleForDpi(kColumns[i].widthPx));
+  }
+  LVITEMW item{};
+  ::SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+  SetListCell(list, 0, 1, L"cell");
+  wchar_t text[16] = L"";
+  item.iSubItem = 1;
+  item.pszText = text;
+  item.cchTextMax = 16;
+  ::SendMessageW(list, LVM_GETITEMTEXTW, 0, reinterpret_cast<LPARAM>(&item));
+  EXPECT_STREQ(text, L"cell");
+  ::DestroyWindow(list);
+}
+
+}  // namespace
