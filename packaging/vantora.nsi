@@ -1,0 +1,228 @@
+; The installer and uninstaller: for one user, without administrator rights. scripts/installer gives VERSION, PRODUCT_PAGE, PROGRAM (the
+; built exe), SIZE_KB, ROOT (the source tree) and OUTPUT.
+;
+; Silent with /S. The uninstaller keeps rules, alert log and settings unless /PURGE or its check box says otherwise. Exit codes: 0 done,
+; 1 cancelled, 2 failed: the running program did not end, or a file could not be replaced; what was installed before is then still there.
+
+Unicode true
+Target amd64-unicode
+SetCompressor /SOLID lzma
+ManifestDPIAware true
+RequestExecutionLevel user
+
+!include MUI2.nsh
+!include LogicLib.nsh
+!include FileFunc.nsh
+
+!define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Vantora"
+!define SETTINGS_KEY "Software\Vantora"
+!define RUN_KEY "Software\Microsoft\Windows\CurrentVersion\Run"
+!define RUNNING_EVENT "Global\VantoraRunning"
+!define SYNCHRONIZE 0x100000
+!define ERROR_ACCESS_DENIED 5
+!define END_WAIT_MS 100
+!define END_WAITS 150 ; 15 s: the program may take 10 s to stop its monitor
+
+Name "Vantora"
+OutFile "${OUTPUT}"
+InstallDir "$LOCALAPPDATA\Programs\Vantora"
+InstallDirRegKey HKCU "${UNINSTALL_KEY}" "InstallLocation"
+BrandingText "Vantora ${VERSION}"
+VIProductVersion "${VERSION}"
+VIFileVersion "${VERSION}"
+VIAddVersionKey "CompanyName" "Vantora"
+VIAddVersionKey "FileDescription" "Vantora installer"
+VIAddVersionKey "FileVersion" "${VERSION}"
+VIAddVersionKey "LegalCopyright" "Copyright (c) 2026 The Vantora team"
+VIAddVersionKey "ProductName" "Vantora"
+VIAddVersionKey "ProductVersion" "${VERSION}"
+
+!define MUI_ICON "${ROOT}/res/vantora.ico"
+!define MUI_UNICON "${ROOT}/res/vantora.ico"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${ROOT}/packaging/finish.bmp"
+!define MUI_ABORTWARNING
+!insertmacro MUI_PAGE_LICENSE "${ROOT}/LICENSE"
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_INSTFILES
+!define MUI_FINISHPAGE_RUN "$INSTDIR\vantora.exe"
+!insertmacro MUI_PAGE_FINISH
+!insertmacro MUI_UNPAGE_CONFIRM
+UninstPage custom un.PurgePage un.PurgePageLeave
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_LANGUAGE "English"
+
+Var wasRunning
+Var purge
+Var purgeCheckBox
+
+; Leaves "1" in the register when the program runs, "0" otherwise: it holds a named event for as long as it lives. One that runs with
+; more rights than the installer has does not let it open the event.
+!macro IsRunning RESULT
+  System::Call 'kernel32::OpenEventW(i ${SYNCHRONIZE}, i 0, w "${RUNNING_EVENT}") p .R8 ?e'
+  Pop ${RESULT}
+  ${If} $R8 P<> 0
+    System::Call 'kernel32::CloseHandle(p R8)'
+    StrCpy ${RESULT} 1
+  ${ElseIf} ${RESULT} == ${ERROR_ACCESS_DENIED}
+    StrCpy ${RESULT} 1
+  ${Else}
+    StrCpy ${RESULT} 0
+  ${EndIf}
+!macroend
+
+; Asks a running program to end, by the given copy's own switch, and waits until it has. Leaves "1" in the register when none runs.
+!macro EndProgram COPY RESULT
+  !insertmacro IsRunning ${RESULT}
+  ${If} ${RESULT} == 1
+    DetailPrint "Waiting for the running Vantora to end"
+    ExecWait '"${COPY}" -terminate'
+    StrCpy $R9 0
+    ${Do}
+      !insertmacro IsRunning ${RESULT}
+      ${If} ${RESULT} == 0
+        ${Break}
+      ${EndIf}
+      IntOp $R9 $R9 + 1
+      Sleep ${END_WAIT_MS}
+    ${LoopUntil} $R9 >= ${END_WAITS}
+  ${EndIf}
+  IntOp ${RESULT} 1 - ${RESULT}
+!macroend
+
+Function .onInit
+  StrCpy $wasRunning 0
+FunctionEnd
+
+; Leaves everything as it was and starts again what was running: an update that cannot be made must not cost the user the monitor.
+Function GiveUp
+  Delete "$INSTDIR\vantora.exe.new"
+  WriteRegDWORD HKCU "${SETTINGS_KEY}" "UpdateFinished" 0
+  ${If} $wasRunning == 1
+  ${AndIf} ${FileExists} "$INSTDIR\vantora.exe"
+    Exec '"$INSTDIR\vantora.exe" /tray'
+  ${EndIf}
+  SetErrorLevel 2
+  Quit
+FunctionEnd
+
+Section "Vantora"
+  !insertmacro IsRunning $wasRunning
+  ; The program's own update starts this installer and ends at once: it may be gone already, and says so in its settings.
+  ReadRegDWORD $R0 HKCU "${SETTINGS_KEY}" "UpdateFinished"
+  ${If} $R0 == 1
+    StrCpy $wasRunning 1
+  ${EndIf}
+
+  InitPluginsDir
+  SetOutPath "$INSTDIR"
+  SetOverwrite try
+  ClearErrors
+  File "/oname=vantora.exe.new" "${PROGRAM}"
+  ${If} ${Errors}
+    Call GiveUp
+  ${EndIf}
+  ; A copy under the name that its switches are known by, whatever is or is not installed.
+  CopyFiles /SILENT "$INSTDIR\vantora.exe.new" "$PLUGINSDIR\vantora.exe"
+  !insertmacro EndProgram "$PLUGINSDIR\vantora.exe" $R0
+  ${If} $R0 == 0
+    MessageBox MB_OK|MB_ICONSTOP "Vantora is still running and cannot be replaced. Please exit it and run the installer again." /SD IDOK
+    Call GiveUp
+  ${EndIf}
+
+  ClearErrors
+  Delete "$INSTDIR\vantora.exe"
+  ${IfNot} ${Errors}
+    Rename "$INSTDIR\vantora.exe.new" "$INSTDIR\vantora.exe"
+  ${EndIf}
+  ${If} ${Errors}
+    MessageBox MB_OK|MB_ICONSTOP "$INSTDIR\vantora.exe cannot be replaced. Please try again later." /SD IDOK
+    Call GiveUp
+  ${EndIf}
+  File "/oname=LICENSE.txt" "${ROOT}/LICENSE"
+  WriteUninstaller "$INSTDIR\uninstall.exe"
+  CreateShortcut "$SMPROGRAMS\Vantora.lnk" "$INSTDIR\vantora.exe"
+
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayName" "Vantora"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "Publisher" "Vantora"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "URLInfoAbout" "${PRODUCT_PAGE}"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\vantora.exe,0"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
+  WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" ${SIZE_KB}
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
+SectionEnd
+
+Function .onInstSuccess
+  ; An elevated program protects the folder that it downloads its update to; the next one may not be elevated and must be able to use it.
+  ${If} $EXEDIR == "$TEMP\Vantora"
+    nsExec::Exec '"$SYSDIR\icacls.exe" "$EXEDIR" /setintegritylevel (OI)(CI)medium'
+    Pop $R0
+  ${EndIf}
+  ; With its pages shown, the installer offers the start at its end.
+  ${If} ${Silent}
+  ${AndIf} $wasRunning == 1
+    Exec '"$INSTDIR\vantora.exe" /tray'
+  ${EndIf}
+FunctionEnd
+
+Function un.onInit
+  StrCpy $purge 0
+  ${GetParameters} $R0
+  ClearErrors
+  ${GetOptions} $R0 "/PURGE" $R1
+  ${IfNot} ${Errors}
+    StrCpy $purge 1
+  ${EndIf}
+FunctionEnd
+
+Function un.PurgePage
+  !insertmacro MUI_HEADER_TEXT "Rules and settings" "Choose what happens to your own data."
+  nsDialogs::Create 1018
+  Pop $R0
+  ${NSD_CreateLabel} 0 0 100% 24u "Your rules, the alert log and the settings are kept, so that a later installation finds them again."
+  Pop $R0
+  ${NSD_CreateCheckbox} 0 32u 100% 12u "&Delete my rules, alert log and settings too"
+  Pop $purgeCheckBox
+  ${If} $purge == 1
+    ${NSD_Check} $purgeCheckBox
+  ${EndIf}
+  nsDialogs::Show
+FunctionEnd
+
+Function un.PurgePageLeave
+  ${NSD_GetState} $purgeCheckBox $purge
+FunctionEnd
+
+Section "Uninstall"
+  !insertmacro EndProgram "$INSTDIR\vantora.exe" $R0
+  ${If} $R0 == 0
+    MessageBox MB_OK|MB_ICONSTOP "Vantora is still running. Please exit it and uninstall it again." /SD IDOK
+    SetErrorLevel 2
+    Quit
+  ${EndIf}
+
+  ; Where the rights do not reach, the task stays and finds nothing to start.
+  ExecWait '"$INSTDIR\vantora.exe" --remove-admin-task'
+  DeleteRegValue HKCU "${RUN_KEY}" "Vantora"
+
+  Delete "$INSTDIR\vantora.exe"
+  Delete "$INSTDIR\vantora.exe.new"
+  Delete "$INSTDIR\LICENSE.txt"
+  Delete "$INSTDIR\uninstall.exe"
+  RMDir "$INSTDIR"
+  Delete "$SMPROGRAMS\Vantora.lnk"
+  Delete "$TEMP\Vantora\vantorasetup.exe"
+  RMDir "$TEMP\Vantora"
+
+  ${If} $purge == 1
+    ; By name: what the user has put beside them is not ours to delete.
+    Delete "$APPDATA\Vantora\rules.csv"
+    Delete "$APPDATA\Vantora\alerts.log"
+    RMDir "$APPDATA\Vantora"
+    DeleteRegKey HKCU "${SETTINGS_KEY}"
+  ${EndIf}
+  DeleteRegKey HKCU "${UNINSTALL_KEY}"
+SectionEnd

@@ -1,0 +1,176 @@
+// The real installer and uninstaller, run as users and the program's own updates run them.
+
+#include <windows.h>
+
+#include <shellapi.h>
+#include <shlobj.h>
+
+#include "app/messages.h"
+#include "system/version_number.h"
+#include "tests/e2e/fixture.h"
+#include "update_server/test_server.h"
+
+namespace e2e {
+namespace {
+
+constexpr wchar_t kEntry[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Vantora";
+constexpr DWORD kGiveUpMs = 40'000;
+
+std::wstring FullPath(const wchar_t* path) {
+  wchar_t full[MAX_PATH]{};
+  ::GetFullPathNameW(path, MAX_PATH, full, nullptr);
+  return full;
+}
+
+std::wstring ShellFolder(int id) {
+  wchar_t folder[MAX_PATH]{};
+  ::SHGetFolderPathW(nullptr, id, nullptr, 0, folder);
+  return folder;
+}
+
+/// "a.b.c.d" of a program's version resource.
+std::wstring FileVersion(const std::wstring& path) {
+  DWORD ignored = 0;
+  std::vector<BYTE> resource(::GetFileVersionInfoSizeW(path.c_str(), &ignored));
+  VS_FIXEDFILEINFO* fixed = nullptr;
+  UINT size = 0;
+  if (resource.empty() || !::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
+      !::VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&fixed), &size)) {
+    return L"none";
+  }
+  const auto text = [](DWORD pair) { return std::to_wstring(HIWORD(pair)) + L"." + std::to_wstring(LOWORD(pair)); };
+  return text(fixed->dwFileVersionMS) + L"." + text(fixed->dwFileVersionLS);
+}
+
+class Installer : public EndToEndTest {
+ protected:
+  void SetUp() override {
+    EndToEndTest::SetUp();
+    Uninstall(L" /S /PURGE");
+    ASSERT_FALSE(PathExists(folder_));
+    profile_.Set(L"UpdateChecksDisabled", 1);
+  }
+  void TearDown() override {
+    EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
+    Uninstall(L" /S /PURGE");
+  }
+
+  static std::optional<DWORD> Install(const wchar_t* setup) {
+    return RunningProgram(L"/S", FullPath(setup)).WaitForExit(kGiveUpMs);
+  }
+  /// The uninstaller goes on as a copy of itself, so its work is waited for: the entry goes last.
+  void Uninstall(const std::wstring& arguments) const {
+    if (!PathExists(uninstaller_)) return;
+    const RunningProgram uninstall(arguments, uninstaller_);
+    EXPECT_TRUE(WaitUntil([&] { return !Entry(L"DisplayName").has_value(); }, kGiveUpMs));
+  }
+  std::optional<RegistryValue> Entry(const wchar_t* name) const { return profile_.Get(kEntry, name); }
+
+  const std::wstring folder_ = ShellFolder(CSIDL_LOCAL_APPDATA) + L"\\Programs\\Vantora";
+  const std::wstring program_ = folder_ + L"\\vantora.exe";
+  const std::wstring uninstaller_ = folder_ + L"\\uninstall.exe";
+  const std::wstring shortcut_ = ShellFolder(CSIDL_PROGRAMS) + L"\\Vantora.lnk";
+};
+
+TEST_F(Installer, InstallsForTheUserWithAFullEntry) {
+  ASSERT_EQ(Install(VANTORA_SETUP), 0u);
+  EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath()));
+  EXPECT_TRUE(PathExists(shortcut_));
+  EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
+
+  const struct {
+    const wchar_t* name;
+    RegistryValue value;
+  } expected[] = {
+      {L"DisplayName", RegistryValue::Text(L"Vantora")},
+      {L"DisplayVersion", RegistryValue::Text(AppVersion)},
+      {L"Publisher", RegistryValue::Text(L"Vantora")},
+      {L"DisplayIcon", RegistryValue::Text(program_ + L",0")},
+      {L"InstallLocation", RegistryValue::Text(folder_)},
+      {L"UninstallString", RegistryValue::Text(L"\"" + uninstaller_ + L"\"")},
+      {L"QuietUninstallString", RegistryValue::Text(L"\"" + uninstaller_ + L"\" /S")},
+      {L"NoModify", RegistryValue::Number(1)},
+      {L"NoRepair", RegistryValue::Number(1)},
+  };
+  for (const auto& [name, value] : expected) EXPECT_EQ(Entry(name), value) << testing::PrintToString(name);
+  const auto size = Entry(L"EstimatedSize");
+  ASSERT_TRUE(size && size->bytes.size() == 4);
+  const DWORD sizeKb = *reinterpret_cast<const DWORD*>(size->bytes.data());
+  const DWORD realKb = static_cast<DWORD>((ReadFileBytes(program_)->size() + ReadFileBytes(uninstaller_)->size()) / 1024);
+  EXPECT_NEAR(sizeKb, realKb, 100);
+
+  for (const std::wstring& file : {program_, FullPath(VANTORA_SETUP)}) EXPECT_EQ(FileVersion(file), AppVersion);
+}
+
+TEST_F(Installer, UpgradesOverTheRunningProgramAndStartsItAgain) {
+  ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
+  EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(L"0.0.2.6"));
+  const RunningProgram old(L"/tray", program_);
+  ASSERT_TRUE(debug_.WaitFor(old.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
+
+  ASSERT_EQ(Install(VANTORA_SETUP), 0u);
+  EXPECT_EQ(old.WaitForExit(), 0u) << "by its own protocol";
+  EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(AppVersion));
+  EXPECT_FALSE(PathExists(program_ + L".new"));
+  ASSERT_TRUE(WaitUntil([] { return ::FindWindowW(kTrayClass, kTrayTitle) != nullptr; }));
+  DWORD restarted = 0;
+  ::GetWindowThreadProcessId(::FindWindowW(kTrayClass, kTrayTitle), &restarted);
+  EXPECT_NE(restarted, old.Id());
+  EXPECT_TRUE(NeverWithin(1'000, [&] { return debug_.Count(restarted, "MainDialogThread") != 0; })) << "in the tray only";
+}
+
+TEST_F(Installer, GivesUpWithoutHarmWhenTheProgramDoesNotEnd) {
+  ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
+  profile_.Set(L"UpdateFinished", 1);
+  {
+    // An instance that nothing ends, as one with more rights would be.
+    const UniqueHandle running(::CreateEventW(nullptr, FALSE, FALSE, kRunningEvent));
+    EXPECT_EQ(Install(VANTORA_SETUP), 2u);
+  }
+  EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(L"0.0.2.6"));
+  EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath()));
+  EXPECT_FALSE(PathExists(program_ + L".new"));
+  EXPECT_EQ(profile_.Get(kSettings, L"UpdateFinished"), RegistryValue::Number(0)) << "no balloon for what did not happen";
+}
+
+TEST_F(Installer, UninstallEndsTheProgramAndKeepsWhatIsTheUsersOwn) {
+  for (const bool purge : {false, true}) {
+    SCOPED_TRACE(purge);
+    ASSERT_EQ(Install(VANTORA_SETUP), 0u);
+    profile_.WriteRules({"1,foo.exe,1,0,0,0,0,0,0,0,3,60"});
+    WriteFileBytes(profile_.DataFolder() + L"\\my notes.txt", "mine");
+    profile_.Set(kRun, L"Vantora", RegistryValue::Text(L"\"" + program_ + L"\" /tray"));
+    profile_.Set(kRun, L"Other", RegistryValue::Text(L"other.exe"));
+    const RunningProgram program(L"/tray", program_);
+    ASSERT_TRUE(debug_.WaitFor(program.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
+
+    Uninstall(purge ? L"/S /PURGE" : L"/S");
+    EXPECT_EQ(program.WaitForExit(), 0u);
+    for (const std::wstring& path : {folder_, shortcut_}) EXPECT_FALSE(PathExists(path)) << testing::PrintToString(path);
+    EXPECT_FALSE(profile_.Get(kRun, L"Vantora").has_value());
+    EXPECT_TRUE(profile_.Get(kRun, L"Other").has_value());
+    EXPECT_NE(PathExists(profile_.RulesFile()), purge);
+    EXPECT_NE(profile_.Get(kSettings, L"PollIntervalSec").has_value(), purge);
+    EXPECT_TRUE(PathExists(profile_.DataFolder() + L"\\my notes.txt")) << "not the program's to delete";
+  }
+}
+
+TEST_F(Installer, TheProgramsOwnUpdateRunsItWhole) {
+  const TestServer server;
+  ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
+  profile_.Set(L"UpdateChecksDisabled", 0);
+  {
+    const RunningProgram old(L"/tray", FullPath(VANTORA_UPDATED_EXE));
+    ASSERT_TRUE(shell_.WaitForBalloon(0).has_value());
+    ::PostMessageW(old.WaitForTray(), UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK);
+    EXPECT_EQ(old.WaitForExit(), 0u);
+  }
+  const auto updated = shell_.WaitForBalloon(1);
+  ASSERT_TRUE(updated.has_value()) << "started again by the installer";
+  EXPECT_EQ(updated->infoTitle, L"Vantora Updated");
+  EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(AppVersion));
+  EXPECT_EQ(profile_.Get(kSettings, L"UpdateFinished"), RegistryValue::Number(0));
+}
+
+}  // namespace
+}  // namespace e2e
