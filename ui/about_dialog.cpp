@@ -15,6 +15,9 @@ namespace {
 // The template shows the same text in the link.
 constexpr wchar_t kProductPage[] = L"" VANTORA_PRODUCT_PAGE;
 
+// Not the system's own link colour, which some themes make as pale as the dialog.
+constexpr COLORREF kLinkColor = RGB(0, 102, 204);
+
 constexpr int kDarkControls[] = {IDC_ABOUT_NAME, IDC_ABOUT_VERSION, IDC_ABOUT_LINK, IDOK};
 
 void OpenInBrowser(HWND owner, const wchar_t* address) {
@@ -87,10 +90,10 @@ std::optional<INT_PTR> AboutDialog::OnMessage(UINT message, WPARAM wParam, LPARA
     ::SetCursor(::LoadCursorW(nullptr, IDC_HAND));
     return Reply(TRUE);
   }
-  // In dark mode the theme's light text stands; the system's link colour would hardly be readable there.
+  // In dark mode the theme's light text stands, which is readable there.
   if (message == WM_CTLCOLORSTATIC && reinterpret_cast<HWND>(lParam) == Item(IDC_ABOUT_LINK) && !DarkModeOn()) {
     auto* dc = reinterpret_cast<HDC>(wParam);
-    ::SetTextColor(dc, ::GetSysColor(COLOR_HOTLIGHT));
+    ::SetTextColor(dc, IsHighContrast() ? ::GetSysColor(COLOR_HOTLIGHT) : kLinkColor);
     ::SetBkColor(dc, ::GetSysColor(COLOR_3DFACE));
     return reinterpret_cast<INT_PTR>(::GetSysColorBrush(COLOR_3DFACE));
   }

@@ -43,7 +43,11 @@ bool ExclusionsDialog::OnInitDialog() {
     // By itself an edit box stops taking text at 30,000 characters, and cuts a longer text that is pasted; 0 lifts that.
     ::SendMessageW(edit, EM_SETLIMITTEXT, 0, 0);
     ::SetWindowSubclass(edit, &PasteProcedure, kPasteSubclassId, 0);
-    SetItemText(IDC_EXCLUSIONS, JoinExclusions(*program_.engine.Exclusions()));
+    const std::wstring text = JoinExclusions(*program_.engine.Exclusions());
+    SetItemText(IDC_EXCLUSIONS, text);
+    // The dialog selects the whole text with the first focus, so that the first key typed would erase the list: the caret goes to
+    // its end instead, once the focus is there.
+    ::PostMessageW(edit, EM_SETSEL, text.size(), static_cast<LPARAM>(text.size()));
   }
   return true;
 }

@@ -68,6 +68,8 @@ TEST_F(ExclusionsDialogTest, OkTakesEffectInTheNextCycleAndCancelDoesNot) {
 
   Open();
   EXPECT_EQ(TextOf(edit_), L"other.exe\r\nb*.exe\r\nmy app.exe");
+  const auto selection = [this] { return ::SendMessageW(edit_, EM_GETSEL, 0, 0); };
+  EXPECT_TRUE(WaitUntil([&] { return selection() == MAKELRESULT(29, 29); })) << "a first key must not replace the list";
   Type(L"");
   Close(IDCANCEL);
   EXPECT_FALSE(sampled());
