@@ -10,17 +10,14 @@
 #include <commctrl.h>
 
 #include <initializer_list>
-#include <memory>
 #include <optional>
 #include <string>
 
-#include "core/simulated_process_table.h"
 #include "res/resource.h"
+#include "tests/ui/test_program.h"
 #include "tests/ui/window_driver.h"
-#include "ui/program.h"
 #include "ui/windows_of_program.h"
 
-inline constexpr wchar_t kMainTitle[] = L"Vantora - Process Resource Monitor";
 inline constexpr wchar_t kEditorTitle[] = L"Edit Threshold Rule";
 
 /// The control with the keyboard focus of the thread that owns `window`.
@@ -57,21 +54,8 @@ inline void NotifyDoubleClick(HWND list, int row, int column) {
   ::SendMessageW(::GetParent(list), WM_NOTIFY, click.hdr.idFrom, reinterpret_cast<LPARAM>(&click));
 }
 
-class MainWindowTest : public testing::Test {
+class MainWindowTest : public testing::Test, protected TestProgram {
  protected:
-  MainWindowTest() {
-    wchar_t folder[MAX_PATH] = {};
-    ::GetTempPathW(MAX_PATH, folder);
-    wchar_t file[MAX_PATH] = {};
-    ::GetTempFileNameW(folder, L"van", 0, file);
-    rulesFile_ = file;
-  }
-
-  ~MainWindowTest() override {
-    thread_.reset();
-    ::DeleteFileW(rulesFile_.c_str());
-  }
-
   /// A rule as the tests tell them apart.
   static ThresholdRule Rule(std::uint32_t id, const wchar_t* pattern) {
     ThresholdRule rule;
@@ -82,7 +66,7 @@ class MainWindowTest : public testing::Test {
 
   void Open() {
     thread_.emplace([this] { MainDialogThread(program); });
-    ASSERT_NE(thread_->WaitForDialog(kMainTitle), nullptr);
+    ASSERT_NE(thread_->WaitForDialog(kMainWindowTitle), nullptr);
     list = Item(IDC_RULE_LIST);
     ASSERT_NE(list, nullptr);
   }
@@ -116,8 +100,8 @@ class MainWindowTest : public testing::Test {
 
   /// What the next start of the program would load.
   [[nodiscard]] RuleList SavedRules() const {
-    RuleStore saved([this] { return rulesFile_; });
-    (void)saved.Load(rulesFile_);
+    RuleStore saved([] { return std::wstring(); });
+    (void)saved.Load(folder.File(L"rules.csv"));
     return *saved.Snapshot();
   }
   [[nodiscard]] RuleList Rules() const { return *rules.Snapshot(); }
@@ -125,15 +109,8 @@ class MainWindowTest : public testing::Test {
   /// The rules file follows every change at once; no test may find it behind.
   void ExpectSaved() const { EXPECT_EQ(SavedRules(), Rules()); }
 
-  MonitorEngine engine{std::make_shared<SimulatedProcessTable>(), SystemClock(), 1};
-  RuleStore rules{[this] { return rulesFile_; }};
-  SettingsStore settings;
-  RecentAlerts recentAlerts;
-  UpdateState updates;
-  Program program{::GetModuleHandleW(nullptr), engine, rules, settings, recentAlerts, updates};
   HWND list = nullptr;
 
  private:
-  std::wstring rulesFile_;
   std::optional<WindowThread> thread_;
 };

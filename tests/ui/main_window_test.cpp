@@ -6,6 +6,7 @@
 #include "app/messages.h"
 #include "platform/handles.h"
 #include "tests/ui/main_window_fixture.h"
+#include "tests/ui/theme_recorder.h"
 #include "ui/layout.h"
 
 namespace {
@@ -202,6 +203,34 @@ TEST_F(MainWindowTest, TabsShowTheirPage) {
   expectPage(true);
 }
 
+TEST_F(MainWindowTest, DarkModeReachesListsAndTabs) {
+  const ThemeRecorder theme;
+  Open();
+  for (const int id : {IDC_RULE_LIST, IDC_RECENT_ALERTS}) {
+    EXPECT_EQ(::SendMessageW(Item(id), LVM_GETBKCOLOR, 0, 0), LRESULT{0x202020}) << id;
+    EXPECT_EQ(::SendMessageW(Item(id), LVM_GETTEXTBKCOLOR, 0, 0), LRESULT{0x202020}) << id;
+    EXPECT_EQ(::SendMessageW(Item(id), LVM_GETTEXTCOLOR, 0, 0), LRESULT{0xE0E0E0}) << id;
+  }
+  EXPECT_FALSE(::IsWindowVisible(Item(IDC_MAIN_GRIP)));
+  EXPECT_EQ(theme->ThemeOf(Item(IDC_PRESETS)), L"Explorer");
+  EXPECT_EQ(theme->ThemeOf(Item(IDC_LOG_PATH)), L"");
+
+  HWND tabs = Item(IDC_TABS);
+  RECT second{};
+  ::SendMessageW(tabs, TCM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&second));
+  ::UpdateWindow(tabs);
+  const WindowDc dc(tabs);
+  // Inside both tabs and beside the last one.
+  for (const LONG x : {LONG{4}, second.left + 4, second.right - 4, second.right + 40}) {
+    EXPECT_TRUE(WaitUntil([&] { return ::GetPixel(dc.Get(), x, (second.top + second.bottom) / 2) == 0x202020; })) << x;
+  }
+  bool light = false;
+  for (LONG x = second.left; x < second.right; ++x) {
+    for (LONG y = second.top; y < second.bottom; ++y) light = light || ::GetPixel(dc.Get(), x, y) == 0xE0E0E0;
+  }
+  EXPECT_TRUE(light) << "the tab's text";
+}
+
 TEST_F(MainWindowTest, PlacementComesBack) {
   Open();
   const SIZE opened = SizeOf(FrameOf(Window()));
@@ -270,7 +299,7 @@ TEST_F(MainWindowTest, SecondRequestBringsTheFirstForward) {
   EXPECT_TRUE(WaitUntil([window] { return !::IsIconic(window) && ::GetForegroundWindow() == window; }));
   EXPECT_EQ(Window(), window);
   int windows = 0;
-  for (HWND next = nullptr; (next = ::FindWindowExW(nullptr, next, nullptr, kMainTitle)) != nullptr;) ++windows;
+  for (HWND next = nullptr; (next = ::FindWindowExW(nullptr, next, nullptr, kMainWindowTitle)) != nullptr;) ++windows;
   EXPECT_EQ(windows, 1);
 }
 
