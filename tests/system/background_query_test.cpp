@@ -43,6 +43,7 @@ TEST(BackgroundQuery, AnAnswerBegunBeforeTheQuestionDoesNotCount) {
   const auto source = std::make_shared<SlowSource>();
   BackgroundQuery query([source] { return source->Answer(); });
   query.Ask();
+  while (source->begun < 1) std::this_thread::yield();
   EXPECT_FALSE(query.Wait(1));
   query.Ask();  // the first is still out
   query.Ask();

@@ -19,14 +19,7 @@ const bool kIsChild = [] {
   ::ExitProcess(7);
 }();
 
-struct Requested {
-  std::wstring verb;
-  std::wstring file;
-  std::wstring arguments;
-  int show = -1;
-  ULONG mask = 0;
-};
-Requested requested;
+std::wstring requested;
 bool tokenOpens = true;
 bool tokenTells = true;
 DWORD elevated = 0;
@@ -43,7 +36,8 @@ BOOL WINAPI TellToken(HANDLE, TOKEN_INFORMATION_CLASS kind, void* data, DWORD si
 }
 
 BOOL WINAPI RecordAndDecline(SHELLEXECUTEINFOW* request) {
-  requested = {request->lpVerb, request->lpFile, request->lpParameters, request->nShow, request->fMask};
+  requested = std::wstring(request->lpVerb) + L" " + request->lpFile + L" " + request->lpParameters;
+  requested += L" " + std::to_wstring(request->nShow) + L" " + std::to_wstring(request->fMask);
   ::SetLastError(ERROR_CANCELLED);
   return FALSE;
 }
@@ -81,11 +75,8 @@ TEST(Elevation, AsksForAnElevatedCopyOfThisProgram) {
     DWORD exitCode = 1;
     EXPECT_FALSE(RunElevated(L"-restart", wait, &exitCode));
     EXPECT_EQ(exitCode, 1U);
-    EXPECT_EQ(requested.verb, L"runas");
-    EXPECT_EQ(requested.file, OwnExecutablePath());
-    EXPECT_EQ(requested.arguments, L"-restart");
-    EXPECT_EQ(requested.show, SW_SHOWNORMAL);
-    EXPECT_EQ(requested.mask, wait ? static_cast<ULONG>(SEE_MASK_NOCLOSEPROCESS) : 0);
+    const std::wstring mask = std::to_wstring(wait ? SEE_MASK_NOCLOSEPROCESS : 0);
+    EXPECT_EQ(requested, L"runas " + OwnExecutablePath() + L" -restart " + std::to_wstring(SW_SHOWNORMAL) + L" " + mask);
   }
   const ElevationSystem withoutHandle{OpenToken, TellToken, StartWithoutHandle};
   SetElevationSystem(&withoutHandle);
