@@ -33,6 +33,9 @@ class AlertDelivery {
   AlertDelivery(RecentAlerts& recentAlerts, const RuleSource& rules, Clock& clock, AlertOutputs& outputs);
   void DeliverAlert(const AlertRecord& record);
 
+  /// Characters that wait for the next balloon, for tests of their bound.
+  [[nodiscard]] std::size_t PendingChars() const { return pendingLines_.size(); }
+
  private:
   void Notify(const AlertRecord& record, std::uint32_t throttleSec);
 

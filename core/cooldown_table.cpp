@@ -1,17 +1,18 @@
 #include "core/cooldown_table.h"
 
 #include <algorithm>
-#include <optional>
+#include <iterator>
 
 namespace {
 
 constexpr std::uint64_t kMsPerSecond = 1000;
 
-// An id can stand in the list twice, each time with a cooldown of its own; the longest decides how long an entry matters.
-std::optional<std::uint64_t> LongestCooldownMs(const RuleList& rules, std::uint32_t ruleId) {
-  std::optional<std::uint64_t> longest;
+// An id can stand in the list twice, each time with a cooldown of its own; the longest decides how long an entry matters. Ids are
+// not handed out twice: one that is gone from the list matters no more.
+std::uint64_t LongestCooldownMs(const RuleList& rules, std::uint32_t ruleId) {
+  std::uint64_t longest = 0;
   for (const ThresholdRule& rule : rules) {
-    if (rule.ruleId == ruleId) longest = std::max(longest.value_or(0), rule.cooldownSec * kMsPerSecond);
+    if (rule.ruleId == ruleId) longest = std::max(longest, rule.cooldownSec * kMsPerSecond);
   }
   return longest;
 }
@@ -27,11 +28,13 @@ bool CooldownTable::Pass(std::uint32_t pid, std::uint32_t ruleId, std::uint32_t 
 }
 
 void CooldownTable::Prune(const std::vector<std::uint32_t>& alivePids, const RuleList& rules, std::uint64_t nowMs) {
-  std::erase_if(lastAlertTick_, [&](const auto& entry) {
-    const auto [pid, ruleId] = entry.first;
-    const std::optional<std::uint64_t> cooldownMs = LongestCooldownMs(rules, ruleId);
-    if (!cooldownMs) return true;
-    if (std::binary_search(alivePids.begin(), alivePids.end(), pid)) return false;
-    return nowMs - entry.second >= *cooldownMs;
-  });
+  // Both are in the order of process IDs, so one walk over each finds the entries whose process is gone.
+  auto alive = alivePids.begin();
+  for (auto entry = lastAlertTick_.begin(); entry != lastAlertTick_.end();) {
+    const auto [pid, ruleId] = entry->first;
+    while (alive != alivePids.end() && *alive < pid) ++alive;
+    const bool isAlive = alive != alivePids.end() && *alive == pid;
+    const bool isSpent = !isAlive && nowMs - entry->second >= LongestCooldownMs(rules, ruleId);
+    entry = isSpent ? lastAlertTick_.erase(entry) : std::next(entry);
+  }
 }

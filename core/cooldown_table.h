@@ -17,8 +17,8 @@ class CooldownTable {
   /// Whether the pair may alert now. True starts its cooldown anew; false changes nothing.
   [[nodiscard]] bool Pass(std::uint32_t pid, std::uint32_t ruleId, std::uint32_t cooldownSec, std::uint64_t nowMs);
 
-  /// Forgets the pairs whose process is gone and whose cooldown has run out, and those whose rule is gone; none of them could
-  /// hold back an alert any more. `alivePids` is sorted.
+  /// Forgets the pairs whose process is gone and whose cooldown has run out: they could hold back no alert any more. `alivePids`
+  /// is sorted.
   void Prune(const std::vector<std::uint32_t>& alivePids, const RuleList& rules, std::uint64_t nowMs);
 
   void Clear() { lastAlertTick_.clear(); }

@@ -192,7 +192,8 @@ TEST_F(MonitorEngineTest, CooldownThatWasMadeLongerStillCounts) {
   EXPECT_EQ(CycleAfter(3'600'000), Texts{});
   PutProcess(7, L"a.exe", 11);
   EXPECT_EQ(CycleAfter(1000), Texts{});
-  // With its rule an entry goes even while the process lives.
+  // Without its rule an entry has no cooldown to wait for.
+  table->Remove(7);
   rules.Set({ThreadRule(2, 1000, 60)});
   EXPECT_EQ(CycleAfter(1000), Texts{});
   EXPECT_EQ(engine.CooldownCount(), 0u);
