@@ -4,10 +4,9 @@
 
 #include "app/messages.h"
 #include "platform/diagnostics.h"
-#include "platform/handles.h"
 #include "platform/thread.h"
 #include "res/resource.h"
-#include "storage/settings_registry.h"
+#include "system/update_values.h"
 #include "system/version_number.h"
 #include "ui/dialog_utilities.h"
 #include "ui/message_box.h"
@@ -17,7 +16,6 @@ namespace {
 constexpr UINT kPollPeriodMs = 500;
 constexpr UINT kMsPerHour = 3'600'000;
 constexpr UINT kLinkTextTimeoutMs = 2'000;
-constexpr wchar_t kUpdateFinishedValue[] = L"UpdateFinished";
 
 void SetLinkText(HWND mainWindow, const std::wstring& text) {
   HWND link = mainWindow != nullptr ? ::GetDlgItem(mainWindow, IDC_VERSION_LINK) : nullptr;
@@ -41,21 +39,7 @@ void TrayUpdates::OnCreate(HWND window) {
     DebugLog(L"TrayUpdates::OnCreate - CreateEvent failed: %u", error);
   ArmCheckTimer();
   ::PostMessageW(window_, WM_TIMER, IDT_UPDATE_CHECK, 0);
-  TakeUpdateFinished();
-}
-
-void TrayUpdates::TakeUpdateFinished() {
-  HKEY opened = nullptr;
-  if (::RegOpenKeyExW(HKEY_CURRENT_USER, kSettingsKey, 0, KEY_READ | KEY_WRITE, &opened) != ERROR_SUCCESS) return;
-  const UniqueKey key(opened);
-  DWORD finished = 0;
-  DWORD size = sizeof(finished);
-  const LSTATUS read =
-      ::RegQueryValueExW(key.get(), kUpdateFinishedValue, nullptr, nullptr, reinterpret_cast<BYTE*>(&finished), &size);
-  if (read != ERROR_SUCCESS || finished == 0) return;
-  ::PostMessageW(window_, UWM_SHOW_POST_UPDATE_NOTIFICATION, 0, 0);
-  const DWORD none = 0;
-  ::RegSetValueExW(key.get(), kUpdateFinishedValue, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&none), sizeof(none));
+  if (TakeUpdateFinished()) ::PostMessageW(window_, UWM_SHOW_POST_UPDATE_NOTIFICATION, 0, 0);
 }
 
 void TrayUpdates::ArmCheckTimer() {

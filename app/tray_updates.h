@@ -49,7 +49,6 @@ class TrayUpdates {
   void HandleNoUpdate(bool manual);
   void HandleUpdate(bool manual);
   void StartInstallation();
-  void TakeUpdateFinished();
 
   Program& program_;
   TrayIcon& icon_;

@@ -89,11 +89,12 @@ Var purgeCheckBox
   IntOp ${RESULT} 1 - ${RESULT}
 !macroend
 
-Function .onInit
-  StrCpy $wasRunning 0
-FunctionEnd
-
-; Leaves everything as it was and starts again what was running: an update that cannot be made must not cost the user the monitor.
+; Says why, leaves everything as it was and starts again what was running: an update that cannot be made must not cost the user the
+; monitor.
+!macro GiveUp REASON
+  MessageBox MB_OK|MB_ICONSTOP "${REASON}" /SD IDOK
+  Call GiveUp
+!macroend
 Function GiveUp
   Delete "$INSTDIR\vantora.exe.new"
   WriteRegDWORD HKCU "${SETTINGS_KEY}" "UpdateFinished" 0
@@ -119,14 +120,13 @@ Section "Vantora"
   ClearErrors
   File "/oname=vantora.exe.new" "${PROGRAM}"
   ${If} ${Errors}
-    Call GiveUp
+    !insertmacro GiveUp "$INSTDIR cannot be written to."
   ${EndIf}
   ; A copy under the name that its switches are known by, whatever is or is not installed.
   CopyFiles /SILENT "$INSTDIR\vantora.exe.new" "$PLUGINSDIR\vantora.exe"
   !insertmacro EndProgram "$PLUGINSDIR\vantora.exe" $R0
   ${If} $R0 == 0
-    MessageBox MB_OK|MB_ICONSTOP "Vantora is still running and cannot be replaced. Please exit it and run the installer again." /SD IDOK
-    Call GiveUp
+    !insertmacro GiveUp "Vantora is still running and cannot be replaced. Please exit it and run the installer again."
   ${EndIf}
 
   ClearErrors
@@ -135,8 +135,7 @@ Section "Vantora"
     Rename "$INSTDIR\vantora.exe.new" "$INSTDIR\vantora.exe"
   ${EndIf}
   ${If} ${Errors}
-    MessageBox MB_OK|MB_ICONSTOP "$INSTDIR\vantora.exe cannot be replaced. Please try again later." /SD IDOK
-    Call GiveUp
+    !insertmacro GiveUp "$INSTDIR\vantora.exe cannot be replaced. Please try again later."
   ${EndIf}
   File "/oname=LICENSE.txt" "${ROOT}/LICENSE"
   WriteUninstaller "$INSTDIR\uninstall.exe"
