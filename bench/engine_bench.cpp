@@ -22,8 +22,8 @@ class FixedRules final : public RuleSource {
   RuleSnapshot snapshot_;
 };
 
-/// Rules with every ceiling set and none ever reached; `lastPattern` is the last one's, the others match two processes in 25
-/// each.
+/// Rules with every ceiling set and none ever reached; `lastPattern` is the last one's, the others, in pairs,
+/// match one simulated process in 25.
 RuleList QuietRules(const wchar_t* lastPattern) {
   RuleList rules(kRules);
   for (std::uint32_t index = 0; index < kRules; ++index) {
