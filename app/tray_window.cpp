@@ -99,7 +99,7 @@ void TrayWindow::OnDestroy() {
   ::EndMenu();
   program_.engine.Stop();
   SaveSettings(program_.settings, program_.engine);
-  program_.rules.Save(GetRulesFilePath());
+  program_.rules.SaveAndClose(GetRulesFilePath());
   icon_.Remove();
   updates_.OnDestroy();
   sink_.SetTarget(nullptr);

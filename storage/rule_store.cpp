@@ -110,6 +110,12 @@ bool RuleStore::Save(const std::wstring& path) const {
   return SaveRules(path, *Snapshot());
 }
 
+bool RuleStore::SaveAndClose(const std::wstring& path) {
+  std::lock_guard writer(writers_);
+  closed_ = true;
+  return SaveRules(path, *Snapshot());
+}
+
 void RuleStore::Append(const RuleList& rules) {
   if (rules.empty()) return;
   (void)Change([&](RuleList& list, std::uint32_t&) {
@@ -197,6 +203,7 @@ bool RuleStore::AppendImported(RuleList imported) {
 
 bool RuleStore::Change(const std::function<bool(RuleList&, std::uint32_t& nextRuleId)>& edit) {
   std::lock_guard writer(writers_);
+  if (closed_) return false;
   RuleList list = *Snapshot();
   std::uint32_t nextRuleId = NextRuleId();
   if (!edit(list, nextRuleId)) return false;

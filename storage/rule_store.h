@@ -25,8 +25,12 @@ class RuleStore : public RuleSource {
   /// Replaces the list by the file's rules. False (list empty, next id 1) when there is no file or it is empty.
   bool Load(const std::wstring& path);
   bool Save(const std::wstring& path) const;
+  /// The program's last save: no change gets through after it. Windows may still be open on other threads while the process ends,
+  /// and none of them may then be half-way through writing the file.
+  bool SaveAndClose(const std::wstring& path);
 
   // Changes. Each saves to the rules file and publishes once; a failed save is a diagnostic line and the change still holds.
+  // Without effect once the store is closed.
   void Append(const RuleList& rules);
   /// Changes the first rule with the id; false when there is none. `edit` gets the rule of the moment.
   bool Edit(std::uint32_t ruleId, const std::function<void(ThresholdRule&)>& edit);
@@ -51,6 +55,7 @@ class RuleStore : public RuleSource {
   mutable std::mutex snapshotLock_;
   RuleSnapshot snapshot_;
   std::uint32_t nextRuleId_ = 1;
+  bool closed_ = false;  ///< guarded by writers_
 };
 
 /// The first rule of the list with the id; null when there is none.

@@ -141,4 +141,17 @@ TEST_F(RuleStoreTest, WhatCannotBeWrittenStaysInMemoryUntilTheNextSave) {
   EXPECT_EQ(Ids(), IdList{1});
 }
 
+TEST_F(RuleStoreTest, AClosedStoreKeepsListAndFileWhateverIsAsked) {
+  store_.Append({Rule(1, L"a.exe")});
+  ASSERT_TRUE(store_.SaveAndClose(path_));
+  const std::string saved = ThrowawayFolder::Read(path_);
+  store_.Append({Rule(2, L"b.exe")});
+  EXPECT_FALSE(store_.Edit(1, [](ThresholdRule& rule) { rule.enabled = false; }));
+  EXPECT_FALSE(store_.ImportJsonString(L"{\"rules\":[{\"processPattern\":\"c.exe\"}]}"));
+  store_.Remove({1});
+  store_.RemoveAll();
+  EXPECT_EQ(Ids(), IdList{1});
+  EXPECT_EQ(ThrowawayFolder::Read(path_), saved);
+}
+
 }  // namespace
