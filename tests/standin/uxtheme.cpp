@@ -1,0 +1,62 @@
+// The stand-in's own routines: the dark entry points, which uxtheme.def exports by ordinal only, as the system does. The dark
+// state comes from the environment: VANTORA_STANDIN_DARK=1 makes the system ask applications for dark.
+
+#include <windows.h>
+
+#include <uxtheme.h>
+
+namespace {
+
+constexpr wchar_t kAllowedProperty[] = L"VantoraStandInDarkAllowed";
+
+HMODULE SystemTheme() {
+  static const HMODULE module = ::LoadLibraryW(L"uxtheme_system.dll");
+  return module;
+}
+
+template <class Function>
+Function SystemEntry(LPCSTR name) {
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(SystemTheme(), name)));
+}
+
+}  // namespace
+
+extern "C" {
+
+HTHEME WINAPI StandInOpenNonClientTheme(HWND window, LPCWSTR classList);
+void WINAPI StandInRefreshColorPolicy();
+BOOL WINAPI StandInRefreshHighContrast(int one);
+BOOL WINAPI StandInSystemAsksForDark();
+BOOL WINAPI StandInAllowForWindow(HWND window, BOOL allow);
+int WINAPI StandInSetApplicationMode(int mode);
+BOOL WINAPI StandInIsAllowedForWindow(HWND window);
+HRESULT WINAPI StandInSetWindowTheme(HWND window, LPCWSTR name, LPCWSTR idList);
+
+HTHEME WINAPI StandInOpenNonClientTheme(HWND window, LPCWSTR classList) {
+  const auto open = SystemEntry<HTHEME(WINAPI*)(HWND, LPCWSTR)>("OpenThemeData");
+  return open(window, classList);
+}
+
+void WINAPI StandInRefreshColorPolicy() {}
+BOOL WINAPI StandInRefreshHighContrast(int) { return TRUE; }
+
+BOOL WINAPI StandInSystemAsksForDark() {
+  wchar_t value[8] = L"";
+  return ::GetEnvironmentVariableW(L"VANTORA_STANDIN_DARK", value, 8) != 0 && value[0] == L'1';
+}
+
+BOOL WINAPI StandInAllowForWindow(HWND window, BOOL allow) {
+  return ::SetPropW(window, kAllowedProperty, reinterpret_cast<HANDLE>(INT_PTR{(allow & 0xFF) != 0 ? 1 : 0}));
+}
+
+int WINAPI StandInSetApplicationMode(int mode) { return mode; }
+BOOL WINAPI StandInIsAllowedForWindow(HWND window) { return ::GetPropW(window, kAllowedProperty) != nullptr; }
+
+HRESULT WINAPI StandInSetWindowTheme(HWND window, LPCWSTR name, LPCWSTR idList) {
+  const auto set = SystemEntry<decltype(&::SetWindowTheme)>("SetWindowTheme");
+  // The system takes two empty texts as "no theme for this window"; the library behind us refuses them, but not a name that
+  // exists in no theme.
+  const bool none = name != nullptr && *name == L'\0' && idList != nullptr && *idList == L'\0';
+  return none ? set(window, L" ", L" ") : set(window, name, idList);
+}
+}
