@@ -29,10 +29,15 @@ class RunValue : public testing::Test {
   }
   /// The value's text; the type and the size in bytes behind it.
   static std::wstring Read() {
+    HKEY key = nullptr;
+    if (::RegOpenKeyW(HKEY_CURRENT_USER, kRunKey, &key) != ERROR_SUCCESS) return L"-";
     wchar_t text[600] = L"";
     DWORD type = 0;
     DWORD sizeBytes = sizeof text;
-    if (::RegGetValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", RRF_RT_ANY, &type, text, &sizeBytes) != ERROR_SUCCESS) return L"-";
+    // The call that reads the bytes as they are: others add a terminator that is not there.
+    const LSTATUS status = ::RegQueryValueExW(key, L"Vantora", nullptr, &type, reinterpret_cast<BYTE*>(text), &sizeBytes);
+    ::RegCloseKey(key);
+    if (status != ERROR_SUCCESS) return L"-";
     return text + (L"|" + std::to_wstring(type) + L"|" + std::to_wstring(sizeBytes));
   }
 
