@@ -177,6 +177,9 @@ std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM
   switch (message) {
     case WM_DRAWITEM:
       return tabs_.OnDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+    case WM_CTLCOLORSTATIC:
+    case WM_CTLCOLORBTN:
+      return reinterpret_cast<INT_PTR>(tabs_.OnControlColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam)));
     case WM_INITMENUPOPUP:
       settingsMenu_.OnInitMenuPopup(reinterpret_cast<HMENU>(wParam));
       return TRUE;

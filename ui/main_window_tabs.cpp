@@ -1,7 +1,9 @@
 #include "ui/main_window_tabs.h"
 
 #include <commctrl.h>
+#include <uxtheme.h>
 
+#include <algorithm>
 #include <iterator>
 #include <span>
 
@@ -92,4 +94,14 @@ bool MainWindowTabs::OnDrawItem(const DRAWITEMSTRUCT& item) const {
   ::SetBkColor(item.hDC, kDarkBackground);
   ::DrawTextW(item.hDC, tab.pszText, -1, &rect, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
   return true;
+}
+
+HBRUSH MainWindowTabs::OnControlColor(HDC dc, HWND control) const {
+  // The pages' controls are the dialog's, lying over the tab control. With visual styles that is white, and the dialog's grey
+  // behind their texts would show as patches.
+  const auto& ids = SettingsPageControls;
+  if (tabs_ == nullptr || DarkModeOn() || !::IsThemeActive()) return nullptr;
+  if (std::find(std::begin(ids), std::end(ids), ::GetDlgCtrlID(control)) == std::end(ids)) return nullptr;
+  ::SetBkColor(dc, ::GetSysColor(COLOR_WINDOW));
+  return ::GetSysColorBrush(COLOR_WINDOW);
 }

@@ -19,6 +19,9 @@ class MainWindowTabs {
   /// WM_DRAWITEM; false when the item is none of ours.
   [[nodiscard]] bool OnDrawItem(const DRAWITEMSTRUCT& item) const;
 
+  /// WM_CTLCOLORSTATIC and WM_CTLCOLORBTN: the brush behind a label or check box of a page; null: leave it to the system.
+  [[nodiscard]] HBRUSH OnControlColor(HDC dc, HWND control) const;
+
  private:
   void ShowTabPage(int index) const;
 
