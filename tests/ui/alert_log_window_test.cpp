@@ -35,7 +35,10 @@ class AlertLogWindowTest : public ::testing::Test {
     PostCommand(dialog, IDC_EXPORT_CSV);
     AnswerFileDialog(thread.WaitForDialogWith(kFileNameBox), test_.folder.File(name));
     EXPECT_EQ(thread.WaitForDialog(kTitle), dialog);
-    return ReadTextFile(test_.folder.File(name + L".csv")).value_or(L"no file");
+    // The window is back before the file is written.
+    std::wstring text;
+    EXPECT_TRUE(WaitUntil([&] { return !(text = ReadTextFile(test_.folder.File(name + L".csv")).value_or(L"")).empty(); }));
+    return text;
   }
 
   TestProgram test_;
