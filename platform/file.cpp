@@ -6,7 +6,7 @@
 namespace {
 
 /// What a longer old file may be longer by and still be written over before it is cut.
-constexpr std::uint64_t kMaxPaddingBytes = 16 * 1024 * 1024;
+constexpr std::uint64_t kMaxPaddingBytes = std::uint64_t{16} * 1024 * 1024;
 
 /// Cuts a longer old file so that at no moment the new bytes are followed by the rest of old lines: line feeds go over that
 /// first.

@@ -1,5 +1,7 @@
 #include "platform/text_encoding.h"
 
+#include <type_traits>
+
 namespace {
 
 constexpr std::uint32_t kReplacement = 0xFFFD;
@@ -12,11 +14,15 @@ constexpr std::uint32_t Combine(std::uint32_t high, std::uint32_t low) {
   return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
 }
 
+std::uint32_t CodeOf(wchar_t character) {
+  return static_cast<std::uint32_t>(static_cast<std::make_unsigned_t<wchar_t>>(character));
+}
+
 /// Takes the code point at `position` and moves on. False (and the code point is U+FFFD) when there is no valid one.
 bool NextCodePoint(std::wstring_view text, std::size_t& position, std::uint32_t& codePoint) {
-  codePoint = static_cast<std::uint32_t>(text[position++]);
+  codePoint = CodeOf(text[position++]);
   if (kWideIsUtf16 && IsHighSurrogate(codePoint) && position < text.size()) {
-    const std::uint32_t low = static_cast<std::uint32_t>(text[position]);
+    const std::uint32_t low = CodeOf(text[position]);
     if (IsLowSurrogate(low)) {
       ++position;
       codePoint = Combine(codePoint, low);

@@ -18,4 +18,4 @@
 /// and, while too few alerts were found, twice as much each time; holds no more of the file in memory than a small block. The
 /// file may grow meanwhile.
 [[nodiscard]] std::optional<std::vector<AlertRecord>> ReadNewestAlerts(const std::wstring& path, std::size_t maxAlerts,
-                                                                       std::size_t stepBytes = 256 * 1024);
+                                                                       std::size_t stepBytes = std::size_t{256} * 1024);

@@ -125,7 +125,7 @@ TEST(AlertLogReader, GivesWhatReadingTheWholeFileGives) {
   const ThrowawayFolder folder;
   const std::wstring path = folder.Path("alerts.log");
   Generator generator(7);
-  for (int round = 0; round < 1500; ++round) {
+  for (int round = 0; round < 800; ++round) {
     const std::string bytes = NastyLog(generator, round % 20 == 0);
     ThrowawayFolder::Write(path, bytes);
     const std::size_t maxAlerts = 1 + generator.Below(20);

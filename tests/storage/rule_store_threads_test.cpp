@@ -31,7 +31,7 @@ TEST(RuleStoreThreads, ReadersSeeWholeChangesWhileWritersEditImportAndReset) {
   std::vector<std::thread> threads;
   const auto write = [&](auto change) {
     threads.emplace_back([&writers, change] {
-      for (int round = 0; round < 200; ++round) change(round);
+      for (int round = 0; round < 100; ++round) change(round);
       --writers;
     });
   };
