@@ -69,7 +69,7 @@ std::wstring WidePath(const std::string& path) {
 
 int Watch(const ConsoleArguments& arguments) {
   const std::wstring path = WidePath(arguments.rulesFile);
-  RuleStore rules([path] { return path; });
+  RuleStore rules([&path] { return std::wstring(path); });
   if (!rules.Load(path)) {
     std::fprintf(stderr, "vantora-console: no rules in '%s'\n", arguments.rulesFile.c_str());
     return kExitNoRules;

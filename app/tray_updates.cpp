@@ -83,11 +83,11 @@ void TrayUpdates::PollCheck() {
 
 void TrayUpdates::HandleNoUpdate(bool manual) {
   program_.updates.UpdateAvailableEvent.Clear();
-  SetLinkText(program_.MainDialogHandle, FormatResString(IDS_LINK_VERSION, AppVersionDisplay));
   if (manual) {
     XMessageBox(nullptr, LoadResString(IDS_NO_UPDATE).c_str(), LoadResString(IDS_APP_TITLE).c_str(),
                 MB_OK | MB_ICONINFORMATION | MB_SETFOREGROUND);
   }
+  SetLinkText(program_.MainDialogHandle, FormatResString(IDS_LINK_VERSION, AppVersionDisplay));
 }
 
 void TrayUpdates::HandleUpdate(bool manual) {

@@ -129,7 +129,6 @@ void TrayWindow::OnTrayIcon(LPARAM notification) {
     case WM_RBUTTONUP:
       return ShowMenu();
     case NIN_BALLOONHIDE:
-      return updates_.OnBalloonClosed();
     case NIN_BALLOONTIMEOUT:
       return updates_.OnBalloonClosed();
     case NIN_BALLOONUSERCLICK:

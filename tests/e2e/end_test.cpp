@@ -74,6 +74,29 @@ TEST_F(End, TrayExitWithWindowsOpenEndsPromptlyAndSavesOnce) {
   }
 }
 
+TEST_F(End, ACellUnderEditIsLeftAsItWas) {
+  const std::string row = "1,a.exe,1,0,0.0,0.0,0.0,5,0,0,3,60";
+  profile_.WriteRules({row});
+  const RunningProgram program(L"");
+  HWND window = program.WaitForMainWindow();
+  ASSERT_NE(window, nullptr);
+  HWND list = ::GetDlgItem(window, IDC_RULE_LIST);
+  ASSERT_TRUE(WaitUntil([&] { return ListRowCount(list) == 1; }));
+  // The pattern's cell: right of the first column, in the row below the header.
+  constexpr LPARAM kCell = MAKELPARAM(120, 28);
+  for (const UINT message : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONUP}, UINT{WM_LBUTTONDBLCLK}, UINT{WM_LBUTTONUP}}) {
+    ::PostMessageW(list, message, message == WM_LBUTTONUP ? WPARAM{0} : WPARAM{MK_LBUTTON}, kCell);
+  }
+  HWND box = WaitForResult([&] { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); });
+  ASSERT_NE(box, nullptr);
+  ASSERT_EQ(TextOf(box), L"a.exe");
+  ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
+  ASSERT_TRUE(program.End());
+  const auto saved = ReadFileBytes(profile_.RulesFile());
+  ASSERT_TRUE(saved);
+  EXPECT_EQ(*saved, std::string(kMark) + kRulesHeader + "\r\n" + row + "\r\n");
+}
+
 TEST_F(End, AnUpdateCheckAndItsMessageBoxDoNotHoldTheEndUp) {
   // Checks are switched off, so this one ends at once with its message box, which runs on the tray window's own thread.
   const RunningProgram program(L"/tray");
