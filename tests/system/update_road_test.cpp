@@ -227,7 +227,13 @@ TEST_F(UpdateRoad, NobodySwapsTheFileOnceItIsVerified) {
   EXPECT_TRUE(DownloadAndInstallUpdate(steps, true));
   EXPECT_EQ(refused, 2);
   EXPECT_EQ(server_.LaunchRecord().size(), 4U);
-  EXPECT_TRUE(::MoveFileW(server_.Folder().c_str(), (server_.Folder() + L".old").c_str())) << "everything is let go afterwards";
+  // The installer itself may take a moment more to end.
+  bool movable = false;
+  for (int tries = 0; !movable && tries < 100; ++tries) {
+    movable = ::MoveFileW(server_.Folder().c_str(), (server_.Folder() + L".old").c_str()) != FALSE;
+    if (!movable) ::Sleep(50);
+  }
+  EXPECT_TRUE(movable) << "everything is let go afterwards";
 }
 
 TEST_F(UpdateRoad, FilePlantedDuringVerificationStopsTheLaunch) {
