@@ -99,8 +99,10 @@ TEST(RulesJson, ReadsFlagsAndNumbersTolerantly) {
     const ThresholdRule rule = OnlyRule(std::wstring(L"{\"processPattern\":\"a\", \"maxHandles\"") + each.value + L"}");
     EXPECT_EQ(rule.maxHandles, each.handles) << each.value;
   }
-  EXPECT_EQ(OnlyRule(L"{\"processPattern\":\"maxHandles\", \"enabled\": true, \"maxHandles\":5}").maxHandles, 0U)
-      << "a pattern that is a key's name is taken for the key";
+  for (const wchar_t* pattern : {L"maxHandles", L"x\\\"maxHandles"}) {
+    const std::wstring object = L"{\"processPattern\":\"" + std::wstring(pattern) + L"\", \"enabled\": true, \"maxHandles\":5}";
+    EXPECT_EQ(OnlyRule(object).maxHandles, 0U) << "a pattern that reads like the key is taken for it";
+  }
   ThresholdRule bare;
   bare.processPattern = L"a";
   bare.enabled = false;
