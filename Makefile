@@ -18,11 +18,11 @@ run: exe
 
 test:
 	@scripts/need $(HOST_PACKAGES) $(WINDOWS_PACKAGES) $(WINE_PACKAGES) $(FUZZ_PACKAGES) nsis zip
-	@scripts/test host tsan fuzz windows
+	@scripts/test host tsan day fuzz windows
 
 test-host:
 	@scripts/need $(HOST_PACKAGES)
-	@scripts/test host tsan
+	@scripts/test host tsan day
 
 test-windows:
 	@scripts/need $(WINDOWS_PACKAGES) $(WINE_PACKAGES) nsis zip
