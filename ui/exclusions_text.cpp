@@ -5,9 +5,9 @@ namespace {
 /// What the Windows runtime's wide-character test calls white space. Spelled out, because the test of another runtime depends on
 /// its locale and a list must not change with the machine it is edited on.
 bool IsWhiteSpace(wchar_t character) {
-  const auto code = static_cast<unsigned long>(character);
-  return (code >= 0x09 && code <= 0x0D) || code == 0x20 || code == 0xA0 || code == 0x1680 || (code >= 0x2000 && code <= 0x200A) ||
-         code == 0x2028 || code == 0x2029 || code == 0x202F || code == 0x205F || code == 0x3000;
+  constexpr std::wstring_view kOthers = L" \x00A0\x1680\x2028\x2029\x202F\x205F\x3000";
+  return (character >= L'\t' && character <= L'\r') || (character >= L'\x2000' && character <= L'\x200A') ||
+         kOthers.find(character) != std::wstring_view::npos;
 }
 
 std::wstring_view Trim(std::wstring_view text) {
