@@ -32,7 +32,8 @@ class RuleStore : public RuleSource {
   // Changes. Each saves to the rules file and publishes once; a failed save is a diagnostic line and the change still holds.
   // Without effect once the store is closed.
   void Append(const RuleList& rules);
-  /// Changes the first rule with the id; false when there is none. `edit` gets the rule of the moment.
+  /// Changes the first rule with the id; false when there is none. `edit` gets the rule of the moment
+  /// and must not call the store.
   bool Edit(std::uint32_t ruleId, const std::function<void(ThresholdRule&)>& edit);
   /// For each id in turn removes the first rule that has it; unknown ids are skipped.
   void Remove(const std::vector<std::uint32_t>& ruleIds);
