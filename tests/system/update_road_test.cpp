@@ -60,7 +60,7 @@ TEST_F(UpdateRoad, CheckEndsAsSpecifiedWhateverTheServerSays) {
       {L"VANTORA_TEST_HTTPS", L"rubbish", AppVersionDisplay, L"WARNING: Invalid version string received: "},
       {L"VANTORA_TEST_HTTPS", L"huge", L"4294967295.4294967295.4294967295.4294967295", L"Returned download size of 43 bytes"},
       {L"VANTORA_TEST_HTTPS", L"broken", AppVersionDisplay, L"WARNING: Invalid version string received: 0.0."},
-      {L"VANTORA_TEST_HTTPS", L"to-http", AppVersionDisplay, L"ERROR checking update"},
+      {L"VANTORA_TEST_HTTPS", L"to-http", AppVersionDisplay, L"ERROR: answer did not come over https for URL: https:"},
       {L"VANTORA_TEST_STRANGER", L"good", AppVersionDisplay, L"ERROR - AS_ERROR_CONNECT_GENERAL"},
       {L"VANTORA_TEST_NOBODY", L"good", AppVersionDisplay, L"ERROR - AS_ERROR_CONNECT_GENERAL"},
   };
