@@ -180,6 +180,11 @@ std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM
     case WM_CTLCOLORSTATIC:
     case WM_CTLCOLORBTN:
       return reinterpret_cast<INT_PTR>(tabs_.OnControlColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam)));
+    case WM_CONTEXTMENU:
+      // From the keyboard; a right click has its own notification.
+      if (lParam != -1 || reinterpret_cast<HWND>(wParam) != Item(IDC_RECENT_ALERTS)) return std::nullopt;
+      recentAlerts_.ShowContextMenuByKeyboard();
+      return TRUE;
     case WM_INITMENUPOPUP:
       settingsMenu_.OnInitMenuPopup(reinterpret_cast<HMENU>(wParam));
       return TRUE;

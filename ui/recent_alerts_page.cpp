@@ -31,11 +31,21 @@ void RecentAlertsPage::Refresh() {
 }
 
 void RecentAlertsPage::ShowContextMenu() {
-  UniqueMenu menu(::CreatePopupMenu());
-  ::AppendMenuW(menu.get(), MF_STRING, IDM_CLEAR_LOG, LoadResString(IDS_CLEAR_LOG).c_str());
   POINT pointer{};
   ::GetCursorPos(&pointer);
-  ::TrackPopupMenu(menu.get(), TPM_RIGHTBUTTON, pointer.x, pointer.y, 0, dialog_, nullptr);
+  ShowContextMenuAt(pointer);
+}
+
+void RecentAlertsPage::ShowContextMenuByKeyboard() {
+  POINT corner{};
+  ::ClientToScreen(list_, &corner);
+  ShowContextMenuAt(corner);
+}
+
+void RecentAlertsPage::ShowContextMenuAt(POINT screen) {
+  UniqueMenu menu(::CreatePopupMenu());
+  ::AppendMenuW(menu.get(), MF_STRING, IDM_CLEAR_LOG, LoadResString(IDS_CLEAR_LOG).c_str());
+  ::TrackPopupMenu(menu.get(), TPM_RIGHTBUTTON, screen.x, screen.y, 0, dialog_, nullptr);
 }
 
 void RecentAlertsPage::Clear() {

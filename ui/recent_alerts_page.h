@@ -14,12 +14,15 @@ class RecentAlertsPage {
   void OnInitDialog(HWND dialog);
   /// Brings the rows up to date with one repaint. Cheap when nothing has changed.
   void Refresh();
-  /// At the mouse pointer; the choice arrives as the dialog's WM_COMMAND.
+  /// At the mouse pointer, or, asked for by the keyboard, in the list's corner; the choice arrives as the dialog's WM_COMMAND.
   void ShowContextMenu();
+  void ShowContextMenuByKeyboard();
   /// Clear Log, without asking.
   void Clear();
 
  private:
+  void ShowContextMenuAt(POINT screen);
+
   Program& program_;
   RecentAlertsRows rows_;
   HWND dialog_ = nullptr;

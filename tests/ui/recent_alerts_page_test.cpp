@@ -101,8 +101,12 @@ TEST_F(RecentAlertsPageTest, ClearLogOfTheContextMenuEmptiesEverything) {
     if (window_ == nullptr) Open();
     Tick();
     ASSERT_EQ(RowCount(list_), 5);
-    ::PostMessageW(list_, WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(5, 80));
-    ::PostMessageW(list_, WM_RBUTTONUP, 0, MAKELPARAM(5, 80));
+    if (hasLog) {
+      ::PostMessageW(list_, WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(5, 80));
+      ::PostMessageW(list_, WM_RBUTTONUP, 0, MAKELPARAM(5, 80));
+    } else {  // as Shift+F10 does
+      ::PostMessageW(list_, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(list_), -1);
+    }
     HWND menu = window_->WaitForMenu();
     EXPECT_EQ(MenuTexts(menu), (std::vector<std::wstring>{L"Clear Log"}));
     ChooseMenuItem(dialog_, 0);
