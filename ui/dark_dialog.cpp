@@ -37,7 +37,7 @@ void ThemeAsExplorer(HWND control) { Theme().setWindowTheme(control, L"Explorer"
 void TakeThemeAway(HWND control) { Theme().setWindowTheme(control, L"", L""); }
 
 void ThemeListedControl(HWND control) {
-  Theme().allowForWindow(control, DarkModeOn());
+  AllowDarkMode(control);
   const unsigned type = StyleOf(control) & BS_TYPEMASK;
   if (IsOfClass(control, L"Button") && (type == BS_PUSHBUTTON || type == BS_DEFPUSHBUTTON)) {
     ThemeAsExplorer(control);
@@ -47,28 +47,29 @@ void ThemeListedControl(HWND control) {
   ::SendMessageW(control, WM_THEMECHANGED, 0, 0);
 }
 
-void ThemeButton(HWND button) {
+/// Whether a button has a dark form in the Explorer theme; the others draw in the dialog's colours without a theme.
+bool HasDarkForm(HWND button) {
   constexpr unsigned kFirstBuildWithDarkCheckBoxes = 22000;
   const unsigned style = StyleOf(button);
-  if ((style & 7) == BS_GROUPBOX) {
-    TakeThemeAway(button);
-  } else if ((style & 2) != 0) {  // check boxes
-    const bool dark = IsWindows10OrGreater() && GetWindowsBuildNumber() >= kFirstBuildWithDarkCheckBoxes;
-    // The older classic check box draws a disabled text unreadably.
-    if (dark || !::IsWindowEnabled(button)) {
-      ThemeAsExplorer(button);
-    } else {
-      TakeThemeAway(button);
-    }
-  } else if ((style & 4) != 0 || (style & 9) == 9) {  // radio buttons and three-state boxes
-    TakeThemeAway(button);
-  } else {
+  const bool groupBox = (style & 7) == BS_GROUPBOX;
+  const bool checkBox = !groupBox && (style & 2) != 0;
+  // A disabled check box keeps the theme on older builds too: the classic one draws its text unreadably.
+  if (checkBox)
+    return (IsWindows10OrGreater() && GetWindowsBuildNumber() >= kFirstBuildWithDarkCheckBoxes) || !::IsWindowEnabled(button);
+  const bool radioOrThreeState = (style & 4) != 0 || (style & 9) == 9;
+  return !groupBox && !radioOrThreeState;
+}
+
+void ThemeButton(HWND button) {
+  if (HasDarkForm(button)) {
     ThemeAsExplorer(button);
+  } else {
+    TakeThemeAway(button);
   }
 }
 
 BOOL CALLBACK ThemeChildControl(HWND child, LPARAM) noexcept {
-  if (DarkModeAvailable()) Theme().allowForWindow(child, DarkModeOn());
+  AllowDarkMode(child);
   if (IsOfClass(child, L"Button")) {
     ThemeButton(child);
   } else if (IsOfClass(child, L"ComboBox")) {
@@ -85,7 +86,7 @@ LRESULT AnswerColors(DarkDialogData& data, HDC dc) {
 }
 
 void OnThemeChanged(HWND dialog, const DarkDialogData& data) {
-  Theme().allowForWindow(dialog, DarkModeOn());
+  AllowDarkMode(dialog);
   RefreshTitleBarTheme(dialog);
   for (const int id : data.controlIds) {
     if (HWND control = ::GetDlgItem(dialog, id)) ThemeListedControl(control);
@@ -134,7 +135,7 @@ LRESULT CALLBACK DarkDialogSubclassProc(HWND dialog, UINT message, WPARAM wParam
 void ApplyDarkModeToDialog(HWND dialog, COLORREF text, COLORREF background, std::span<const int> controlIds,
                            DarkMenuBar menuBar) {
   if (!DarkModeAvailable()) return;
-  Theme().allowForWindow(dialog, DarkModeOn());
+  AllowDarkMode(dialog);
   RefreshTitleBarTheme(dialog);
   if (menuBar == DarkMenuBar::kDraw) InstallDarkMenuBar(dialog);
   auto data = std::make_unique<DarkDialogData>(

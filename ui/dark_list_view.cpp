@@ -33,10 +33,8 @@ COLORREF HeaderTextColor(HWND list) {
 
 void OnThemeChanged(HWND list, COLORREF& headerText, WPARAM wParam, LPARAM lParam) {
   HWND header = HeaderOf(list);
-  if (DarkModeAvailable()) {
-    Theme().allowForWindow(list, DarkModeOn());
-    Theme().allowForWindow(header, DarkModeOn());
-  }
+  AllowDarkMode(list);
+  AllowDarkMode(header);
   headerText = HeaderTextColor(list);
   ::SendMessageW(header, WM_THEMECHANGED, wParam, lParam);
   ::RedrawWindow(list, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE);

@@ -100,6 +100,10 @@ unsigned GetWindowsBuildNumber() {
   return State().build != 0 ? State().build : ReadVersionNumbers().build;
 }
 
+void AllowDarkMode(HWND window) {
+  if (DarkModeAvailable()) Theme().allowForWindow(window, DarkModeOn());
+}
+
 void RefreshTitleBarTheme(HWND window) {
   if (!DarkModeAvailable()) return;
   BOOL dark = Theme().isAllowedForWindow(window) && Theme().systemAsksForDark() && !IsHighContrast();

@@ -29,6 +29,9 @@ void InitDarkMode();
 /// Makes the title bar follow what the system asks for now.
 void RefreshTitleBarTheme(HWND window);
 
+/// Allows dark mode for one window that is neither a dialog nor listed with one, or forbids it while dark mode is off.
+void AllowDarkMode(HWND window);
+
 /// Whether a dialog's menu bar is drawn dark as well. It is not part of the client area: its painting goes in between the title
 /// bar and the dialog's own colours.
 enum class DarkMenuBar { kNone, kDraw };

@@ -65,7 +65,11 @@ void MainWindowTabs::OnInitDialog(HWND dialog) {
 }
 
 void MainWindowTabs::ApplyDarkMode() {
-  if (tabs_ == nullptr || !DarkModeOn()) return;
+  if (tabs_ == nullptr) return;
+  AllowDarkMode(tabs_);
+  if (!DarkModeOn()) return;
+  // The theme would paint its light page over the dark background.
+  ::SetWindowTheme(tabs_, L"", L"");
   ::SetWindowLongPtrW(tabs_, GWL_STYLE, ::GetWindowLongPtrW(tabs_, GWL_STYLE) | TCS_OWNERDRAWFIXED);
   ::SetWindowSubclass(tabs_, &DarkTabSubclassProc, kDarkTabSubclassId, 0);
 }

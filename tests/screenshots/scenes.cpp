@@ -127,10 +127,10 @@ void OpenBox(TestProgram&) {
 void ShowSystemBox(const Stage&) {
   std::thread([] {
     const std::wstring text = LoadResString(IDS_ASK_REMOVE_ONE);
-    ::MessageBoxW(nullptr, text.c_str(), L"The system's own", kAskRemove);
+    ::MessageBoxW(nullptr, text.c_str(), L"System", kAskRemove);
   }).detach();
-  Move(L"The system's own", 400, 200);
-  Move(LoadResString(IDS_CONFIRM_REMOVE_TITLE).c_str(), 400, 450);
+  Move(L"System", 400, 300);
+  Move(LoadResString(IDS_CONFIRM_REMOVE_TITLE).c_str(), 400, 480);
 }
 
 struct Scene {
@@ -161,6 +161,17 @@ constexpr Scene kScenes[] = {
     {"message-box-beside-system", &OpenBox<IDS_ASK_REMOVE_ONE, IDS_CONFIRM_REMOVE_TITLE, kAskRemove>, &ShowSystemBox},
 };
 
+/// Has every dialog of the process paint itself now, however busy the machine is.
+void PaintAll() {
+  for (HWND window = nullptr; (window = ::FindWindowExW(nullptr, window, L"#32770", nullptr)) != nullptr;) {
+    DWORD process = 0;
+    ::GetWindowThreadProcessId(window, &process);
+    if (process == ::GetCurrentProcessId() && ::IsWindowVisible(window)) {
+      ::RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    }
+  }
+}
+
 void WriteFile(const wchar_t* path, const std::string& text) {
   if (std::FILE* file = ::_wfopen(path, L"w")) {
     std::fputs(text.c_str(), file);
@@ -175,7 +186,9 @@ int Show(const Scene& scene, const wchar_t* readyFile) {
   WindowThread windows([&scene] { scene.open(test); });
   if (!WaitUntil([] { return ::FindWindowW(L"#32770", nullptr) != nullptr; })) return 2;
   if (scene.prepare != nullptr) scene.prepare({test, windows});
-  ::Sleep(700);  // until every control and the window manager have painted
+  ::Sleep(500);  // until the window manager has placed and framed everything
+  PaintAll();
+  ::Sleep(700);
   WriteFile(readyFile, "ready\n");
   WaitUntil([readyFile] { return ::GetFileAttributesW(readyFile) == INVALID_FILE_ATTRIBUTES; });
   // Not every window can be closed without an answer, and nothing here is worth keeping.
