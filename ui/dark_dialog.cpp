@@ -78,9 +78,14 @@ BOOL CALLBACK ThemeChildControl(HWND child, LPARAM) noexcept {
   return TRUE;
 }
 
-LRESULT AnswerColors(DarkDialogData& data, HDC dc) {
+LRESULT AnswerColors(DarkDialogData& data, HDC dc, HWND control) {
   ::SetTextColor(dc, data.text);
   ::SetBkColor(dc, data.background);
+  if (IsOfClass(control, WC_LINK)) {
+    // Some systems' link control deletes the brush it is answered; a stock one survives that.
+    ::SetDCBrushColor(dc, data.background);
+    return reinterpret_cast<LRESULT>(::GetStockObject(DC_BRUSH));
+  }
   if (data.brush == nullptr) data.brush.reset(::CreateSolidBrush(data.background));
   return reinterpret_cast<LRESULT>(data.brush.get());
 }
@@ -112,7 +117,8 @@ LRESULT CALLBACK DarkDialogSubclassProc(HWND dialog, UINT message, WPARAM wParam
     case WM_CTLCOLORDLG:
     case WM_CTLCOLORSCROLLBAR:
     case WM_CTLCOLORSTATIC:
-      if (DarkModeAvailable() && DarkModeOn()) return AnswerColors(*data, reinterpret_cast<HDC>(wParam));
+      if (DarkModeAvailable() && DarkModeOn())
+        return AnswerColors(*data, reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam));
       break;
     case WM_THEMECHANGED:
       if (DarkModeAvailable()) OnThemeChanged(dialog, *data);

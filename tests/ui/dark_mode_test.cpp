@@ -133,6 +133,25 @@ TEST(DarkDialog, AnswersEveryColourQuestion) {
   }
 }
 
+// Wine's link control deletes the brush that it is given. The dialog must not lose its own by that.
+TEST(DarkDialog, KeepsItsBrushWhenALinkDeletesTheOneItGot) {
+  const ThemeRecorder recorder;
+  const TestDialog dialog;
+  HWND link = dialog.Add(WC_LINK, 0, 3000);
+  ASSERT_NE(link, nullptr);
+  ApplyDarkModeToDialog(dialog.Window(), 0xE0E0E0, 0x202020, {});
+  HDC dc = ::CreateCompatibleDC(nullptr);
+  for (int i = 0; i < 2; ++i) {
+    const LRESULT brush =
+        ::SendMessageW(dialog.Window(), WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc), reinterpret_cast<LPARAM>(link));
+    EXPECT_EQ(::GetObjectType(reinterpret_cast<HGDIOBJ>(brush)), DWORD{OBJ_BRUSH});
+    EXPECT_EQ(::GetDCBrushColor(dc), 0x202020u);
+    ::DeleteObject(reinterpret_cast<HGDIOBJ>(brush));
+    EXPECT_EQ(AskColors(dialog.Window(), WM_CTLCOLORSTATIC).brush, COLORREF{0x202020});
+  }
+  ::DeleteDC(dc);
+}
+
 TEST(DarkDialog, LeavesColoursAloneWhenOffOrUnavailable) {
   for (const bool available : {true, false}) {
     const ThemeRecorder recorder(19045, false);
