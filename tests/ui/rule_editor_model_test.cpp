@@ -18,12 +18,6 @@ void Store(ThresholdRule& rule, const std::map<int, std::wstring>& texts) {
   for (const RuleEditorField& field : RuleEditorFields()) field.store(rule, texts.at(field.controlId).substr(0, field.maxChars));
 }
 
-TEST(RuleEditorModel, UnsetCeilingsAreBlankAndTheCooldownNever) {
-  ThresholdRule rule;
-  rule.cooldownSec = 0;
-  for (const auto& [id, text] : Texts(rule)) EXPECT_EQ(text, id == IDC_COOLDOWN ? L"0" : L"") << id;
-}
-
 TEST(RuleEditorModel, FieldsShowRoundedValuesAndStoreWhatTheyShow) {
   ThresholdRule rule;
   rule.processPattern = L"-";
