@@ -6,26 +6,15 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <functional>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "core/simulated_process_table.h"
-#include "platform/clock.h"
 #include "res/resource.h"
 #include "storage/settings_registry.h"
-#include "ui/program.h"
+#include "tests/ui/test_program.h"
+#include "tests/ui/window_driver.h"
 #include "ui/windows_of_program.h"
-
-/// Looks again and again until the condition holds; false after a time that no healthy window needs.
-inline bool WaitUntil(const std::function<bool()>& holds) {
-  for (const ULONGLONG end = ::GetTickCount64() + 10'000; ::GetTickCount64() < end; ::Sleep(10)) {
-    if (holds()) return true;
-  }
-  return holds();
-}
 
 /// This process's visible dialogs that have the control; -1: any.
 inline std::vector<HWND> DialogsWith(int controlId) {
@@ -43,13 +32,7 @@ inline HWND WaitForDialog(int controlId) {
   return WaitUntil([controlId] { return !DialogsWith(controlId).empty(); }) ? DialogsWith(controlId).front() : nullptr;
 }
 
-inline std::wstring TextOf(HWND window) {
-  wchar_t text[600] = L"";
-  ::SendMessageW(window, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
-  return text;
-}
-
-class SettingsFixture : public testing::Test {
+class SettingsFixture : public testing::Test, protected TestProgram {
  protected:
   struct Posted {
     UINT message;
@@ -62,9 +45,6 @@ class SettingsFixture : public testing::Test {
     ::RegCreateKeyW(HKEY_CURRENT_USER, kHive, &hive_);
     ASSERT_EQ(::RegOverridePredefKey(HKEY_CURRENT_USER, hive_), ERROR_SUCCESS);
     ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Another program", REG_SZ, L"", 2);
-    wchar_t folder[MAX_PATH];
-    ::GetTempPathW(MAX_PATH, folder);
-    rulesFile = std::wstring(folder) + L"settings-test-rules.csv";
     program.trayWindow = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
   }
   void TearDown() override {
@@ -73,7 +53,6 @@ class SettingsFixture : public testing::Test {
     ::RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
     ::RegCloseKey(hive_);
     ::RegDeleteTreeW(HKEY_CURRENT_USER, kHive);
-    ::DeleteFileW(rulesFile.c_str());
   }
 
   void OpenWindow() {
@@ -82,25 +61,23 @@ class SettingsFixture : public testing::Test {
     window = program.MainDialogHandle;
   }
   void CloseWindow() {
-    if (window != nullptr) ::PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
+    if (window != nullptr) PostCommand(window, IDCANCEL);
     if (thread_.joinable()) thread_.join();
     window = nullptr;
   }
 
   [[nodiscard]] HWND Item(int id) const { return ::GetDlgItem(window, id); }
-  [[nodiscard]] std::wstring Text(int id) const { return TextOf(Item(id)); }
+  [[nodiscard]] std::wstring Text(int id) const { return TextOfItem(window, id); }
   void Type(int id, const std::wstring& text) const {
     ::SendMessageW(Item(id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
   }
   [[nodiscard]] bool Checked(int id) const { return ::SendMessageW(Item(id), BM_GETCHECK, 0, 0) == BST_CHECKED; }
   void Click(int id) const { ::SendMessageW(Item(id), BM_CLICK, 0, 0); }
   [[nodiscard]] bool ApplyEnabled() const { return ::IsWindowEnabled(Item(IDC_APPLY)) != FALSE; }
-  void Command(WORD id) const { ::SendMessageW(window, WM_COMMAND, id, 0); }
-  /// For commands that open something and return only when it closes.
-  void PostCommand(WORD id) const { ::PostMessageW(window, WM_COMMAND, id, 0); }
+  void Command(WORD id) const { SendCommand(window, id); }
   /// Presses a button of a dialog and waits until the dialog is gone.
   static void Answer(HWND dialog, int id) {
-    ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0);
+    PostCommand(dialog, id);
     EXPECT_TRUE(WaitUntil([dialog] { return ::IsWindow(dialog) == FALSE; }));
   }
 
@@ -124,13 +101,6 @@ class SettingsFixture : public testing::Test {
     return loaded.Get() == expected && other.IntervalMs() == engine.IntervalMs() && *other.Exclusions() == *engine.Exclusions();
   }
 
-  std::wstring rulesFile;
-  MonitorEngine engine{std::make_shared<SimulatedProcessTable>(), SystemClock(), 1};
-  RuleStore rules{[this] { return rulesFile; }};
-  SettingsStore settings;
-  RecentAlerts recentAlerts;
-  UpdateState updates;
-  Program program{::GetModuleHandleW(nullptr), engine, rules, settings, recentAlerts, updates};
   HWND window = nullptr;
 
  private:

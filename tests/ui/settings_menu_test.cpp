@@ -63,7 +63,7 @@ class SettingsMenuTest : public SettingsFixture {
 
   /// Runs a reset command and answers its question.
   void Reset(WORD command, UINT questionId, int answer) const {
-    PostCommand(command);
+    PostCommand(window, command);
     const HWND box = WaitForDialog(IDNO);
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(TextOf(box), L"Confirm Reset");
@@ -168,7 +168,7 @@ TEST_F(SettingsMenuTest, CommandsThatOpenWindowsOpenThem) {
   Command(IDM_CHECK_FOR_UPDATES);
   EXPECT_EQ(TakePosted(), (std::vector<Posted>{{UWM_CHECK_FOR_UPDATES, 1}}));
   for (const auto& [command, control] : {std::pair{IDM_ABOUT, IDC_ABOUT_NAME}, {IDM_EXCLUSIONS, IDC_EXCLUSIONS}}) {
-    PostCommand(static_cast<WORD>(command));
+    PostCommand(window, command);
     const HWND dialog = WaitForDialog(control);
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(::GetWindow(dialog, GW_OWNER), window);
@@ -224,7 +224,7 @@ TEST_F(SettingsMenuTest, ResetRulesAsksAndEmptiesListAndFile) {
   EXPECT_TRUE(rules.Snapshot()->empty());
   EXPECT_EQ(rules.TakeRuleId(), 6U);
   RuleStore saved([] { return std::wstring(); });
-  EXPECT_TRUE(saved.Load(rulesFile)) << "the file keeps its header";
+  EXPECT_TRUE(saved.Load(folder.File(L"rules.csv"))) << "the file keeps its header";
   EXPECT_TRUE(saved.Snapshot()->empty());
 }
 

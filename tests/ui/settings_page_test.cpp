@@ -104,7 +104,7 @@ TEST_F(SettingsPageTest, WhatIsNotAppliedIsDropped) {
   const AppSettings before = settings.Get();
   Type(IDC_POLL_INTERVAL, L"5");
   Click(IDC_NOTIFY);
-  ::SendMessageW(window, WM_COMMAND, IDOK, 0);
+  Command(IDOK);
   CloseWindow();
   EXPECT_EQ(engine.IntervalMs(), 45'999U);
   EXPECT_EQ(settings.Get().alertActions, before.alertActions);
@@ -129,10 +129,8 @@ HWND NameField(HWND chooser) {
 }
 
 TEST_F(SettingsPageTest, TheDotsChooseAFileForTheirField) {
-  wchar_t folder[MAX_PATH];
-  ::GetTempPathW(MAX_PATH, folder);
-  const std::wstring sound = std::wstring(folder) + L"settings test.wav";
-  const std::wstring log = std::wstring(folder) + L"settings test.log";
+  const std::wstring sound = folder.File(L"settings test.wav");
+  const std::wstring log = folder.File(L"settings test.log");
   for (const std::wstring& path : {sound, log})
     ::CloseHandle(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
   wchar_t directory[MAX_PATH];
@@ -166,7 +164,6 @@ TEST_F(SettingsPageTest, TheDotsChooseAFileForTheirField) {
   wchar_t directoryAfter[MAX_PATH];
   ::GetCurrentDirectoryW(MAX_PATH, directoryAfter);
   EXPECT_STREQ(directoryAfter, directory);
-  for (const std::wstring& path : {sound, log}) ::DeleteFileW(path.c_str());
 }
 
 }  // namespace
