@@ -1,23 +1,9 @@
-# Takes listed sources that are not there yet out of the list, so that a folder being built up does not stop the others.
-function(vantora_skip_missing list)
-  foreach(source IN LISTS ${list})
-    if(NOT EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${source}")
-      message(STATUS "Not there yet: ${CMAKE_CURRENT_SOURCE_DIR}/${source}")
-      list(REMOVE_ITEM ${list} ${source})
-    endif()
-  endforeach()
-  set(${list} ${${list}} PARENT_SCOPE)
-endfunction()
-
 # vantora_library(<folder> [SOURCES ...] [HOST_SOURCES ...] [WINDOWS_SOURCES ...] [DEPENDS <folder>...] [WINDOWS_LIBRARIES ...])
 #
 # Makes vantora_<folder> from the portable sources (and, on the host, HOST_SOURCES) and, in the Windows build,
 # vantora_<folder>_windows from WINDOWS_SOURCES. Linking vantora_<folder> brings the other in.
 function(vantora_library folder)
   cmake_parse_arguments(ARG "" "" "SOURCES;HOST_SOURCES;WINDOWS_SOURCES;DEPENDS;WINDOWS_LIBRARIES" ${ARGN})
-  foreach(list ARG_SOURCES ARG_HOST_SOURCES ARG_WINDOWS_SOURCES)
-    vantora_skip_missing(${list})
-  endforeach()
   set(sources ${ARG_SOURCES})
   if(NOT WIN32)
     list(APPEND sources ${ARG_HOST_SOURCES})
