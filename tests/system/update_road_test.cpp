@@ -43,7 +43,7 @@ class UpdateRoad : public testing::Test {
 
 }  // namespace
 
-TEST_F(UpdateRoad, CheckEndsAsSpecifiedWhateverTheServerSays) {
+TEST_F(UpdateRoad, CheckReadsOrRejectsEveryAnswer) {
   const struct {
     const wchar_t* server;
     const wchar_t* scenario;
