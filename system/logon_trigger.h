@@ -7,7 +7,6 @@
 #include <taskschd.h>
 
 #ifndef __ILogonTrigger_INTERFACE_DEFINED__
-#define __ILogonTrigger_INTERFACE_DEFINED__
 
 // Interfaces of this kind end by Release, never by a destructor.
 #pragma GCC diagnostic push

@@ -16,8 +16,8 @@ struct Chooser {
   DWORD flags;
 };
 
-constexpr Chooser kLogChooser = {::GetSaveFileNameW, L"*.log\0*.log\0*.*\0*.*\0", L"log", OFN_PATHMUSTEXIST};
-constexpr Chooser kSoundChooser = {::GetOpenFileNameW, L"*.wav\0*.wav\0", L"wav", OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST};
+const Chooser kLogChooser = {::GetSaveFileNameW, L"*.log\0*.log\0*.*\0*.*\0", L"log", OFN_PATHMUSTEXIST};
+const Chooser kSoundChooser = {::GetOpenFileNameW, L"*.wav\0*.wav\0", L"wav", OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST};
 
 bool Choose(const Chooser& chooser, HWND owner, std::wstring& path) {
   wchar_t buffer[kMaxPathChars + 1] = {};
