@@ -75,9 +75,14 @@ std::wstring TestServer::Path(const std::wstring& name) {
 bool TestServer::WasLaunched() const { return Exists(record_); }
 
 std::vector<std::wstring> TestServer::LaunchRecord() const {
-  for (int waitedMs = 0; !WasLaunched() && waitedMs < kLaunchTimeoutMs; waitedMs += 50) ::Sleep(50);
+  // Seen is not yet readable: whoever moves the file to its name may still hold it.
+  auto text = ReadTextFile(record_);
+  for (int waitedMs = 0; !text && waitedMs < kLaunchTimeoutMs; waitedMs += 50) {
+    ::Sleep(50);
+    text = ReadTextFile(record_);
+  }
   std::vector<std::wstring> lines(1);
-  for (const wchar_t character : ReadTextFile(record_).value_or(L"")) {
+  for (const wchar_t character : text.value_or(L"")) {
     if (character == L'\n') {
       lines.emplace_back();
     } else {
