@@ -1,15 +1,13 @@
-// Rules going out and in, the views of alerts and the exclusions, driven in the running program as a user drives them, with what
+// The views of alerts and the exclusions, driven in the running program as a user drives them, with what
 // it then has in its files and registry.
 
 #include <windows.h>
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 #include <string>
 
 #include "app/messages.h"
-#include "platform/handles.h"
 #include "res/resource.h"
 #include "tests/e2e/fixture.h"
 #include "tests/e2e/process_load.h"
@@ -67,8 +65,6 @@ class Views : public EndToEndTest {
         .value_or("no file");
   }
 
-  std::string Rules() const { return ReadFileBytes(profile_.RulesFile()).value_or(""); }
-
   std::optional<RunningProgram> program_;
   HWND tray_ = nullptr;
 
@@ -79,49 +75,6 @@ class Views : public EndToEndTest {
     HWND found;
   };
 };
-
-void SetClipboardText(const std::wstring& text) {
-  const ClipboardLock clipboard(nullptr);
-  ASSERT_TRUE(clipboard.IsOpen());
-  ::EmptyClipboard();
-  const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
-  HGLOBAL memory = ::GlobalAlloc(GMEM_MOVEABLE, bytes);
-  std::memcpy(::GlobalLock(memory), text.c_str(), bytes);
-  ::GlobalUnlock(memory);
-  ASSERT_NE(::SetClipboardData(CF_UNICODETEXT, memory), nullptr);
-}
-
-TEST_F(Views, RulesFromTheClipboardAndAPresetReachTheRulesFileAndAnExport) {
-  Start();
-  HWND window = OpenMainWindow();
-  ASSERT_NE(window, nullptr);
-  SetClipboardText(L"{\"rules\": [{\"processPattern\": \"from clipboard.exe\", \"enabled\": true, \"maxThreads\": 7}]}");
-  PostCommand(window, IDM_IMPORT_RULES);
-  HWND offer = program_->WaitForWindow(kDialogClass, L"Import Rules");
-  ASSERT_NE(offer, nullptr);
-  PostCommand(offer, IDYES);
-  EXPECT_TRUE(WaitUntil([&] { return ListRowCount(::GetDlgItem(window, IDC_RULE_LIST)) == 1; }));
-
-  PostCommand(window, IDC_PRESETS);
-  ASSERT_NE(program_->WaitForWindow(kMenuClass, nullptr), nullptr);
-  for (const WPARAM key : {WPARAM{VK_DOWN}, WPARAM{VK_DOWN}, WPARAM{VK_RETURN}}) ::PostMessageW(window, WM_KEYDOWN, key, 0);
-  EXPECT_TRUE(WaitUntil([&] { return ListRowCount(::GetDlgItem(window, IDC_RULE_LIST)) == 2; }));
-  const std::string expectedRules = std::string(kMark) + kRulesHeader +
-                                    "\r\n1,from clipboard.exe,1,0,0.0,0.0,0.0,7,0,0,3,60\r\n2,*,1,0,0.0,0.0,95.0,0,0,0,3,300\r\n";
-  EXPECT_EQ(Rules(), expectedRules);
-
-  PostCommand(window, IDM_EXPORT_RULES);
-  AnswerFileDialog(profile_.DataFolder() + L"\\out");
-  HWND said = program_->WaitForWindow(kDialogClass, L"Vantora");
-  ASSERT_NE(said, nullptr);
-  PostCommand(said, IDOK);
-  const std::string exported = WaitForFile(L"out.json");
-  EXPECT_TRUE(exported.starts_with(std::string(kMark) + "{\r\n  \"rules\": [\r\n")) << exported;
-  EXPECT_NE(exported.find("\"processPattern\": \"from clipboard.exe\",\r\n      \"enabled\": true,\r\n"), std::string::npos);
-  EXPECT_NE(exported.find("\"maxCPUPercent\": 95.0,\r\n"), std::string::npos);
-  EXPECT_EQ(Rules(), expectedRules) << "an export changes nothing";
-  EXPECT_TRUE(program_->End());
-}
 
 TEST_F(Views, AlertsOfEarlierRunsAreShownExportedAndCleared) {
   std::string log = kMark;

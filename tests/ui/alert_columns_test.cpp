@@ -23,18 +23,4 @@ TEST(AlertColumns, CellsOfAnAlert) {
   }
 }
 
-TEST(AlertColumns, BothListsHaveTheSameHeadersAtTheirOwnWidths) {
-  const struct {
-    std::uint32_t header;
-    int recentWidth;
-    int logWidth;
-  } kExpected[kAlertColumnCount] = {{209, 120, 130}, {210, 50, 60}, {211, 110, 120}, {212, 300, 350}};
-  for (std::size_t column = 0; column < kAlertColumnCount; ++column) {
-    EXPECT_EQ(RecentAlertsColumns()[column].headerStringId, kExpected[column].header);
-    EXPECT_EQ(AlertLogColumns()[column].headerStringId, kExpected[column].header);
-    EXPECT_EQ(RecentAlertsColumns()[column].widthPx, kExpected[column].recentWidth);
-    EXPECT_EQ(AlertLogColumns()[column].widthPx, kExpected[column].logWidth);
-  }
-}
-
 }  // namespace

@@ -90,33 +90,6 @@ TEST_F(RecentAlertsRowsTest, ANewlyOpenedViewShowsWhatThereIs) {
   second.ExpectNewestFirst();
 }
 
-TEST_F(RecentAlertsRowsTest, AnEmptyListGivesANewViewNothingToDo) {
-  View view(alerts_);
-  EXPECT_FALSE(view.Tick());
-}
-
-TEST_F(RecentAlertsRowsTest, ItsOwnClearLogIsNotShownTwice) {
-  View view(alerts_);
-  Add(4);
-  ASSERT_TRUE(view.Tick());
-  view.Clear();
-  Add(2);
-  view.Tick();
-  view.ExpectNewestFirst();
-  view.Clear();
-  view.Tick();
-  view.ExpectNewestFirst();
-}
-
-TEST_F(RecentAlertsRowsTest, ALogLoadedOverTheListReplacesTheRows) {
-  View view(alerts_);
-  Add(4);
-  ASSERT_TRUE(view.Tick());
-  alerts_.Replace({Alert(91), Alert(92), Alert(93), Alert(94), Alert(95)});
-  EXPECT_TRUE(view.Tick());
-  view.ExpectNewestFirst();
-}
-
 TEST_F(RecentAlertsRowsTest, AnyMixOfChangesEndsInTheNewestRows) {
   std::mt19937 random(4711);
   View view(alerts_);
