@@ -173,8 +173,6 @@ class LayoutMaker {
 
 }  // namespace
 
-std::span<const ButtonLabel> AllButtonLabels() { return kLabels; }
-
 const MessageBoxButtons& ButtonsOfStyle(std::uint32_t style) {
   const std::uint32_t set = style & 0xF;
   return set < std::size(kSets) ? kSets[set] : kUnknownSet;

@@ -29,8 +29,6 @@ struct MessageBoxButtons {
   int escapeResult;                           ///< what Esc and the close box give; 0: the box cannot be closed by them
 };
 
-/// The 19 labels in their fixed order, used or not.
-[[nodiscard]] std::span<const ButtonLabel> AllButtonLabels();
 /// By the low four bits of the style.
 [[nodiscard]] const MessageBoxButtons& ButtonsOfStyle(std::uint32_t style);
 /// The place of the default button; the first when the style names one beyond the last.

@@ -174,25 +174,4 @@ TEST(DialogUtilities, StringsComeFromTheResources) {
   EXPECT_EQ(filter, expected);
 }
 
-TEST(DialogUtilities, ListsGetTheirColumnsAndCells) {
-  constexpr ListColumn kColumns[] = {{IDS_COLUMN_TIME, 150}, {IDS_COLUMN_PID, 60}};
-  HWND list = ::CreateWindowExW(0, WC_LISTVIEWW, L"", WS_POPUP | LVS_REPORT, 0, 0, 300, 200, nullptr, nullptr, nullptr, nullptr);
-  ASSERT_NE(list, nullptr);
-  InsertListColumns(list, kColumns);
-  EXPECT_EQ(::SendMessageW(list, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0), LVS_EX_FULLROWSELECT);
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(::SendMessageW(list, LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(i), 0), ScaleForDpi(kColumns[i].widthPx));
-  }
-  LVITEMW item{};
-  ::SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
-  SetListCell(list, 0, 1, L"cell");
-  wchar_t text[16] = L"";
-  item.iSubItem = 1;
-  item.pszText = text;
-  item.cchTextMax = 16;
-  ::SendMessageW(list, LVM_GETITEMTEXTW, 0, reinterpret_cast<LPARAM>(&item));
-  EXPECT_STREQ(text, L"cell");
-  ::DestroyWindow(list);
-}
-
 }  // namespace

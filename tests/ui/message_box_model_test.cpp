@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 
 namespace {
 
@@ -52,33 +51,6 @@ TEST(MessageBoxModel, EveryStyleHasItsButtonsAndEscape) {
     EXPECT_EQ(Describe(style), expected) << style;
     EXPECT_EQ(Describe(style | 0x10130), expected) << style;
   }
-}
-
-TEST(MessageBoxModel, LabelsStandUnderTheirStrings) {
-  const std::map<std::uint32_t, std::wstring_view> kExpected = {
-      {9001, L"OK"},
-      {9002, L"Cancel"},
-      {9003, L"&Ignore"},
-      {9004, L"&Retry"},
-      {9005, L"&Abort"},
-      {9006, L"&Help"},
-      {9007, L"&Yes"},
-      {9008, L"&No"},
-      {9009, L"&Continue"},
-      {9013, L"Y&es to All"},
-      {9010, L"Don't ask me again"},
-      {9011, L"Don't tell me again"},
-      {9014, L"N&o to All"},
-      {9015, L"&Try Again"},
-      {9012, L"Don't show again"},
-      {9016, L"Re&port"},
-      {9017, L"I&gnore All"},
-      {9018, L"&Skip"},
-      {9019, L"S&kip All"},
-  };
-  std::map<std::uint32_t, std::wstring_view> actual;
-  for (const ButtonLabel& label : AllButtonLabels()) actual[label.stringId] = label.text;
-  EXPECT_EQ(actual, kExpected);
 }
 
 TEST(MessageBoxModel, IconFollowsTheStyle) {
