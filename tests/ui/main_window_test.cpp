@@ -5,6 +5,7 @@
 
 #include "app/messages.h"
 #include "platform/handles.h"
+#include "storage/settings_registry.h"
 #include "tests/ui/main_window_fixture.h"
 #include "tests/ui/theme_recorder.h"
 #include "ui/layout.h"
@@ -250,6 +251,15 @@ TEST_F(MainWindowTest, PlacementComesBack) {
   ::SetWindowPos(Window(), nullptr, 90, 90, 0, 0, SWP_NOZORDER | SWP_NOSIZE);
   Close(IDM_EXIT);
   EXPECT_EQ(settings.Get().mainDialogPlacement, stored) << "Exit stores nothing";
+}
+
+TEST_F(MainWindowTest, OkSavesThePlacementToo) {
+  Open();
+  const RECT frame = FrameOf(Window());
+  Close(IDOK);
+  SettingsStore saved;
+  LoadSettings(saved, engine);
+  EXPECT_EQ(saved.Get().mainDialogPlacement, (WindowPlacement{frame.left, frame.top, frame.right, frame.bottom}));
 }
 
 TEST_F(MainWindowTest, PlacementThatCannotBeSeenIsIgnored) {
