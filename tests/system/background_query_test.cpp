@@ -27,18 +27,6 @@ struct SlowSource {
 
 constexpr std::uint32_t kLongMs = 30'000;
 
-TEST(BackgroundQuery, AnswersEachQuestionAfresh) {
-  std::atomic<bool> state{false};
-  BackgroundQuery query([&state] { return state.load(); });
-  EXPECT_FALSE(query.LastAnswer());
-  for (const bool now : {true, false, true}) {
-    state = now;
-    query.Ask();
-    EXPECT_TRUE(query.Wait(kLongMs));
-    EXPECT_EQ(query.LastAnswer(), now);
-  }
-}
-
 TEST(BackgroundQuery, AnAnswerBegunBeforeTheQuestionDoesNotCount) {
   const auto source = std::make_shared<SlowSource>();
   BackgroundQuery query([source] { return source->Answer(); });

@@ -77,10 +77,4 @@ TEST_F(RunValue, AValueOfAnyKindCountsAsOn) {
   }
 }
 
-TEST_F(RunValue, WithoutTheKeyItIsOffAndStaysOff) {
-  EXPECT_FALSE(IsStartWithWindowsEnabled());
-  ToggleStartWithWindows();
-  EXPECT_FALSE(IsStartWithWindowsEnabled());
-}
-
 }  // namespace

@@ -19,7 +19,7 @@ class SettingsPageTest : public SettingsFixture {
   }
 };
 
-TEST_F(SettingsPageTest, OpensFilledWithApplyDisabled) {
+TEST_F(SettingsPageTest, OpensFilledAndEveryChangeEnablesApply) {
   EXPECT_EQ(Text(IDC_POLL_INTERVAL), L"45");
   EXPECT_EQ(Text(IDC_THROTTLE), L"77");
   EXPECT_EQ(Text(IDC_LOG_PATH), L"C:\\logs\\alerts.log");
@@ -28,20 +28,11 @@ TEST_F(SettingsPageTest, OpensFilledWithApplyDisabled) {
   EXPECT_TRUE(Checked(IDC_LOG));
   EXPECT_TRUE(Checked(IDC_SOUND));
   EXPECT_FALSE(ApplyEnabled());
-}
-
-TEST_F(SettingsPageTest, EveryChangeEnablesApply) {
-  for (const int field : {IDC_POLL_INTERVAL, IDC_THROTTLE, IDC_LOG_PATH, IDC_SOUND_PATH}) {
-    Type(field, Text(field));  // the same text is a change, too
-    EXPECT_TRUE(ApplyEnabled()) << field;
+  for (const int id : {IDC_POLL_INTERVAL, IDC_THROTTLE, IDC_LOG_PATH, IDC_SOUND_PATH, IDC_NOTIFY, IDC_LOG, IDC_SOUND}) {
+    id == IDC_NOTIFY || id == IDC_LOG || id == IDC_SOUND ? Click(id) : Type(id, Text(id));  // the same text is a change, too
+    EXPECT_TRUE(ApplyEnabled()) << id;
     Click(IDC_APPLY);
-    EXPECT_FALSE(ApplyEnabled()) << field;
-  }
-  for (const int box : {IDC_NOTIFY, IDC_LOG, IDC_SOUND}) {
-    Click(box);
-    EXPECT_TRUE(ApplyEnabled()) << box;
-    Click(IDC_APPLY);
-    EXPECT_FALSE(ApplyEnabled()) << box;
+    EXPECT_FALSE(ApplyEnabled()) << id;
   }
 }
 
