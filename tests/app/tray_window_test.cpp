@@ -75,13 +75,6 @@ class TrayWindowTest : public testing::Test {
     answer_ = true;
   }
   [[nodiscard]] static HWND FindBox(const wchar_t* title) { return ::FindWindowW(L"#32770", title); }
-  /// Answers the next box with the title, from a thread of its own: the box runs on this one.
-  [[nodiscard]] static std::thread AnswerBox(const wchar_t* title, int button) {
-    return std::thread([=] {
-      HWND box = e2e::WaitForResult([&] { return FindBox(title); });
-      ::PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
-    });
-  }
 
   inline static const InstanceName kName{L"VANTORA_TEST_TRAY", L"Vantora under test"};
 
@@ -158,23 +151,6 @@ TEST_F(TrayWindowTest, AnOfferThatWasClosedIsNotInstalledByALaterClick) {
   }
   EXPECT_TRUE(e2e::WaitUntil([&] { return mainWindows_ == 2; }));
   EXPECT_EQ(installations_, 0);
-}
-
-TEST_F(TrayWindowTest, TheUsersCheckAsksAndOnlyYesInstalls) {
-  for (const int button : {IDNO, IDYES}) {
-    SCOPED_TRACE(button);
-    const int ended = checksEnded_;
-    Answer(L"0.0.3.0");
-    ::SendMessageW(Window(), UWM_CHECK_FOR_UPDATES, 1, 0);
-    std::thread click = AnswerBox(L"Vantora Update Available", button);
-    EXPECT_TRUE(PumpUntil([&] {
-      return checksEnded_ > ended && FindBox(L"Vantora Update Available") == nullptr &&
-             own_.updates.UpdateAvailableEvent.Wait(0) == WaitResult::kSignaled;
-    }));
-    click.join();
-  }
-  EXPECT_TRUE(e2e::WaitUntil([&] { return installations_ == 1; }));
-  EXPECT_TRUE(shell_.Balloons().empty());
 }
 
 TEST_F(TrayWindowTest, ACheckWithoutAnUpdatePutsTheOpenMainWindowsLinkBack) {

@@ -77,28 +77,4 @@ TEST(GUIAlertSink, ForeignAddressesAreNotHandedOut) {
   EXPECT_NE(sink.TakeAlert(addresses[0]), nullptr);
 }
 
-TEST(GUIAlertSink, AReceiverAsFastAsTheSenderLosesNothing) {
-  const UniqueWindow target = MakeTarget();
-  GUIAlertSink sink;
-  sink.SetTarget(target.get());
-  constexpr std::uint32_t kAlerts = 3'000;
-  std::thread sender([&] {
-    for (std::uint32_t pid = 1; pid <= kAlerts; ++pid) {
-      // Far below the queue's limit, so that every post succeeds.
-      while (sink.OutstandingCount() > 500) ::Sleep(0);
-      sink.OnAlert(Record(pid));
-    }
-  });
-  std::uint32_t last = 0;
-  while (last < kAlerts) {
-    for (const LPARAM address : TakeArrived(target.get())) {
-      const auto record = sink.TakeAlert(address);
-      ASSERT_NE(record, nullptr);
-      ASSERT_EQ(record->pid, ++last);
-    }
-  }
-  sender.join();
-  EXPECT_EQ(sink.OutstandingCount(), 0u);
-}
-
 }  // namespace

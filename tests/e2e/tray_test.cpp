@@ -66,21 +66,6 @@ TEST_F(Tray, OpenAndTheLeftButtonAndAnAlertBalloonAllLeadToTheOneMainWindow) {
   EXPECT_TRUE(program.End());
 }
 
-TEST_F(Tray, ExitEndsTheProgram) {
-  const RunningProgram program;
-  ASSERT_TRUE(program.ChooseFromTrayMenu(L'x'));
-  EXPECT_EQ(program.WaitForExit(), 0u);
-  EXPECT_EQ(shell_.IconCount(), 0u);
-}
-
-TEST_F(Tray, ADismissedMenuDoesNothing) {
-  const RunningProgram program;
-  ASSERT_TRUE(program.OpenTrayMenu());
-  ASSERT_TRUE(program.DismissMenu());
-  EXPECT_TRUE(NeverWithin(300, [&] { return !program.IsRunning() || debug_.Count(program.Id(), "Monitoring") > 0; }));
-  EXPECT_TRUE(program.End());
-}
-
 TEST_F(Tray, TheIconComesBackWithARecreatedTaskbar) {
   const RunningProgram program;
   ASSERT_TRUE(WaitUntil([&] { return shell_.IconCount() == 1; }));
