@@ -428,12 +428,4 @@ TEST(DarkMode, WindowsGiveEverythingBack) {
             LeakCount{});
 }
 
-TEST(DarkMode, StartsOnThisSystemWithoutHarm) {
-  InitDarkMode();
-  // Where entries are missing nothing may be half on.
-  EXPECT_TRUE(DarkModeAvailable() || !DarkModeOn());
-  EXPECT_EQ(GetWindowsBuildNumber() != 0, IsWindows10OrGreater());
-  SetThemeEntryPointsForTest({}, 0);
-}
-
 }  // namespace

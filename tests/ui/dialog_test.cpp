@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "res/resource.h"
-#include "tests/ui/leak_counter.h"
 #include "ui/dialog_utilities.h"
 
 namespace {
@@ -154,15 +153,6 @@ TEST(DialogBase, ResizingFollowsTheAnchors) {
   EXPECT_EQ(limits.ptMinTrackSize.x, width);
   EXPECT_EQ(limits.ptMinTrackSize.y, height + 20);
   ::DestroyWindow(window);
-}
-
-TEST(DialogBase, OpensAndClosesWithoutLeaks) {
-  EXPECT_EQ(GrowthOver(200,
-                       [] {
-                         ProbeDialog dialog(IDD_RULE_EDITOR);
-                         ::DestroyWindow(dialog.CreateModeless(nullptr));
-                       }),
-            LeakCount{});
 }
 
 TEST(DialogUtilities, StringsComeFromTheResources) {
