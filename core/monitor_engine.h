@@ -35,8 +35,8 @@ class MonitorEngine {
 
   /// Starts the worker; failures are diagnostic lines only. The first cycle runs one interval later.
   void Start();
-  /// Ends the worker, waiting at most `timeoutMs`, and forgets all history. Safe when not running and when called twice. A worker that
-  /// has not ended keeps its own state alive and alerts nobody any more.
+  /// Ends the worker, waiting at most `timeoutMs`, and forgets all history. Safe when not running and when called twice. A worker
+  /// that has not ended keeps its own state alive and alerts nobody any more.
   void Stop(std::uint32_t timeoutMs = kStopTimeoutMs);
 
   /// One cycle on the calling thread. The worker's step; tests call it directly. Not while the worker runs.
