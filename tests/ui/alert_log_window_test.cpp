@@ -107,41 +107,4 @@ TEST_F(AlertLogWindowTest, TwoWindowsAreSnapshotsOfTheirOwn) {
   EXPECT_TRUE(::IsWindow(secondDialog));
 }
 
-TEST_F(AlertLogWindowTest, GrowsButNeverShrinksBelowItsOpeningSize) {
-  const auto thread = Open();
-  HWND dialog = thread->WaitForDialog(kTitle);
-  const auto rectOf = [dialog](int id) {
-    RECT rect{};
-    ::GetWindowRect(::GetDlgItem(dialog, id), &rect);
-    ::MapWindowPoints(HWND_DESKTOP, dialog, reinterpret_cast<POINT*>(&rect), 2);
-    return rect;
-  };
-  RECT opened{};
-  ::GetWindowRect(dialog, &opened);
-  const LONG width = opened.right - opened.left;
-  const LONG height = opened.bottom - opened.top;
-  const struct {
-    int id;
-    LONG left, top, right, bottom;  // in units of the growth
-  } kFollow[] = {{IDC_ALERT_LIST, 0, 0, 1, 1},
-                 {IDC_EXPORT_CSV, 0, 1, 0, 1},
-                 {IDC_CLEAR_ALERT_LOG, 0, 1, 0, 1},
-                 {IDCANCEL, 1, 1, 1, 1},
-                 {IDC_ALERT_LOG_GRIP, 1, 1, 1, 1}};
-  std::vector<RECT> before;
-  for (const auto& control : kFollow) before.push_back(rectOf(control.id));
-  ::SetWindowPos(dialog, nullptr, 0, 0, width + 90, height + 70, SWP_NOMOVE | SWP_NOZORDER);
-  for (std::size_t i = 0; i < std::size(kFollow); ++i) {
-    const RECT after = rectOf(kFollow[i].id);
-    EXPECT_EQ(after.left - before[i].left, 90 * kFollow[i].left) << kFollow[i].id;
-    EXPECT_EQ(after.top - before[i].top, 70 * kFollow[i].top) << kFollow[i].id;
-    EXPECT_EQ(after.right - before[i].right, 90 * kFollow[i].right) << kFollow[i].id;
-    EXPECT_EQ(after.bottom - before[i].bottom, 70 * kFollow[i].bottom) << kFollow[i].id;
-  }
-  MINMAXINFO limits{};
-  ::SendMessageW(dialog, WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
-  EXPECT_EQ(limits.ptMinTrackSize.x, width);
-  EXPECT_EQ(limits.ptMinTrackSize.y, height);
-}
-
 }  // namespace

@@ -24,19 +24,6 @@ class InPlaceEditTest : public MainWindowTest {
   }
 };
 
-TEST_F(InPlaceEditTest, EnabledCellFlips) {
-  rules.Append({Rule(3, L"a.exe"), Rule(5, L"b.exe")});
-  Open();
-  for (const bool enabled : {false, true}) {
-    NotifyDoubleClick(list, 1, 0);
-    EXPECT_EQ(Cell(list, 1, 0), enabled ? L"Yes" : L"No");
-    EXPECT_EQ(Rules()[1].enabled, enabled);
-    EXPECT_TRUE(Rules()[0].enabled);
-    ExpectSaved();
-  }
-  EXPECT_EQ(Box(), nullptr);
-}
-
 TEST_F(InPlaceEditTest, EnterStoresTheCellOfEveryColumn) {
   rules.Append({Rule(3, L"a.exe"), Rule(5, L"b.exe")});
   Open();
@@ -61,32 +48,6 @@ TEST_F(InPlaceEditTest, EnterStoresTheCellOfEveryColumn) {
   EXPECT_EQ(Rules()[0], Rule(3, L"a.exe"));
   ExpectSaved();
   EXPECT_TRUE(::IsWindowVisible(Window())) << "Enter must not reach OK";
-}
-
-TEST_F(InPlaceEditTest, BoxLiesOverItsCellWithTheTextSelected) {
-  ThresholdRule rule = Rule(3, L"a.exe");
-  rule.maxThreads = 500;
-  rules.Append({rule});
-  Open();
-  const struct {
-    int column;
-    const wchar_t* text;
-  } cases[] = {{1, L"a.exe"}, {2, L""}, {6, L"500"}};
-  for (const auto& c : cases) {
-    HWND box = OpenBox(0, c.column);
-    ASSERT_NE(box, nullptr);
-    RECT rect{};
-    ::GetWindowRect(box, &rect);
-    ::MapWindowPoints(nullptr, list, reinterpret_cast<POINT*>(&rect), 2);
-    const RECT cell = CellRectOf(list, 0, c.column);
-    EXPECT_TRUE(::EqualRect(&rect, &cell)) << c.column;
-    EXPECT_EQ(TextOf(box), c.text);
-    EXPECT_EQ(::SendMessageW(box, EM_GETSEL, 0, 0), MAKELONG(0, wcslen(c.text)));
-    EXPECT_EQ(FocusOf(box), box);
-    EXPECT_EQ(::SendMessageW(box, WM_GETFONT, 0, 0), ::SendMessageW(list, WM_GETFONT, 0, 0));
-    ::PostMessageW(box, WM_KEYDOWN, VK_ESCAPE, 0);
-    ASSERT_TRUE(WaitForNoBox());
-  }
 }
 
 TEST_F(InPlaceEditTest, SecondCellCommitsTheFirst) {
@@ -125,17 +86,6 @@ TEST_F(InPlaceEditTest, RuleThatIsGoneIsDropped) {
   NotifyDoubleClick(list, 0, 0);
   EXPECT_EQ(Rules(), RuleList{Rule(5, L"b.exe")});
   ExpectSaved();
-}
-
-TEST_F(InPlaceEditTest, ClosingTheWindowWithAnOpenBoxIsClean) {
-  rules.Append({Rule(3, L"a.exe")});
-  Open();
-  ASSERT_NE(OpenBox(0, 1), nullptr);
-  Close(IDM_CLOSE);
-  Open();
-  EXPECT_EQ(Box(), nullptr);
-  EXPECT_TRUE(Enter(0, 1, L"b.exe", VK_RETURN));
-  EXPECT_EQ(Rules()[0].processPattern, L"b.exe");
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <vector>
 
 #include "platform/handles.h"
@@ -137,68 +136,6 @@ TEST_F(MainWindowInputTest, KeysOfTheRuleList) {
 
   PressKey(VK_RETURN);  // nothing is selected any more: OK
   EXPECT_TRUE(WaitUntil([this] { return Window() == nullptr; }));
-}
-
-TEST_F(MainWindowInputTest, ShortcutsLeaveEditBoxesAlone) {
-  OpenInFront();
-  ::SendMessageW(Item(IDC_TABS), TCM_SETCURFOCUS, 1, 0);
-  HWND field = Item(IDC_LOG_PATH);
-  ::SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(field), TRUE);
-  PressKey(VK_INSERT);
-  PressKey('E', VK_CONTROL);
-  TypeKeys("x");
-  ASSERT_TRUE(WaitUntil([field] { return TextOf(field) == L"x"; }));
-  EXPECT_TRUE(::IsWindowEnabled(Window())) << "no dialog has opened";
-  ::SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(list), TRUE);
-  PressKey('E', VK_CONTROL);
-  EXPECT_TRUE(WaitUntil([this] { return !::IsWindowEnabled(Window()); })) << "the save dialog";
-}
-
-/// The letters that more than one of the texts claims.
-std::string SharedMnemonics(const std::vector<std::wstring>& texts) {
-  std::map<char, int> claims;
-  for (const std::wstring& text : texts) {
-    const std::size_t mark = text.find(L'&');
-    if (mark != std::wstring::npos && mark + 1 < text.size()) ++claims[static_cast<char>(::towupper(text[mark + 1]))];
-  }
-  std::string shared;
-  for (const auto& [letter, count] : claims) {
-    if (count > 1) shared += letter;
-  }
-  return shared;
-}
-
-std::vector<std::wstring> VisibleTexts(HWND dialog) {
-  std::vector<std::wstring> texts;
-  for (HWND child = ::GetWindow(dialog, GW_CHILD); child != nullptr; child = ::GetWindow(child, GW_HWNDNEXT)) {
-    wchar_t name[16] = {};
-    ::GetClassNameW(child, name, 16);
-    if (::IsWindowVisible(child) && std::wstring(name) != L"Edit") texts.push_back(TextOf(child));
-  }
-  return texts;
-}
-
-void AddMenuMnemonics(HMENU menu, const std::string& path, std::map<std::string, std::string>& shared) {
-  std::vector<std::wstring> texts;
-  for (int i = 0; i < ::GetMenuItemCount(menu); ++i) {
-    wchar_t text[256] = {};
-    ::GetMenuStringW(menu, static_cast<UINT>(i), text, 256, MF_BYPOSITION);
-    texts.emplace_back(text);
-    if (HMENU popup = ::GetSubMenu(menu, i)) AddMenuMnemonics(popup, path + static_cast<char>('0' + i), shared);
-  }
-  if (const std::string letters = SharedMnemonics(texts); !letters.empty()) shared[path] = letters;
-}
-
-// Letters that the product's texts give out twice are known and stay; a new text must not add to them.
-TEST_F(MainWindowInputTest, MnemonicsAreUniqueButForTheKnownOnes) {
-  Open();
-  EXPECT_EQ(SharedMnemonics(VisibleTexts(Window())), "");
-  ::SendMessageW(Item(IDC_TABS), TCM_SETCURFOCUS, 1, 0);
-  EXPECT_EQ(SharedMnemonics(VisibleTexts(Window())), "AS");  // Add and Apply, Presets and Play alert sound
-  std::map<std::string, std::string> menus;
-  AddMenuMnemonics(::GetMenu(Window()), "menu", menus);
-  EXPECT_EQ(menus, (std::map<std::string, std::string>{{"menu3", "ES"}}));
-  EXPECT_EQ(SharedMnemonics(VisibleTexts(OpenDialog(IDC_ADD_RULE, kEditorTitle))), "");
 }
 
 }  // namespace

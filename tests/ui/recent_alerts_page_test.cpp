@@ -4,7 +4,6 @@
 
 #include <commctrl.h>
 
-#include <atomic>
 #include <memory>
 
 #include "app/messages.h"
@@ -69,34 +68,6 @@ TEST_F(RecentAlertsPageTest, ANewWindowShowsTheNewestAlertsAndFollowsThem) {
   Add(100, 3);
   Tick();
   EXPECT_EQ(Pids(), NewestOf(102, 3));
-}
-
-std::atomic<int> paints{0};
-std::atomic<int> drawnChanges{0};
-WNDPROC listProcedure = nullptr;
-
-/// Counts the list's paints, and the changes of its rows that it may draw at once.
-LRESULT CALLBACK WatchList(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  static bool draws = true;
-  if (message == WM_PAINT) ++paints;
-  if (message == WM_SETREDRAW) draws = wParam != 0;
-  if (message == LVM_INSERTITEMW || message == LVM_SETITEMTEXTW || message == LVM_DELETEITEM) drawnChanges += draws;
-  return ::CallWindowProcW(listProcedure, window, message, wParam, lParam);
-}
-
-TEST_F(RecentAlertsPageTest, ABurstOfAThousandAlertsPaintsTheListOnce) {
-  Open();
-  Tick();
-  ::RedrawWindow(list_, nullptr, nullptr, RDW_UPDATENOW);
-  listProcedure = reinterpret_cast<WNDPROC>(::SetWindowLongPtrW(list_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&WatchList)));
-  paints = 0;
-  Add(1, 1000);
-  Tick();
-  EXPECT_EQ(paints + drawnChanges, 0) << "nothing is painted while the rows change";
-  EXPECT_TRUE(WaitUntil([] { return paints > 0; }));
-  ::SendMessageW(list_, WM_NULL, 0, 0);
-  EXPECT_EQ(paints, 1);
-  EXPECT_EQ(Pids(), NewestOf(1000, 20));
 }
 
 TEST_F(RecentAlertsPageTest, ClearLogOfTheContextMenuEmptiesEverything) {

@@ -80,16 +80,6 @@ TEST_F(RecentAlertsRowsTest, FollowsTheListThroughEveryKindOfChange) {
   }
 }
 
-TEST_F(RecentAlertsRowsTest, ANewlyOpenedViewShowsWhatThereIs) {
-  Add(30);
-  View first(alerts_);
-  ASSERT_TRUE(first.Tick());
-  ASSERT_FALSE(alerts_.AlertsChanged());
-  View second(alerts_);
-  EXPECT_TRUE(second.Tick());
-  second.ExpectNewestFirst();
-}
-
 TEST_F(RecentAlertsRowsTest, AnyMixOfChangesEndsInTheNewestRows) {
   std::mt19937 random(4711);
   View view(alerts_);

@@ -75,14 +75,4 @@ TEST_F(RuleEditorTest, EditsTheUpperOfTheSelectedRules) {
   ExpectSaved();
 }
 
-TEST_F(RuleEditorTest, NothingToEditOpensNothing) {
-  rules.Append({Rule(8, L"a.exe")});
-  Open();
-  ::SendMessageW(Window(), WM_COMMAND, IDC_EDIT_RULE, 0);  // would not return while an editor is open
-  SelectRows(list, {0});
-  rules.RemoveAll();
-  ::SendMessageW(Window(), WM_COMMAND, IDC_EDIT_RULE, 0);
-  EXPECT_TRUE(Rules().empty());
-}
-
 }  // namespace
