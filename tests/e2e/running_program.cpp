@@ -45,30 +45,6 @@ HWND FindProcessWindow(DWORD processId, const wchar_t* windowClass, const wchar_
   return search.found;
 }
 
-/// Memory in another process, for messages that carry pointers.
-class RemoteMemory {
- public:
-  RemoteMemory(HWND window, SIZE_T size) {
-    DWORD processId = 0;
-    ::GetWindowThreadProcessId(window, &processId);
-    process_.reset(::OpenProcess(PROCESS_VM_OPERATION | PROCESS_VM_READ | PROCESS_VM_WRITE, FALSE, processId));
-    address_ = static_cast<BYTE*>(::VirtualAllocEx(process_.get(), nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
-  }
-  ~RemoteMemory() { ::VirtualFreeEx(process_.get(), address_, 0, MEM_RELEASE); }
-  RemoteMemory(const RemoteMemory&) = delete;
-  RemoteMemory& operator=(const RemoteMemory&) = delete;
-
-  [[nodiscard]] BYTE* Address() const { return address_; }
-  bool Write(const void* data, SIZE_T size) const { return ::WriteProcessMemory(process_.get(), address_, data, size, nullptr); }
-  bool Read(SIZE_T offset, void* data, SIZE_T size) const {
-    return ::ReadProcessMemory(process_.get(), address_ + offset, data, size, nullptr);
-  }
-
- private:
-  UniqueHandle process_;
-  BYTE* address_ = nullptr;
-};
-
 }  // namespace
 
 std::wstring ProgramPath() {
@@ -175,19 +151,5 @@ void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, stati
 void PostClick(HWND dialog, int controlId) { ::PostMessageW(::GetDlgItem(dialog, controlId), BM_CLICK, 0, 0); }
 
 int ListRowCount(HWND list) { return static_cast<int>(Ask(list, LVM_GETITEMCOUNT, 0, 0)); }
-
-std::wstring ListCellText(HWND list, int row, int column) {
-  constexpr int kMaxChars = 512;
-  const RemoteMemory memory(list, sizeof(LVITEMW) + kMaxChars * sizeof(wchar_t));
-  LVITEMW item{};
-  item.iSubItem = column;
-  item.pszText = reinterpret_cast<wchar_t*>(memory.Address() + sizeof(LVITEMW));
-  item.cchTextMax = kMaxChars;
-  if (!memory.Write(&item, sizeof(item))) return {};
-  Ask(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(memory.Address()));
-  wchar_t text[kMaxChars]{};
-  memory.Read(sizeof(LVITEMW), text, (kMaxChars - 1) * sizeof(wchar_t));
-  return text;
-}
 
 }  // namespace e2e

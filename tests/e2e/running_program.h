@@ -30,7 +30,6 @@ class RunningProgram {
   RunningProgram(const RunningProgram&) = delete;
   RunningProgram& operator=(const RunningProgram&) = delete;
 
-  [[nodiscard]] bool IsStarted() const { return process_ != nullptr; }
   [[nodiscard]] DWORD Id() const { return id_; }
   [[nodiscard]] bool IsRunning() const;
   /// Its exit code once it has ended.
@@ -67,8 +66,7 @@ class RunningProgram {
 /// Without waiting for what the command does.
 void PostCommand(HWND dialog, int id);
 void PostClick(HWND dialog, int controlId);
-/// A list view of another process.
+/// Of a list view of another process.
 [[nodiscard]] int ListRowCount(HWND list);
-[[nodiscard]] std::wstring ListCellText(HWND list, int row, int column);
 
 }  // namespace e2e

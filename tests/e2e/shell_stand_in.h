@@ -6,7 +6,6 @@
 
 #include <windows.h>
 
-#include <functional>
 #include <mutex>
 #include <optional>
 #include <set>

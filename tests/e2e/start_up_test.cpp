@@ -8,7 +8,6 @@
 
 #include "app/messages.h"
 #include "tests/e2e/fixture.h"
-#include "tests/e2e/stand_in_window.h"
 
 namespace e2e {
 namespace {
@@ -47,37 +46,12 @@ TEST_P(WindowsVersion, ShowsItsIconAndItsMainWindowAndEndsInOrder) {
 
 INSTANTIATE_TEST_SUITE_P(OldestAndNewer, WindowsVersion, testing::Values(L"win7", L"win10"));
 
-TEST_F(StartUp, ATraySwitchAnywhereInTheLineKeepsTheMainWindowClosed) {
-  wchar_t temporary[MAX_PATH]{};
-  ::GetTempPathW(MAX_PATH, temporary);
-  const std::wstring folder = std::wstring(temporary) + L"e2e-tray";
-  const std::wstring copy = folder + L"\\vantora.exe";
-  ::CreateDirectoryW(folder.c_str(), nullptr);
-  ASSERT_TRUE(::CopyFileW(ProgramPath().c_str(), copy.c_str(), FALSE));
-  const struct {
-    std::wstring arguments;
-    std::wstring path;
-    bool opens;
-  } cases[] = {
-      {L"/tray", ProgramPath(), false},
-      {L"--minimise -tray", ProgramPath(), false},
-      {L"", copy, false},
-      {L"/TRAY", ProgramPath(), true},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.path + L" " + c.arguments));
-    const RunningProgram program(c.arguments, c.path);
-    // The engine starts before the window would be asked for; the window's thread says so when it starts.
-    ASSERT_TRUE(debug_.WaitFor(program.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
-    if (c.opens) {
-      EXPECT_NE(program.WaitForMainWindow(), nullptr);
-    } else {
-      EXPECT_TRUE(NeverWithin(700, [&] { return debug_.Count(program.Id(), "MainDialogThread") != 0; }));
-    }
-    EXPECT_TRUE(program.End());
-  }
-  ::DeleteFileW(copy.c_str());
-  ::RemoveDirectoryW(folder.c_str());
+TEST_F(StartUp, TheTraySwitchKeepsTheMainWindowClosed) {
+  const RunningProgram program(L"--minimise -tray");
+  // The engine starts before the window would be asked for; the window's thread says so when it starts.
+  ASSERT_TRUE(debug_.WaitFor(program.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
+  EXPECT_TRUE(NeverWithin(700, [&] { return debug_.Count(program.Id(), "MainDialogThread") != 0; }));
+  EXPECT_TRUE(program.End());
 }
 
 TEST_F(StartUp, ASecondStartOpensTheMainWindowOfTheFirstAndEnds) {
@@ -128,30 +102,6 @@ TEST_F(StartUp, RestartWaitsUntilTheRunningInstanceHasSavedAndThenTakesOver) {
   });
   EXPECT_LT(indexOf("RuleStore::Save - Saved 1 rules to"), static_cast<std::size_t>(second_load - all.begin()));
   EXPECT_TRUE(second.End());
-
-  // Without an instance it is an ordinary start.
-  const RunningProgram third(L"-restart /tray");
-  EXPECT_NE(third.WaitForTray(), nullptr);
-  EXPECT_TRUE(third.End());
-}
-
-TEST_F(StartUp, ARunningInstanceOfTheEarlierProductIsAskedToCloseAndWaitedFor) {
-  StandInWindow legacy(L"HALVERNW", L"Halvern", UWM_TERMINATE);
-  const RunningProgram program;
-  EXPECT_NE(program.WaitForTray(), nullptr);
-  EXPECT_EQ(legacy.Asked(), 1);
-  EXPECT_FALSE(legacy.IsOpen());
-  EXPECT_TRUE(program.End());
-}
-
-TEST_F(StartUp, AnEarlierProductThatDoesNotCloseHoldsTheStartUpForFiveSecondsOnly) {
-  StandInWindow legacy(L"HALVERNW", L"Halvern", UWM_TERMINATE, StandInWindow::Manner::kStays);
-  const ULONGLONG before = ::GetTickCount64();
-  const RunningProgram program;
-  EXPECT_NE(program.WaitForTray(), nullptr);
-  EXPECT_GE(::GetTickCount64() - before, 5'000u);
-  EXPECT_EQ(legacy.Asked(), 1);
-  EXPECT_TRUE(program.End());
 }
 
 }  // namespace
