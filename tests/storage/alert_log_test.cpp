@@ -71,24 +71,6 @@ TEST(AlertLog, WritesLinesAndTheExport) {
   EXPECT_FALSE(ExportAlertCsv(folder.Path(""), L"Time", alerts));
 }
 
-TEST(AlertLog, LoadKeepsTheLastThousandAndLeavesTheListWithoutAFile) {
-  const ThrowawayFolder folder;
-  const std::wstring path = folder.Path("alerts.log");
-  std::wstring text;
-  for (std::uint32_t pid = 1; pid <= 1500; ++pid) text += FormatAlertLogLine(Alert(pid, L"a", L"b"));
-  ThrowawayFolder::Write(path, EncodeTextFile(text));
-  RecentAlerts alerts;
-  LoadAlertLog(path, alerts);
-  ASSERT_EQ(alerts.Size(), 1000U);
-  EXPECT_EQ(alerts.Copy().front(), Alert(501, L"a", L"b"));
-  EXPECT_EQ(alerts.Copy().back().pid, 1500U);
-  for (const std::wstring& none : {std::wstring(), folder.Path("missing"), folder.Path("")}) LoadAlertLog(none, alerts);
-  EXPECT_EQ(alerts.Size(), 1000U);
-  ThrowawayFolder::Write(path, "");
-  LoadAlertLog(path, alerts);
-  EXPECT_EQ(alerts.Size(), 0U);
-}
-
 std::vector<AlertRecord> ReadWhole(const std::string& bytes, std::size_t maxAlerts) {
   const TextMark mark = FindTextMark(bytes);
   TextDecoder decoder(mark.encoding);
@@ -132,15 +114,6 @@ TEST(AlertLogReader, GivesWhatReadingTheWholeFileGives) {
     const std::size_t stepBytes = 1 + generator.Below(generator.OneIn(2) ? 50 : 3000);
     ASSERT_EQ(ReadNewestAlerts(path, maxAlerts, stepBytes), ReadWhole(bytes, maxAlerts)) << round;
   }
-}
-
-TEST(AlertLogReader, HasNoTroubleWithAFileThatIsOneLine) {
-  const ThrowawayFolder folder;
-  const std::wstring path = folder.Path("alerts.log");
-  std::string bytes;
-  while (bytes.size() < 3'000'000) bytes += "2024-03-05 14:07:09\t1\ta\tb\t";
-  ThrowawayFolder::Write(path, bytes);
-  EXPECT_EQ(ReadNewestAlerts(path, 1000), ReadWhole(bytes, 1000));
 }
 
 }  // namespace

@@ -21,30 +21,10 @@ class Generator {
 
   /// Text out of pieces that formats trip over, at most `maxChars` long.
   std::wstring Pattern(std::size_t maxChars) {
-    static const std::array<std::wstring, 24> kPieces = {L"*",
-                                                         L"?",
-                                                         L".exe",
-                                                         L"\"",
-                                                         L"\",\"",
-                                                         L",",
-                                                         L"\\",
-                                                         L"\\u0041",
-                                                         L"\n",
-                                                         L"\r",
-                                                         L"\t",
-                                                         L" ",
-                                                         L"\v",
-                                                         L"}{",
-                                                         L"\x1A",
-                                                         L"-1",
-                                                         std::wstring(1, L'\0'),
-                                                         L"\xD83D",
-                                                         L"\xDE00",
-                                                         L"\uFEFF",
-                                                         L"\u2028",
-                                                         L"ä",
-                                                         L"\U0001F600",
-                                                         L"\"rules\""};
+    using namespace std::string_literals;
+    static const std::array<std::wstring, 24> kPieces = {
+        L"*",  L"?",  L".exe", L"\"", L"\",\"", L",",      L"\\",     L"\\u0041", L"\n",     L"\r", L"\t",         L" ",
+        L"\v", L"}{", L"\x1A", L"-1", L"\0"s,   L"\xD83D", L"\xDE00", L"\uFEFF",  L"\u2028", L"ä",  L"\U0001F600", L"\"rules\""};
     std::wstring text;
     const std::size_t wanted = OneIn(8) ? maxChars : Below(12);
     while (text.size() < wanted) text += kPieces[Below(kPieces.size())];

@@ -32,29 +32,6 @@ class LegacyMigration : public testing::Test {
   std::filesystem::path newFolder_ = RoamingFolder() + L"\\Vantora";
 };
 
-TEST_F(LegacyMigration, TakesEverythingOver) {
-  oldKey_.WriteNumber(L"PollIntervalSec", 7);
-  oldKey_.Write(L"Odd", 99, std::string(4096, 'x'));
-  TestKey(L"Software\\Halvern\\Sub").WriteNumber(L"x", 1);
-  runKey_.WriteText(L"Halvern", REG_SZ, L"old");
-  std::filesystem::create_directories(oldFolder_);
-  ThrowawayFolder::Write((oldFolder_ / "rules.csv").wstring(), "x");
-  const ULONGLONG start = ::GetTickCount64();
-  MigrateLegacySettings();
-  EXPECT_LT(::GetTickCount64() - start, 15'000U);
-
-  EXPECT_EQ(newKey_.Read(L"PollIntervalSec"), TestKey::Number(7));
-  EXPECT_EQ(newKey_.Read(L"Odd"), "99:" + std::string(4096, 'x'));
-  EXPECT_FALSE(TestKey(L"Software\\Vantora\\Sub").Exists());
-  EXPECT_TRUE(oldKey_.Exists());
-  EXPECT_EQ(ThrowawayFolder::Read((newFolder_ / "rules.csv").wstring()), "x");
-  EXPECT_FALSE(std::filesystem::exists(oldFolder_));
-  wchar_t self[MAX_PATH] = {};
-  ::GetModuleFileNameW(nullptr, self, MAX_PATH);
-  EXPECT_EQ(runKey_.Read(L"Halvern"), "none");
-  EXPECT_EQ(runKey_.Read(L"Vantora"), TestKey::Text(L'"' + std::wstring(self) + L'"' + std::wstring(1, L'\0')));
-}
-
 TEST_F(LegacyMigration, NeverTouchesWhatThisProgramHas) {
   oldKey_.WriteNumber(L"PollIntervalSec", 7);
   newKey_.WriteNumber(L"AlertActions", 1);
@@ -67,27 +44,6 @@ TEST_F(LegacyMigration, NeverTouchesWhatThisProgramHas) {
   EXPECT_EQ(runKey_.Read(L"Halvern"), "none");
   EXPECT_EQ(runKey_.Read(L"Vantora"), TestKey::Text(std::wstring(L"new", 4)));
   EXPECT_TRUE(std::filesystem::exists(oldFolder_));
-}
-
-TEST_F(LegacyMigration, WithoutTheEarlierProductNothingAppears) {
-  ThrowawayFolder::Write(oldFolder_.wstring(), "a file of that name is no data folder");
-  MigrateLegacySettings();
-  EXPECT_FALSE(newKey_.Exists());
-  EXPECT_EQ(runKey_.Read(L"Vantora"), "none");
-  EXPECT_FALSE(std::filesystem::exists(newFolder_));
-}
-
-TEST_F(LegacyMigration, CopyingEndsAtAValueThatDoesNotFit) {
-  oldKey_.WriteNumber(L"A", 1);
-  oldKey_.Write(L"B", REG_BINARY, std::string(4097, 'x'));
-  MigrateLegacySettings();
-  EXPECT_EQ(newKey_.Read(L"B"), "none");
-  EXPECT_TRUE(newKey_.Exists());
-}
-
-TEST_F(LegacyMigration, TheRulesFolderIsMadeWhereThePathIsAsked) {
-  EXPECT_EQ(GetRulesFilePath(), (newFolder_ / "rules.csv").wstring());
-  EXPECT_TRUE(std::filesystem::is_directory(newFolder_));
 }
 
 }  // namespace

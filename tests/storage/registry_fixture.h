@@ -15,7 +15,6 @@ class TestKey {
   explicit TestKey(const wchar_t* path) : path_(path) {}
 
   void DeleteTree() const { ::RegDeleteTreeW(HKEY_CURRENT_USER, path_); }
-  [[nodiscard]] bool Exists() const { return Open(KEY_READ) != nullptr; }
 
   void Write(const wchar_t* name, DWORD type, std::string_view data) const {
     HKEY opened = nullptr;
@@ -43,7 +42,6 @@ class TestKey {
   }
 
   static std::string Bytes(const void* data, std::size_t sizeBytes) { return {static_cast<const char*>(data), sizeBytes}; }
-  static std::string Number(DWORD value) { return "4:" + Bytes(&value, sizeof value); }
   static std::string Text(std::wstring_view text, DWORD type = REG_SZ) {
     return std::to_string(type) + ":" + Bytes(text.data(), text.size() * sizeof(wchar_t));
   }

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "platform/diagnostics.h"
 #include "platform/text_file.h"
 #include "storage/rules_csv.h"
@@ -45,39 +43,6 @@ ThresholdRule Rule(std::uint32_t ruleId, const wchar_t* pattern) {
   ThresholdRule rule = MakeNewRule(ruleId);
   rule.processPattern = pattern;
   return rule;
-}
-
-TEST_F(RuleStoreTest, LoadReportsAndSetsTheNextId) {
-  EXPECT_FALSE(store_.Load(path_));
-  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::Load - Could not open " + path_});
-  ThrowawayFolder::Write(path_, "\xEF\xBB\xBF");
-  EXPECT_FALSE(store_.Load(path_));
-  EXPECT_EQ(TakeLines(), Lines{});
-  EXPECT_TRUE(LoadText(L""));
-  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::Load - Loaded 0 rules from " + path_});
-
-  const struct {
-    const wchar_t* rows;
-    IdList ids;
-    std::uint32_t next;
-  } cases[] = {
-      {L"3,a,1\n9,b,1\n5,c,1\n", {3, 9, 5}, 10},
-      {L"2,a,1\n2,b,1\n", {2, 2}, 3},
-      {L"", {}, 1},
-      {L"0,a,1\n", {0}, 1},
-      {L"4294967294,a,1\n", {4294967294U}, 4294967295U},
-      {L"1,a,1\n4294967295,b,1\n2,c,1\n", {1, 4294967295U, 2}, 3},
-      {L"99999999999,a,1\n", {4294967295U}, 1},
-  };
-  for (const auto& each : cases) {
-    EXPECT_TRUE(LoadText(each.rows));
-    EXPECT_EQ(Ids(), each.ids) << each.rows;
-    EXPECT_EQ(store_.NextRuleId(), each.next) << each.rows;
-  }
-  // A failed load leaves nothing of the list before.
-  EXPECT_FALSE(store_.Load(folder_.Path("missing")));
-  EXPECT_EQ(Ids(), IdList{});
-  EXPECT_EQ(store_.NextRuleId(), 1U);
 }
 
 TEST_F(RuleStoreTest, IdsAreNeverHandedOutTwiceNorZeroNorInUse) {
@@ -125,20 +90,6 @@ TEST_F(RuleStoreTest, AnImportAppendsSavesOnceAndKeepsAllOrNothing) {
                    L"RuleStore::ImportJson - Could not open " + folder_.Path("missing")}));
   EXPECT_EQ(store_.Snapshot(), before);
   EXPECT_EQ(store_.NextRuleId(), 5U);
-}
-
-TEST_F(RuleStoreTest, WhatCannotBeWrittenStaysInMemoryUntilTheNextSave) {
-  const std::wstring file = path_;
-  path_ = folder_.Path("");
-  store_.Append({Rule(1, L"a")});
-  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::Save - Could not open " + path_ + L" for writing"});
-  EXPECT_FALSE(store_.ExportJson(path_));
-  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::ExportJson - Could not open " + path_ + L" for writing"});
-  EXPECT_FALSE(store_.Save(path_));
-  EXPECT_EQ(Ids(), IdList{1});
-  EXPECT_TRUE(store_.Save(file));
-  EXPECT_TRUE(store_.Load(file));
-  EXPECT_EQ(Ids(), IdList{1});
 }
 
 TEST_F(RuleStoreTest, AClosedStoreKeepsListAndFileWhateverIsAsked) {
