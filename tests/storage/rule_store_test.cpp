@@ -4,7 +4,6 @@
 
 #include "platform/diagnostics.h"
 #include "platform/text_file.h"
-#include "storage/rules_csv.h"
 #include "tests/storage/throwaway_folder.h"
 
 namespace {
@@ -53,21 +52,6 @@ TEST_F(RuleStoreTest, IdsAreNeverHandedOutTwiceNorZeroNorInUse) {
   EXPECT_EQ(store_.TakeRuleId(), 4U);
   store_.Append({Rule(5, L"x"), Rule(6, L"y")});
   EXPECT_EQ(store_.NextRuleId(), 7U);
-}
-
-TEST_F(RuleStoreTest, EveryChangeIsSavedBeforeTheListShowsIt) {
-  const RuleSnapshot before = store_.Snapshot();
-  store_.Append({Rule(1, L"a"), Rule(2, L"b"), Rule(2, L"c"), Rule(3, L"d")});
-  EXPECT_EQ(TakeLines(), Lines{L"RuleStore::Save - Saved 4 rules to " + path_});
-  EXPECT_TRUE(before->empty());
-  EXPECT_TRUE(store_.Edit(2, [](ThresholdRule& rule) { rule.maxThreads = 5; }));
-  EXPECT_FALSE(store_.Edit(7, [](ThresholdRule&) { FAIL(); }));
-  store_.Remove({3, 9, 2, 1});
-  EXPECT_EQ(Ids(), IdList{2});
-  EXPECT_EQ(FindRule(*store_.Snapshot(), 2)->processPattern, L"c");
-  EXPECT_EQ(FindRule(*store_.Snapshot(), 1), nullptr);
-  EXPECT_EQ(ThrowawayFolder::Read(path_), "\xEF\xBB\xBF" + EncodeTextFile(FormatRulesCsv(*store_.Snapshot())));
-  EXPECT_EQ(TakeLines().size(), 2U);
 }
 
 TEST_F(RuleStoreTest, AnImportAppendsSavesOnceAndKeepsAllOrNothing) {
