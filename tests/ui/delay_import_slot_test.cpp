@@ -73,23 +73,13 @@ TEST(DelayImportSlot, DamagedImagesHaveNone) {
     std::uint32_t value;
   };
   const Damage kDamages[] = {
-      {"no DOS mark", 0, 0},
       {"header beyond the end", 0x3C, 0xFFFFFFF0},
-      {"no signature", TestImage::kHeader, 0},
-      {"32-bit", TestImage::kOptional, 0x10B},
-      {"too few directories", TestImage::kOptional + 108, 13},
-      {"no directory", TestImage::kDirectory, 0},
       {"directory beyond the end", TestImage::kDirectory, 0xFFFFFFE0},
-      {"directory without room", TestImage::kDirectory + 4, 63},
-      {"first descriptor ends the list", TestImage::kDescriptors + 4, 0},
-      {"absolute addresses", TestImage::kDescriptors + 32, 0},
       {"name beyond the end", TestImage::kDescriptors + 32 + 4, 0xFFFFFFFF},
       {"name cut by the end", TestImage::kDescriptors + 32 + 4, 0x35A},
       {"addresses beyond the end", TestImage::kDescriptors + 32 + 12, 0xFFFFFFF0},
       {"slot cut by the end", TestImage::kDescriptors + 32 + 12, 0x349},
-      {"no addresses", TestImage::kDescriptors + 32 + 12, 0},
       {"names beyond the end", TestImage::kDescriptors + 32 + 16, 0xFFFFFFF0},
-      {"no names", TestImage::kDescriptors + 32 + 16, 0},
   };
   for (const Damage& damage : kDamages) {
     TestImage image;

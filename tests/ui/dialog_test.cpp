@@ -3,23 +3,14 @@
 #include <gtest/gtest.h>
 
 #include "res/resource.h"
-#include "ui/dialog_utilities.h"
 
 namespace {
 
-/// The alert log's resource under the base alone, with everything the base offers made public.
+/// The alert log's resource under the base alone, with what the tests ask of the base made public.
 class ProbeDialog : public Dialog {
  public:
   explicit ProbeDialog(WORD templateId = IDD_ALERT_LOG) : Dialog(::GetModuleHandleW(nullptr), templateId) {}
-  using Dialog::EnableItem;
-  using Dialog::IsChecked;
   using Dialog::Item;
-  using Dialog::ItemNumber;
-  using Dialog::ItemText;
-  using Dialog::SetChecked;
-  using Dialog::SetItemNumber;
-  using Dialog::SetItemText;
-  using Dialog::ShowItem;
   using Dialog::StartLayout;
 
   bool hadIconsAtInit = false;
@@ -65,44 +56,6 @@ TEST(DialogBase, OutlivedWindowNoLongerReachesTheObject) {
   }
   EXPECT_EQ(::SendMessageW(window, WM_APP, 21, 0), 0);
   ::DestroyWindow(window);
-}
-
-TEST(DialogBase, ReadsNumbersLikeTheSystemButSaturates) {
-  struct Case {
-    const wchar_t* text;
-    std::uint32_t expected;
-  };
-  constexpr Case kCases[] = {
-      {L"", 0},
-      {L"   ", 0},
-      {L"abc", 0},
-      {L"0", 0},
-      {L"7", 7},
-      {L"  42", 42},
-      {L"0012", 12},
-      {L"-5", 0},
-      {L"4294967295", 0xFFFFFFFF},
-      {L"x99", 0},
-      {L"4294967296", 0xFFFFFFFF},
-      {L"  99999999999999999999999999", 0xFFFFFFFF},
-  };
-  ProbeDialog dialog(IDD_RULE_EDITOR);
-  ASSERT_NE(dialog.CreateModeless(nullptr), nullptr);
-  for (const Case& test : kCases) {
-    dialog.SetItemText(IDC_MAX_HANDLES, test.text);
-    EXPECT_EQ(dialog.ItemNumber(IDC_MAX_HANDLES), test.expected) << test.text;
-  }
-  dialog.SetItemNumber(IDC_MAX_HANDLES, 4000000000u);
-  EXPECT_EQ(dialog.ItemText(IDC_MAX_HANDLES, 260), L"4000000000");
-  EXPECT_EQ(dialog.ItemText(IDC_MAX_HANDLES, 3), L"400");
-  // A control that is not there: nothing happens.
-  dialog.SetItemText(4711, L"x");
-  dialog.EnableItem(4711, false);
-  dialog.ShowItem(4711, false);
-  EXPECT_EQ(dialog.ItemNumber(4711), 0u);
-  EXPECT_EQ(dialog.ItemText(4711, 10), L"");
-  EXPECT_FALSE(dialog.IsChecked(4711));
-  ::DestroyWindow(dialog.Window());
 }
 
 RECT ClientRectOf(const ProbeDialog& dialog, int id) {
@@ -153,15 +106,6 @@ TEST(DialogBase, ResizingFollowsTheAnchors) {
   EXPECT_EQ(limits.ptMinTrackSize.x, width);
   EXPECT_EQ(limits.ptMinTrackSize.y, height + 20);
   ::DestroyWindow(window);
-}
-
-TEST(DialogUtilities, StringsComeFromTheResources) {
-  EXPECT_EQ(LoadResString(IDS_ASK_REMOVE_ONE), L"Remove the selected rule?");
-  EXPECT_EQ(LoadResString(60000), L"");
-  EXPECT_EQ(FormatResString(IDS_ASK_REMOVE_MANY, 12), L"Remove 12 selected rules?");
-  const std::wstring filter = LoadFilterString(IDS_CSV_FILTER);
-  const std::wstring expected(L"CSV Files (*.csv)\0*.csv\0All Files (*.*)\0*.*\0\0\0\0", 47);
-  EXPECT_EQ(filter, expected);
 }
 
 }  // namespace

@@ -53,14 +53,6 @@ TEST(MessageBoxModel, EveryStyleHasItsButtonsAndEscape) {
   }
 }
 
-TEST(MessageBoxModel, IconFollowsTheStyle) {
-  const MessageBoxIcon kKnown[] = {MessageBoxIcon::kNone, MessageBoxIcon::kHand, MessageBoxIcon::kQuestion,
-                                   MessageBoxIcon::kExclamation, MessageBoxIcon::kAsterisk};
-  for (std::uint32_t icon = 0; icon < 16; ++icon) {
-    EXPECT_EQ(IconOfStyle(0x10304 | icon << 4), icon < 5 ? kKnown[icon] : MessageBoxIcon::kExclamation) << icon;
-  }
-}
-
 TEST(MessageBoxModel, LaysOutByTheFixedDistances) {
   GridMeasurer measurer;
   struct Case {
@@ -90,16 +82,6 @@ TEST(MessageBoxModel, LaysOutByTheFixedDistances) {
     EXPECT_EQ(layout.client.width, test.client.width);
     EXPECT_EQ(layout.client.height, test.client.height);
   }
-}
-
-TEST(MessageBoxModel, WideLabelsWidenTheirButtonOnly) {
-  GridMeasurer measurer;
-  MessageBoxContent content = ContentFor(3, L"?");
-  content.labels[1] = std::wstring(20, L'n');
-  const MessageBoxLayout layout = LayOutMessageBox(content, 3, MetricsAt(96), measurer);
-  EXPECT_EQ(layout.client.width, 88 + 6 + 160 + 6 + 88 + 32);
-  EXPECT_EQ(layout.buttons[0].right - layout.buttons[0].left, 88);
-  EXPECT_EQ(layout.buttons[1].right - layout.buttons[1].left, 160);
 }
 
 bool Inside(const DialogUnitRect& inner, const DialogUnitRect& outer) {
@@ -143,16 +125,6 @@ TEST(MessageBoxModel, EveryCombinationYieldsASoundTemplate) {
       ASSERT_GE(textWidth, measurer.MeasureMessage(content.message, 640 - 64 * dpi / 96).width);
     }
   }
-}
-
-TEST(MessageBoxModel, CopiesCaptionMessageAndLabels) {
-  const std::wstring line = L"---------------------------\r\n";
-  EXPECT_EQ(MessageBoxCopyText({L"Confirm Remove", L"Remove the selected rule?", {L"&Yes", L"&No"}}),
-            line + L"Confirm Remove\r\n" + line + L"Remove the selected rule?\r\n" + line + L"Yes   No   \r\n" + line);
-  const std::wstring longest =
-      MessageBoxCopyText({std::wstring(1001, L'c'), std::wstring(4001, L'm'), {std::wstring(200, L'l')}});
-  EXPECT_EQ(longest, line + std::wstring(1000, L'c') + L"\r\n" + line + std::wstring(4000, L'm') + L"\r\n" + line +
-                         std::wstring(199, L'l') + L"   \r\n" + line);
 }
 
 }  // namespace
