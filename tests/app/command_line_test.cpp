@@ -11,11 +11,15 @@ struct CommandLineCase {
 
 TEST(ParseCommandLine, FindsEachSwitchAnywhereInTheLineByTheOrderOfPrecedence) {
   const CommandLineCase cases[] = {
+      {L"", {}},
       {L"\"C:\\Programs\\vantora.exe\"", {}},
       {L"vantora.exe /TRAY -Restart --INSTALL-ADMIN-TASK", {}},
       {L"vantora.exe --terminat tray restart", {}},
       {L"vantora.exe /tray", {StartJob::kRun, true, false}},
+      {L"vantora.exe -tray", {StartJob::kRun, true, false}},
+      {L"vantora.exe --tray-icon", {StartJob::kRun, true, false}},
       {L"\"C:\\my-tray-tools\\vantora.exe\"", {StartJob::kRun, true, false}},
+      {L"vantora.exe -restart", {StartJob::kRun, false, true}},
       {L"vantora.exe -restart-tray", {StartJob::kRun, true, true}},
       {L"vantora.exe -terminate", {StartJob::kTerminateRunning}},
       {L"vantora.exe --remove-admin-task -tray --install-admin-task -terminate -restart", {StartJob::kTerminateRunning}},

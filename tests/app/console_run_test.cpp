@@ -4,9 +4,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
+#include <condition_variable>
 #include <cstdlib>
 #include <fstream>
+#include <mutex>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -18,6 +19,35 @@ namespace {
 constexpr char kHeader[] =
     "RuleId,ProcessPattern,Enabled,MaxHandles,MaxWorkingSetMB,MaxPrivateBytesMB,MaxCPU,MaxThreads,MaxGDI,MaxUSER,AlertActions,"
     "CooldownSec\n";
+
+/// Threads that only exist, so that this process is over a ceiling.
+class IdleThreads {
+ public:
+  explicit IdleThreads(int count) {
+    for (int i = 0; i < count; ++i) {
+      threads_.emplace_back([this] {
+        std::unique_lock lock(mutex_);
+        ended_.wait(lock, [this] { return end_; });
+      });
+    }
+  }
+  ~IdleThreads() {
+    {
+      std::lock_guard lock(mutex_);
+      end_ = true;
+    }
+    ended_.notify_all();
+    for (std::thread& thread : threads_) thread.join();
+  }
+  IdleThreads(const IdleThreads&) = delete;
+  IdleThreads& operator=(const IdleThreads&) = delete;
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable ended_;
+  bool end_ = false;
+  std::vector<std::thread> threads_;
+};
 
 class ConsoleRun : public testing::Test {
  protected:
@@ -48,12 +78,7 @@ class ConsoleRun : public testing::Test {
 };
 
 TEST_F(ConsoleRun, PrintsOneLogLineForEachCycleInWhichARealProcessIsOverACeiling) {
-  std::vector<std::jthread> threads;
-  for (int i = 0; i < 20; ++i) {
-    threads.emplace_back([](const std::stop_token& stop) {
-      while (!stop.stop_requested()) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    });
-  }
+  const IdleThreads threads(20);
   WriteRules("7,app_test,1,0,0.0,0.0,0.0,5,0,0,0,0\n8,app_test,1,0,0.0,0.0,0.0,5000,0,0,0,0\n");
   EXPECT_EQ(Run("--interval 1 --cycles 2"), 0);
   const auto lines = OutputLines();

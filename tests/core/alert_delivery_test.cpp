@@ -107,4 +107,36 @@ TEST_F(AlertDeliveryTest, WaitingAlertsCostOneBalloonTextHoweverMany) {
   EXPECT_EQ(recent.Size(), 1000u);
 }
 
+TEST_F(AlertDeliveryTest, BalloonIsCutWhileTheListKeepsTheWhole) {
+  AlertRecord record = Record(1, std::wstring(300, L'v'));
+  record.processName = std::wstring(80, L'n');
+  const Balloons shown = DeliverAt(100'000, record);
+  ASSERT_EQ(shown.size(), 1u);
+  EXPECT_EQ(shown[0].title, L"Vantora Alert: " + std::wstring(48, L'n'));
+  EXPECT_EQ(shown[0].text, std::wstring(255, L'v'));
+  EXPECT_EQ(recent.Copy(), std::vector<AlertRecord>{record});
+}
+
+// The counts are UTF-16 units, of which the last character takes two, on machines with wider characters too.
+TEST(CutToUtf16Units, NeverSplitsACharacter) {
+  const std::wstring pair = L"\U0001F600";
+  const struct {
+    std::wstring text;
+    std::size_t units;
+    std::wstring cut;
+  } kCases[] = {
+      {L"", 3, L""},
+      {L"abc", 3, L"abc"},
+      {L"abcd", 3, L"abc"},
+      {L"ab" + pair, 4, L"ab" + pair},
+      {L"ab" + pair, 3, L"ab"},
+      {L"ab" + pair + L"c", 4, L"ab" + pair},
+      {pair + pair, 3, pair},
+      {pair, 1, L""},
+      {L"abc" + pair, 3, L"abc"},
+      {std::wstring(1, wchar_t{0xD83D}) + L"abc", 2, std::wstring(1, wchar_t{0xD83D}) + L"a"},
+  };
+  for (const auto& test : kCases) EXPECT_EQ(CutToUtf16Units(test.text, test.units), test.cut) << test.units;
+}
+
 }  // namespace

@@ -61,4 +61,20 @@ TEST(GUIAlertSink, AnAlertThatCannotBePostedIsReleasedAtOnce) {
   EXPECT_EQ(sink.OutstandingCount(), 0u);
 }
 
+TEST(GUIAlertSink, ForeignAddressesAreNotHandedOut) {
+  const UniqueWindow target = MakeTarget();
+  GUIAlertSink sink;
+  GUIAlertSink other;
+  sink.SetTarget(target.get());
+  other.SetTarget(target.get());
+  sink.OnAlert(Record(1));
+  other.OnAlert(Record(2));
+  const auto addresses = TakeArrived(target.get());
+  ASSERT_EQ(addresses.size(), 2u);
+  for (const LPARAM foreign : {LPARAM{0}, LPARAM{1}, LPARAM{-1}, addresses[0] + 8, addresses[1]}) {
+    EXPECT_EQ(sink.TakeAlert(foreign), nullptr) << foreign;
+  }
+  EXPECT_NE(sink.TakeAlert(addresses[0]), nullptr);
+}
+
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the monitor's tests put in place of the machine: time, rules and the receiver of alerts.
+// What the monitor's tests put in place of the machine: time, rules, the receiver of alerts and the diagnostic channel.
 
 #include <atomic>
 #include <functional>
@@ -18,7 +18,10 @@
 /// Time that moves only when told to.
 class FakeClock final : public Clock {
  public:
-  std::uint64_t TickMs() override { return tickMs; }
+  std::uint64_t TickMs() override {
+    ++tickReads;
+    return tickMs;
+  }
   std::uint32_t Tick32Ms() override { return static_cast<std::uint32_t>(tickMs); }
   LocalTime Now() override { return {2024, 3, 5, 1, 14, 30, 15, 250}; }
   /// Answers what `onWait` says. Without one: the time passes at once, until the event is signalled.
@@ -29,6 +32,7 @@ class FakeClock final : public Clock {
   }
 
   std::atomic<std::uint64_t> tickMs{1'000'000};
+  std::atomic<std::uint64_t> tickReads{0};
   std::function<WaitResult(Event&, std::uint32_t)> onWait;
 };
 
@@ -74,4 +78,34 @@ class RecordingSink final : public IAlertSink {
  private:
   std::mutex mutex_;
   std::vector<AlertRecord> records_;
+};
+
+/// Collects the diagnostic lines while it lives; one at a time.
+class DiagnosticLines {
+ public:
+  DiagnosticLines() {
+    (void)Take();
+    SetDiagnosticHook([](std::wstring_view line) {
+      std::lock_guard lock(Store().mutex);
+      Store().lines.emplace_back(line);
+    });
+  }
+  ~DiagnosticLines() { SetDiagnosticHook(nullptr); }
+  DiagnosticLines(const DiagnosticLines&) = delete;
+  DiagnosticLines& operator=(const DiagnosticLines&) = delete;
+
+  static std::vector<std::wstring> Take() {
+    std::lock_guard lock(Store().mutex);
+    return std::exchange(Store().lines, {});
+  }
+
+ private:
+  struct Lines {
+    std::mutex mutex;
+    std::vector<std::wstring> lines;
+  };
+  static Lines& Store() {
+    static Lines store;
+    return store;
+  }
 };

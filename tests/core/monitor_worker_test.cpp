@@ -1,12 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <new>
 
 #include "core/monitor_engine.h"
 #include "core/simulated_process_table.h"
 #include "tests/core/monitor_doubles.h"
 
 namespace {
+
+using Texts = std::vector<std::wstring>;
 
 constexpr std::uint32_t kLongMs = 30'000;
 
@@ -26,7 +29,7 @@ RuleList OneThreadRule() {
   return {rule};
 }
 
-/// A machine with two processes that break the rule, and whose list can be held up.
+/// A machine with two processes that break the rule, and whose list can be held up or run out of memory.
 class TroubledSampler final : public ProcessSampler {
  public:
   TroubledSampler() {
@@ -46,6 +49,10 @@ class TroubledSampler final : public ProcessSampler {
       listing->Signal();
       (void)goOn->Wait(kLongMs);
     }
+    if (outOfMemoryOnce && table_.ListCount() == 0) {
+      (void)table_.ListProcesses(entries, error);
+      throw std::bad_alloc();
+    }
     return table_.ListProcesses(entries, error);
   }
   std::unique_ptr<Process> OpenProcess(std::uint32_t pid) override { return table_.OpenProcess(pid); }
@@ -54,6 +61,7 @@ class TroubledSampler final : public ProcessSampler {
   std::shared_ptr<Event> destroyed;
   std::shared_ptr<Event> listing;
   std::shared_ptr<Event> goOn;
+  bool outOfMemoryOnce = false;
 
  private:
   SimulatedProcessTable table_;
@@ -61,10 +69,6 @@ class TroubledSampler final : public ProcessSampler {
 
 class MonitorWorker : public testing::Test {
  protected:
-  MonitorWorker() {
-    SetDiagnosticHook([](std::wstring_view) {});
-  }
-
   /// Before each wait of the worker the next step runs on its thread; after the last one the worker waits for Stop.
   void ScriptWaits(std::deque<std::function<void()>> steps) {
     clock.onWait = [this, steps = std::move(steps)](Event& event, std::uint32_t timeoutMs) mutable {
@@ -84,6 +88,7 @@ class MonitorWorker : public testing::Test {
   TestEvent scriptDone;
   std::vector<std::uint32_t> timeouts;
   std::shared_ptr<TroubledSampler> sampler = std::make_shared<TroubledSampler>();
+  const DiagnosticLines lines;
 };
 
 TEST_F(MonitorWorker, WaitsBeforeTheFirstCycleAndObeysIntervalAndPause) {
@@ -105,6 +110,41 @@ TEST_F(MonitorWorker, WaitsBeforeTheFirstCycleAndObeysIntervalAndPause) {
   EXPECT_EQ(lists, (std::vector<std::size_t>{0, 1, 2, 2, 2, 3}));
   EXPECT_EQ(sampler->ListCount(), 4u);
   EXPECT_EQ(sink.Take().size(), 8u);
+
+  // The two threads' lines interleave as they like; each thread's own order is fixed.
+  Texts ofWorker;
+  Texts ofCaller;
+  for (const std::wstring& line : DiagnosticLines::Take()) {
+    if (line.starts_with(L"ALERT")) continue;
+    (line.starts_with(L"MonitorEngine::MonitorLoop") ? ofWorker : ofCaller).push_back(line);
+  }
+  EXPECT_EQ(ofWorker, (Texts{L"MonitorEngine::MonitorLoop - Entering loop", L"MonitorEngine::MonitorLoop - Exiting loop"}));
+  ASSERT_EQ(ofCaller.size(), 4u);
+  EXPECT_TRUE(ofCaller[0].starts_with(L"MonitorEngine::Start - Monitor thread started (TID "));
+  EXPECT_EQ(ofCaller[1], L"MonitorEngine::Start - Already running");
+  EXPECT_EQ(ofCaller[3], L"MonitorEngine::Stop - Stopped");
+}
+
+TEST_F(MonitorWorker, LeavesTheLoopWhenTheWaitFails) {
+  MonitorEngine engine(sampler, clock, 1);
+  engine.SetRules(&rules);
+  clock.onWait = [](Event&, std::uint32_t) { return WaitResult::kFailed; };
+  engine.Start();
+  engine.Stop();
+  EXPECT_EQ(sampler->ListCount(), 0u);
+}
+
+TEST_F(MonitorWorker, SurvivesACycleWithoutMemory) {
+  RecordingSink sink;
+  MonitorEngine engine(sampler, clock, 1);
+  engine.SetRules(&rules);
+  engine.SetSink(&sink);
+  sampler->outOfMemoryOnce = true;
+  ScriptWaits({[] {}, [] {}});
+  engine.Start();
+  ASSERT_EQ(scriptDone.Wait(kLongMs), WaitResult::kSignaled);
+  engine.Stop();
+  EXPECT_EQ(sink.Take().size(), 2u);
 }
 
 // The engine, its rules and its sink are gone before the system call that holds the worker up comes back.
@@ -128,6 +168,9 @@ TEST_F(MonitorWorker, StuckInASystemCallAtStopItAlertsNobodyLater) {
 
   goOn->Signal();
   ASSERT_EQ(destroyed->Wait(kLongMs), WaitResult::kSignaled) << "the worker has not let go of its state";
+  const Texts seen = DiagnosticLines::Take();
+  ASSERT_FALSE(seen.empty());
+  EXPECT_EQ(seen.back(), L"MonitorEngine::MonitorLoop - Exiting loop");
 }
 
 TEST_F(MonitorWorker, StuckInTheSinkAtStopItRaisesNoFurtherAlert) {

@@ -14,6 +14,19 @@ void AppendNumbered(RecentAlerts& alerts, std::uint32_t first, std::uint32_t cou
   for (AlertRecord& record : Numbered(first, count)) alerts.Append(std::move(record));
 }
 
+TEST(RecentAlerts, KeepsTheNewestThousand) {
+  RecentAlerts alerts;
+  AppendNumbered(alerts, 1, 1001);
+  EXPECT_EQ(alerts.Copy(), Numbered(2, 1000));
+  alerts.Replace(Numbered(5000, 1003));
+  EXPECT_EQ(alerts.Copy(), Numbered(5003, 1000));
+  std::vector<AlertRecord> visited;
+  alerts.ForEachLocked([&](const AlertRecord& record) { visited.push_back(record); });
+  EXPECT_EQ(visited, Numbered(5003, 1000));
+  alerts.Clear();
+  EXPECT_EQ(alerts.Size(), 0u);
+}
+
 // A view that applies what it is told, whatever happened between two polls, shows the list.
 TEST(RecentAlerts, ViewsFollowEveryHistory) {
   const struct {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace {
 
 constexpr std::uint64_t kMb = kBytesPerMb;
@@ -49,6 +51,15 @@ TEST(ViolationText, NamesEveryCeilingThatIsExceededAndNoOther) {
        L"Threads: 501 > 500; GDI Objects: 9001 > 9000; USER Objects: 8001 > 8000"},
   };
   for (const auto& test : kCases) EXPECT_EQ(ViolationText(AllCeilings(), test.metrics), test.text);
+}
+
+TEST(ViolationText, CeilingsWithoutLimitNeverFire) {
+  const ProcessMetrics everything = Measured(~0u, ~std::uint64_t{0}, ~std::uint64_t{0}, 100.0, ~0u, ~0u, ~0u);
+  for (const double cpu : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
+    ThresholdRule rule;
+    rule.maxCpuPercent = cpu;
+    EXPECT_EQ(ViolationText(rule, everything), L"") << cpu;
+  }
 }
 
 }  // namespace

@@ -11,19 +11,31 @@ TEST(WildcardMatch, Table) {
     bool matches;
   } kCases[] = {
       {L"CHROME.EXE", L"chrome.exe", true},
+      {L"chrome.exe", L"CHROME.EXE", true},
       {L"chrome", L"chrome.exe", false},
+      {L"chrome*", L"chrome.exe", true},
       {L"chrome*", L"chrome", true},
       {L"*", L"", true},
+      {L"*", L"anything", true},
+      {L"**", L"x", true},
       {L"", L"", true},
       {L"", L"a", false},
+      {L"?", L"", false},
+      {L"a?c", L"abc", true},
       {L"a?c", L"ac", false},
       {L"a?c", L"a*c", true},
+      {L"*.exe", L".exe", true},
       {L"*.exe", L"a.exe.bak", false},
+      {L"*a*b", L"xaxxb", true},
       {L"*a*b", L"ba", false},
+      {L"*ab", L"aab", true},
       {L"*aab", L"aaab", true},
       {L"a*b*c", L"abbcbc", true},
       {L"\u00c4", L"\u00e4", false},
       {L"[z]", L"{Z}", false},
+      {L"@", L"`", false},
+      {L"a*", L"b", false},
+      {L"abc", L"ab", false},
       {L"ab**", L"AB", true},
   };
   for (const auto& test : kCases) {
@@ -37,6 +49,12 @@ TEST(WildcardMatch, HostilePatternStaysCheap) {
   std::wstring pattern;
   for (int star = 0; star < 60; ++star) pattern += L"*a";
   EXPECT_FALSE(WildcardMatch(std::wstring(259, L'a').c_str(), (pattern + L"*b").c_str()));
+}
+
+TEST(IsExcluded, AnyPatternWillDoAndNoneIsTrimmed) {
+  EXPECT_FALSE(IsExcluded(L"a.exe", {}));
+  EXPECT_FALSE(IsExcluded(L"a.exe", {L"b.exe", L" a.exe", L"a.exe ", L""}));
+  EXPECT_TRUE(IsExcluded(L"a.exe", {L"b.exe", L"A.*"}));
 }
 
 }  // namespace

@@ -53,7 +53,10 @@ class End : public EndToEndTest {
 TEST_F(End, TrayExitWithWindowsOpenEndsPromptlyAndSavesOnce) {
   const OpenWindowsCase cases[] = {
       {"main window", {}, 1},
+      {"rule editor", {IDM_ADD_RULE}, 2},
       {"message box", {IDM_RESET_RULES}, 2},
+      {"About box", {IDM_ABOUT}, 2},
+      {"exclusions", {IDM_EXCLUSIONS}, 2},
       {"file chooser", {IDM_EXPORT_RULES}, 2},
       {"two alert logs", {IDM_ALERT_LOG, IDM_ALERT_LOG}, 3},
   };
@@ -69,6 +72,29 @@ TEST_F(End, TrayExitWithWindowsOpenEndsPromptlyAndSavesOnce) {
     EXPECT_EQ(program.WaitForExit(kPromptlyMs), 0u);
     ExpectSavedOnce(program);
   }
+}
+
+TEST_F(End, ACellUnderEditIsLeftAsItWas) {
+  const std::string row = "1,a.exe,1,0,0.0,0.0,0.0,5,0,0,3,60";
+  profile_.WriteRules({row});
+  const RunningProgram program(L"");
+  HWND window = program.WaitForMainWindow();
+  ASSERT_NE(window, nullptr);
+  HWND list = ::GetDlgItem(window, IDC_RULE_LIST);
+  ASSERT_TRUE(WaitUntil([&] { return ListRowCount(list) == 1; }));
+  // The pattern's cell: right of the first column, in the row below the header.
+  constexpr LPARAM kCell = MAKELPARAM(120, 28);
+  for (const UINT message : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONUP}, UINT{WM_LBUTTONDBLCLK}, UINT{WM_LBUTTONUP}}) {
+    ::PostMessageW(list, message, message == WM_LBUTTONUP ? WPARAM{0} : WPARAM{MK_LBUTTON}, kCell);
+  }
+  HWND box = WaitForResult([&] { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); });
+  ASSERT_NE(box, nullptr);
+  ASSERT_EQ(TextOf(box), L"a.exe");
+  ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
+  ASSERT_TRUE(program.End());
+  const auto saved = ReadFileBytes(profile_.RulesFile());
+  ASSERT_TRUE(saved);
+  EXPECT_EQ(*saved, std::string(kMark) + kRulesHeader + "\r\n" + row + "\r\n");
 }
 
 TEST_F(End, AnUpdateCheckAndItsMessageBoxDoNotHoldTheEndUp) {
@@ -89,6 +115,15 @@ TEST_F(End, TheOpenTrayMenuDoesNotHoldTheEndUp) {
   EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
   EXPECT_EQ(program.WaitForExit(kPromptlyMs), 0u);
   ExpectSavedOnce(program);
+}
+
+TEST_F(End, FileExitInTheMainWindowEndsTheProgram) {
+  const RunningProgram program(L"");
+  HWND window = program.WaitForMainWindow();
+  ASSERT_NE(window, nullptr);
+  PostCommand(window, IDM_EXIT);
+  EXPECT_EQ(program.WaitForExit(kPromptlyMs), 0u);
+  EXPECT_EQ(shell_.IconCount(), 0u);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "app/messages.h"
 #include "tests/e2e/fixture.h"
+#include "tests/e2e/stand_in_window.h"
 
 namespace e2e {
 namespace {
@@ -102,6 +103,15 @@ TEST_F(StartUp, RestartWaitsUntilTheRunningInstanceHasSavedAndThenTakesOver) {
   });
   EXPECT_LT(indexOf("RuleStore::Save - Saved 1 rules to"), static_cast<std::size_t>(second_load - all.begin()));
   EXPECT_TRUE(second.End());
+}
+
+TEST_F(StartUp, ARunningInstanceOfTheEarlierProductIsAskedToCloseAndWaitedFor) {
+  StandInWindow legacy(L"HALVERNW", L"Halvern", UWM_TERMINATE);
+  const RunningProgram program;
+  EXPECT_NE(program.WaitForTray(), nullptr);
+  EXPECT_EQ(legacy.Asked(), 1);
+  EXPECT_FALSE(legacy.IsOpen());
+  EXPECT_TRUE(program.End());
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "platform/text_encoding.h"
 #include "tests/storage/generated_rules.h"
+#include "tests/storage/throwaway_folder.h"
 
 namespace {
 
@@ -88,6 +89,70 @@ TEST(TextFile, EveryCharacterComesBackInEveryEncoding) {
       decoder.Finish(back);
       ASSERT_EQ(back, surrogate ? L"\xFFFD" : text) << codePoint;
     }
+  }
+}
+
+TEST(TextFile, AppendsInTheEncodingOfTheFile) {
+  const ThrowawayFolder folder;
+  const std::wstring path = folder.Path("log");
+  const struct {
+    std::string before;
+    std::string after;
+  } cases[] = {
+      {"", BYTES("\xEF\xBB\xBF\xC3\xA4\r\n")},
+      {"x", BYTES("x\xC3\xA4\r\n")},
+      {BYTES("\xFF\xFEx\0"), BYTES("\xFF\xFEx\0\xE4\0\r\0\n\0")},
+      {BYTES("\xFE\xFF\0x"), BYTES("\xFE\xFF\0x\0\xE4\0\r\0\n")},
+  };
+  for (const auto& each : cases) {
+    ThrowawayFolder::Write(path, each.before);
+    EXPECT_EQ(AppendTextFile(path, L"ä\n"), WriteResult::kWritten);
+    EXPECT_EQ(ThrowawayFolder::Read(path), each.after);
+  }
+  EXPECT_TRUE(RemoveFile(path));
+  EXPECT_EQ(AppendTextFile(path, L"new\n"), WriteResult::kWritten);
+  EXPECT_EQ(ThrowawayFolder::Read(path), "\xEF\xBB\xBFnew\r\n");
+}
+
+TEST(TextFile, AWholeWriteLeavesNothingOfALongerFile) {
+  const ThrowawayFolder folder;
+  const std::wstring path = folder.Path("file");
+  for (const std::wstring& text : {std::wstring(10'000, L'x'), std::wstring(L"short\n"), std::wstring()}) {
+    ASSERT_EQ(WriteTextFile(path, text), WriteResult::kWritten);
+    EXPECT_EQ(ThrowawayFolder::Read(path), "\xEF\xBB\xBF" + EncodeTextFile(text));
+    EXPECT_EQ(ReadTextFile(path), text);
+  }
+}
+
+TEST(TextFile, AFolderIsNoFile) {
+  const ThrowawayFolder folder;
+  const std::wstring path = folder.Path("");
+  RandomReadFile file;
+  EXPECT_FALSE(ReadWholeFile(path).has_value());
+  EXPECT_FALSE(file.Open(path));
+  EXPECT_EQ(WriteWholeFile(path, "x"), WriteResult::kCannotOpen);
+  EXPECT_EQ(AppendToFile(path, "x", ""), WriteResult::kCannotOpen);
+  EXPECT_EQ(WriteWholeFile(folder.Path("missing/file"), "x"), WriteResult::kCannotOpen);
+}
+
+TEST(LineReader, GivesReadsOfBoundedLength) {
+  const std::size_t longest = LineReader::kMaxReadChars;
+  struct Case {
+    std::wstring text;
+    std::vector<std::size_t> lengths;
+  };
+  const Case cases[] = {
+      {L"", {}},
+      {L"\n\na", {1, 1, 1}},
+      {std::wstring(longest - 1, L'x') + L"\nz", {longest, 1}},
+      {std::wstring(longest, L'x') + L"\nz", {longest, 1, 1}},
+      {std::wstring(2 * longest + 3, L'x'), {longest, longest, 3}},
+  };
+  for (const Case& each : cases) {
+    LineReader lines(each.text);
+    std::vector<std::size_t> lengths;
+    for (std::wstring_view line; lines.Next(line);) lengths.push_back(line.size());
+    EXPECT_EQ(lengths, each.lengths);
   }
 }
 

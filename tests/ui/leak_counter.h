@@ -1,8 +1,8 @@
 #pragma once
 
 // Counts what this process holds, exactly, so that a test can open and close a window many times and ask for flat counts: GDI
-// objects and kernel handles. The system's own counters answer 0 on some compatible systems; there the tables behind them are
-// read.
+// objects, kernel handles and the memory of C++ objects. The system's own counters answer 0 on some compatible systems; there the
+// tables behind them are read.
 
 #include <windows.h>
 
@@ -17,12 +17,16 @@
 struct LeakCount {
   unsigned gdiObjects = 0;
   unsigned handles = 0;
+  std::size_t bytesPerRun = 0;  ///< of growth, rounded down: a leak comes with every run, a grown buffer does not
   bool operator==(const LeakCount&) const = default;
 };
 
 inline void PrintTo(const LeakCount& count, std::ostream* out) {
-  *out << count.gdiObjects << " GDI objects, " << count.handles << " handles";
+  *out << count.gdiObjects << " GDI objects, " << count.handles << " handles, " << count.bytesPerRun << " bytes a run";
 }
+
+/// Bytes that C++ objects of this process hold. Defined in live_memory.cpp, which each program that counts links.
+std::size_t LiveBytes();
 
 template <class Function>
 Function NtdllFunction(const char* name) {
@@ -97,13 +101,16 @@ inline LeakCount CountLeaks() {
 }
 
 /// Runs the routine a few times, so that what the system makes once and keeps is there, then `times` more, and returns the growth
-/// over those: {0, 0} for a routine that gives everything back.
+/// over those: all 0 for a routine that gives everything back.
 template <class Routine>
 LeakCount GrowthOver(int times, Routine routine) {
   for (int i = 0; i < 10; ++i) routine();
   const LeakCount before = CountLeaks();
+  const std::size_t bytesBefore = LiveBytes();
   for (int i = 0; i < times; ++i) routine();
+  const std::size_t bytesAfter = LiveBytes();
   const LeakCount after = CountLeaks();
   return {after.gdiObjects > before.gdiObjects ? after.gdiObjects - before.gdiObjects : 0,
-          after.handles > before.handles ? after.handles - before.handles : 0};
+          after.handles > before.handles ? after.handles - before.handles : 0,
+          bytesAfter > bytesBefore ? (bytesAfter - bytesBefore) / static_cast<std::size_t>(times) : 0};
 }

@@ -7,31 +7,38 @@ ThemeNotes& TheNotes() {
   return notes;
 }
 
-HTHEME WINAPI OpenNonClientTheme(HWND, LPCWSTR) { return nullptr; }
+HTHEME WINAPI OpenNonClientTheme(HWND window, LPCWSTR classList) {
+  TheNotes().openedFor = window;
+  TheNotes().openedClasses.emplace_back(classList);
+  return nullptr;
+}
 void WINAPI RefreshColorPolicy() { ++TheNotes().colorRefreshes; }
 BOOL WINAPI RefreshHighContrast(int one) {
   TheNotes().contrastRefreshes += one;
   return TRUE;
 }
 bool WINAPI SystemAsksForDark() { return TheNotes().asksForDark; }
-bool WINAPI AllowForWindow(HWND, bool allow) {
-  TheNotes().allowed.push_back(allow);
+bool WINAPI AllowForWindow(HWND window, bool allow) {
+  TheNotes().allowed.push_back({window, allow});
   return true;
 }
 int WINAPI SetApplicationMode(int one) { return TheNotes().applicationModes += one; }
 bool WINAPI AllowForApplication(bool allow) { return (TheNotes().applicationAllowances += allow ? 1 : 0) != 0; }
-bool WINAPI IsAllowedForWindow(HWND) { return true; }
-BOOL WINAPI SetComposition(HWND, CompositionAttribute*) { return TRUE; }
-HRESULT WINAPI SetTheme(HWND window, LPCWSTR name, LPCWSTR) {
-  TheNotes().themed.push_back({window, name != nullptr ? name : L"(null)"});
+bool WINAPI IsAllowedForWindow(HWND) { return TheNotes().allowedForWindow; }
+BOOL WINAPI SetComposition(HWND, CompositionAttribute* what) {
+  if (what->attribute == 26 && what->size == 4) TheNotes().composed.push_back(*static_cast<int*>(what->data));
+  return TRUE;
+}
+HRESULT WINAPI SetTheme(HWND window, LPCWSTR name, LPCWSTR idList) {
+  TheNotes().themed.push_back({window, name != nullptr ? name : L"(null)", idList != nullptr && *idList == L'\0'});
   return S_OK;
 }
-HRESULT WINAPI DrawBackground(HTHEME, HDC, int, int state, LPCRECT, LPCRECT) {
-  TheNotes().backgrounds.push_back({state, L""});
+HRESULT WINAPI DrawBackground(HTHEME, HDC dc, int part, int state, LPCRECT rect, LPCRECT) {
+  TheNotes().backgrounds.push_back({dc, part, state, *rect, L"", 0});
   return S_OK;
 }
-HRESULT WINAPI DrawLabel(HTHEME, HDC, int, int state, LPCWSTR text, int length, DWORD, DWORD, LPCRECT) {
-  TheNotes().texts.push_back({state, std::wstring(text, static_cast<std::size_t>(length))});
+HRESULT WINAPI DrawLabel(HTHEME, HDC dc, int part, int state, LPCWSTR text, int length, DWORD flags, DWORD, LPCRECT rect) {
+  TheNotes().texts.push_back({dc, part, state, *rect, std::wstring(text, static_cast<std::size_t>(length)), flags});
   return S_OK;
 }
 BOOL WINAPI SystemParameters(UINT action, UINT size, PVOID data, UINT) {

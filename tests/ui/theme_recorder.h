@@ -12,20 +12,34 @@
 
 struct ThemeNotes {
   bool asksForDark = true;
+  bool allowedForWindow = true;
   bool highContrast = false;
 
+  struct Allowed {
+    HWND window;
+    bool allow;
+    bool operator==(const Allowed&) const = default;
+  };
   struct Themed {
     HWND window;
     std::wstring name;
+    bool idListEmpty;  ///< an empty text, not null
   };
   struct Drawn {
+    HDC dc;
+    int part;
     int state;
+    RECT rect;
     std::wstring text;
+    DWORD flags;
   };
-  std::vector<bool> allowed;  ///< what each call asked for
+  std::vector<Allowed> allowed;
   std::vector<Themed> themed;
   std::vector<Drawn> backgrounds;
   std::vector<Drawn> texts;
+  std::vector<int> composed;  ///< values of the dark title-bar attribute
+  std::vector<std::wstring> openedClasses;
+  HWND openedFor = nullptr;
   int colorRefreshes = 0;
   int contrastRefreshes = 0;
   int applicationModes = 0;
