@@ -1,8 +1,5 @@
 #include "ui/dialog.h"
 
-#include <algorithm>
-#include <limits>
-
 #include "ui/dialog_utilities.h"
 
 namespace {
@@ -13,19 +10,6 @@ LayoutRect ControlRect(HWND dialog, HWND control) {
   ::MapWindowPoints(HWND_DESKTOP, dialog, reinterpret_cast<POINT*>(&rect), 2);
   return {rect.left, rect.top, rect.right, rect.bottom};
 }
-
-std::wstring_view WithoutLeadingBlanks(std::wstring_view text) {
-  return text.substr(std::min(text.find_first_not_of(L" \t"), text.size()));
-}
-
-/// The system's reading answers 0 for a number beyond 32 bits; such a text is blanks and then digits only.
-bool IsTooLargeNumber(std::wstring_view text) {
-  const std::wstring_view digits = WithoutLeadingBlanks(text);
-  return !digits.empty() && digits.find_first_not_of(L"0123456789") == std::wstring_view::npos;
-}
-
-/// Some compatible systems wrap a negative number instead of refusing it.
-bool IsNegative(std::wstring_view text) { return WithoutLeadingBlanks(text).starts_with(L'-'); }
 
 }  // namespace
 
@@ -71,22 +55,9 @@ std::wstring Dialog::ItemText(int id, std::size_t maxChars) const {
 }
 
 void Dialog::SetItemText(int id, const std::wstring& text) const { ::SetDlgItemTextW(window_, id, text.c_str()); }
-void Dialog::SetItemNumber(int id, std::uint32_t value) const { ::SetDlgItemInt(window_, id, value, FALSE); }
-
-std::uint32_t Dialog::ItemNumber(int id) const {
-  BOOL translated = FALSE;
-  const UINT value = ::GetDlgItemInt(window_, id, &translated, FALSE);
-  const std::wstring text = ItemText(id, 255);
-  if (translated) return IsNegative(text) ? 0 : value;
-  return IsTooLargeNumber(text) ? std::numeric_limits<std::uint32_t>::max() : 0;
-}
 
 void Dialog::SetChecked(int id, bool checked) const { ::CheckDlgButton(window_, id, checked ? BST_CHECKED : BST_UNCHECKED); }
 bool Dialog::IsChecked(int id) const { return ::IsDlgButtonChecked(window_, id) == BST_CHECKED; }
-
-void Dialog::EnableItem(int id, bool enabled) const {
-  if (HWND item = Item(id)) ::EnableWindow(item, enabled);
-}
 
 void Dialog::ShowItem(int id, bool shown) const {
   if (HWND item = Item(id)) ::ShowWindow(item, shown ? SW_SHOW : SW_HIDE);

@@ -75,12 +75,8 @@ class Dialog {
   /// At most maxChars characters, the terminator not counted.
   [[nodiscard]] std::wstring ItemText(int id, std::size_t maxChars) const;
   void SetItemText(int id, const std::wstring& text) const;
-  void SetItemNumber(int id, std::uint32_t value) const;
-  /// As the system's dialog-integer reading; blank or not a number is 0, too large saturates.
-  [[nodiscard]] std::uint32_t ItemNumber(int id) const;
   void SetChecked(int id, bool checked) const;
   [[nodiscard]] bool IsChecked(int id) const;
-  void EnableItem(int id, bool enabled) const;
   void ShowItem(int id, bool shown) const;
 
   /// Dark mode for the dialog and the listed controls, with the program's two colours; without effect where dark mode is
