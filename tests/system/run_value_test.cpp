@@ -61,7 +61,7 @@ TEST_F(RunValue, TogglesBetweenOwnDataAndNothing) {
 
 TEST_F(RunValue, AValueOfAnyKindCountsAsOn) {
   MakeRunKey();
-  for (const DWORD type : {REG_SZ, REG_DWORD}) {
+  for (const DWORD type : {DWORD{REG_SZ}, DWORD{REG_DWORD}}) {
     ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", type, L"ab", type == REG_SZ ? 6 : 4);
     EXPECT_TRUE(IsStartWithWindowsEnabled());
     ToggleStartWithWindows();
