@@ -114,7 +114,7 @@ TEST(MessageBoxWindow, FocusAndFrameAreOnTheDefaultButton) {
                            Case{MB_YESNOCANCEL | MB_DEFBUTTON3, IDCANCEL}, Case{MB_OK | MB_DEFBUTTON3, IDOK}}) {
     SCOPED_TRACE(test.style);
     OpenBox box(test.style);
-    EXPECT_FALSE(::IsWindowEnabled(box.Owner()));
+    EXPECT_TRUE(WaitFor([&] { return !::IsWindowEnabled(box.Owner()); }));
     EXPECT_EQ(::GetDlgCtrlID(box.FocusedControl()), test.expected);
     for (const MessageBoxButton& button : ButtonsOfStyle(test.style).buttons) {
       const auto type = static_cast<int>(::GetWindowLongPtrW(box.Item(button.id), GWL_STYLE) & BS_TYPEMASK);
