@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
+
+#include "system/elevation_system.h"
+#include "system/executable_path.h"
 
 namespace {
 
@@ -14,6 +18,73 @@ const bool kIsChild = [] {
   ::Sleep(300);
   ::ExitProcess(7);
 }();
+
+std::wstring requested;
+bool tokenOpens = true;
+bool tokenTells = true;
+DWORD elevated = 0;
+
+BOOL WINAPI OpenToken(HANDLE process, DWORD access, HANDLE* token) {
+  if (!tokenOpens || access != TOKEN_QUERY) return FALSE;
+  return ::OpenProcessToken(process, access, token);
+}
+
+BOOL WINAPI TellToken(HANDLE, TOKEN_INFORMATION_CLASS kind, void* data, DWORD sizeBytes, DWORD*) {
+  if (kind != TokenElevation || sizeBytes != sizeof(DWORD)) return FALSE;
+  *static_cast<DWORD*>(data) = elevated;  // left behind even by a failing call
+  return tokenTells;
+}
+
+BOOL WINAPI RecordAndDecline(SHELLEXECUTEINFOW* request) {
+  requested = std::wstring(request->lpVerb) + L" " + request->lpFile + L" " + request->lpParameters;
+  requested += L" " + std::to_wstring(request->nShow) + L" " + std::to_wstring(request->fMask);
+  ::SetLastError(ERROR_CANCELLED);
+  return FALSE;
+}
+
+BOOL WINAPI StartWithoutHandle(SHELLEXECUTEINFOW* request) {
+  request->hProcess = nullptr;
+  return TRUE;
+}
+
+TEST(Elevation, IsWhatTheTokenSaysAndFalseWhenItSaysNothing) {
+  const ElevationSystem system{OpenToken, TellToken, RecordAndDecline};
+  SetElevationSystem(&system);
+  struct Row {
+    bool opens, tells;
+    DWORD value;
+    bool result;
+  };
+  for (const Row& row : {Row{true, true, 1, true},
+                         {true, true, 2, true},
+                         {true, true, 0, false},
+                         {false, true, 1, false},
+                         {true, false, 1, false}}) {
+    tokenOpens = row.opens;
+    tokenTells = row.tells;
+    elevated = row.value;
+    EXPECT_EQ(IsProcessElevated(), row.result) << row.opens << row.tells << row.value;
+  }
+  SetElevationSystem(nullptr);
+}
+
+TEST(Elevation, AsksForAnElevatedCopyOfThisProgram) {
+  const ElevationSystem system{OpenToken, TellToken, RecordAndDecline};
+  SetElevationSystem(&system);
+  for (const bool wait : {false, true}) {
+    DWORD exitCode = 1;
+    EXPECT_FALSE(RunElevated(L"-restart", wait, &exitCode));
+    EXPECT_EQ(exitCode, 1U);
+    const std::wstring mask = std::to_wstring(wait ? SEE_MASK_NOCLOSEPROCESS : 0);
+    EXPECT_EQ(requested, L"runas " + OwnExecutablePath() + L" -restart " + std::to_wstring(SW_SHOWNORMAL) + L" " + mask);
+  }
+  const ElevationSystem withoutHandle{OpenToken, TellToken, StartWithoutHandle};
+  SetElevationSystem(&withoutHandle);
+  DWORD exitCode = 1;
+  EXPECT_TRUE(RunElevated(L"-restart", true, &exitCode));
+  EXPECT_EQ(exitCode, 1U);
+  SetElevationSystem(nullptr);
+}
 
 TEST(Elevation, WaitsForTheRealCopyOnlyWhenAsked) {
   const ULONGLONG start = ::GetTickCount64();
