@@ -104,32 +104,48 @@ TEST_F(Updates, CheckByHandAsksAndInstallsOnYes) {
             "https /slow/files/vantorasetup.exe Vantora\n");
 }
 
-TEST_F(Updates, CheckByHandThatFailsSaysThereIsNothing) {
-  TestServer::Use(L"good", L"VANTORA_TEST_STRANGER");
-  const RunningProgram program(L"/tray", Program());
-  CheckByHand(program);
-  HWND box = WaitForBox(program, L"Vantora", kNoUpdate);
-  ASSERT_NE(box, nullptr);
-  PostClick(box, IDOK);
-  ASSERT_TRUE(WaitUntil([&] { return !::IsWindow(box); }));
-  EXPECT_TRUE(program.End());
+TEST_F(Updates, CheckByHandThatFindsNothingOrFailsSaysThereIsNothing) {
+  const struct {
+    const wchar_t* scenario;
+    const wchar_t* server;
+  } cases[] = {{L"same", L"VANTORA_TEST_HTTPS"}, {L"missing", L"VANTORA_TEST_HTTPS"}, {L"good", L"VANTORA_TEST_STRANGER"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.scenario));
+    TestServer::Use(c.scenario, c.server);
+    const RunningProgram program(L"/tray", Program());
+    CheckByHand(program);
+    HWND box = WaitForBox(program, L"Vantora", kNoUpdate);
+    ASSERT_NE(box, nullptr);
+    PostClick(box, IDOK);
+    ASSERT_TRUE(WaitUntil([&] { return !::IsWindow(box); }));
+    EXPECT_TRUE(program.End());
+  }
   EXPECT_EQ(shell_.Balloons().size(), 0u);
 }
 
 TEST_F(Updates, FailedInstallationSaysSoAndTheProgramGoesOn) {
-  TestServer::Use(L"unsigned");
-  const RunningProgram program(L"/tray", Program());
-  ASSERT_TRUE(shell_.WaitForBalloon(0).has_value());
-  ::PostMessageW(program.WaitForTray(), UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK);
-  HWND box = program.WaitForWindow(kDialogClass, L"Vantora Update Error");
-  ASSERT_NE(box, nullptr);
-  EXPECT_EQ(ItemTextOf(box, 1001).find(L"The update download failed. Please try again later or visit http"), 0u);
-  PostClick(box, IDOK);
-  ASSERT_TRUE(WaitUntil([&] { return !::IsWindow(box); }));
-  EXPECT_TRUE(program.IsRunning());
-  EXPECT_FALSE(PathExists(server_.File()));
-  EXPECT_NE(Finished(), RegistryValue::Number(1));
-  EXPECT_TRUE(program.End());
+  const struct {
+    const wchar_t* scenario;
+    std::wstring temp;
+  } cases[] = {{L"unsigned", server_.Temp()}, {L"unstartable", server_.Temp()}, {L"good", server_.Temp() + L"\\nowhere"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.scenario));
+    TestServer::Use(c.scenario);
+    TestServer::UseTemp(c.temp);
+    const std::size_t before = shell_.Balloons().size();
+    const RunningProgram program(L"/tray", Program());
+    ASSERT_TRUE(shell_.WaitForBalloon(before).has_value());
+    ::PostMessageW(program.WaitForTray(), UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK);
+    HWND box = program.WaitForWindow(kDialogClass, L"Vantora Update Error");
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(ItemTextOf(box, 1001).find(L"The update download failed. Please try again later or visit http"), 0u);
+    PostClick(box, IDOK);
+    ASSERT_TRUE(WaitUntil([&] { return !::IsWindow(box); }));
+    EXPECT_TRUE(program.IsRunning());
+    EXPECT_FALSE(PathExists(server_.File()));
+    EXPECT_NE(Finished(), RegistryValue::Number(1));
+    EXPECT_TRUE(program.End());
+  }
   EXPECT_FALSE(server_.WasLaunched());
 }
 

@@ -28,6 +28,20 @@ std::wstring ShellFolder(int id) {
   return folder;
 }
 
+/// "a.b.c.d" of a program's version resource.
+std::wstring FileVersion(const std::wstring& path) {
+  DWORD ignored = 0;
+  std::vector<BYTE> resource(::GetFileVersionInfoSizeW(path.c_str(), &ignored));
+  VS_FIXEDFILEINFO* fixed = nullptr;
+  UINT size = 0;
+  if (resource.empty() || !::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
+      !::VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&fixed), &size)) {
+    return L"none";
+  }
+  const auto text = [](DWORD pair) { return std::to_wstring(HIWORD(pair)) + L"." + std::to_wstring(LOWORD(pair)); };
+  return text(fixed->dwFileVersionMS) + L"." + text(fixed->dwFileVersionLS);
+}
+
 class Installer : public EndToEndTest {
  protected:
   void SetUp() override {
@@ -58,13 +72,34 @@ class Installer : public EndToEndTest {
   const std::wstring shortcut_ = ShellFolder(CSIDL_PROGRAMS) + L"\\Vantora.lnk";
 };
 
-TEST_F(Installer, InstallsForTheUserWithAnEntry) {
+TEST_F(Installer, InstallsForTheUserWithAFullEntry) {
   ASSERT_EQ(Install(VANTORA_SETUP), 0u);
   EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath()));
   EXPECT_TRUE(PathExists(shortcut_));
   EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
-  EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(AppVersion));
-  EXPECT_EQ(Entry(L"QuietUninstallString"), RegistryValue::Text(L"\"" + uninstaller_ + L"\" /S"));
+
+  const struct {
+    const wchar_t* name;
+    RegistryValue value;
+  } expected[] = {
+      {L"DisplayName", RegistryValue::Text(L"Vantora")},
+      {L"DisplayVersion", RegistryValue::Text(AppVersion)},
+      {L"Publisher", RegistryValue::Text(L"Vantora")},
+      {L"DisplayIcon", RegistryValue::Text(program_ + L",0")},
+      {L"InstallLocation", RegistryValue::Text(folder_)},
+      {L"UninstallString", RegistryValue::Text(L"\"" + uninstaller_ + L"\"")},
+      {L"QuietUninstallString", RegistryValue::Text(L"\"" + uninstaller_ + L"\" /S")},
+      {L"NoModify", RegistryValue::Number(1)},
+      {L"NoRepair", RegistryValue::Number(1)},
+  };
+  for (const auto& [name, value] : expected) EXPECT_EQ(Entry(name), value) << testing::PrintToString(name);
+  const auto size = Entry(L"EstimatedSize");
+  ASSERT_TRUE(size && size->bytes.size() == 4);
+  const DWORD sizeKb = *reinterpret_cast<const DWORD*>(size->bytes.data());
+  const DWORD realKb = static_cast<DWORD>((ReadFileBytes(program_)->size() + ReadFileBytes(uninstaller_)->size()) / 1024);
+  EXPECT_NEAR(sizeKb, realKb, 100);
+
+  for (const std::wstring& file : {program_, FullPath(VANTORA_SETUP)}) EXPECT_EQ(FileVersion(file), AppVersion);
 }
 
 TEST_F(Installer, UpgradesOverTheRunningProgramAndStartsItAgain) {

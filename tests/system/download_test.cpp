@@ -18,15 +18,53 @@ std::string Pattern(std::size_t bytes) {
 
 }  // namespace
 
-TEST(Download, FailsWhereTheAnswerDidNotComeOverHttps) {
-  for (const wchar_t* address : {L"http://localhost/file", L"", L"httpsx://localhost/"}) {
+TEST(Download, ReturnsTheBodyWhateverItsSizeAndPieces) {
+  for (const std::size_t size : {0U, 1U, 16'383U, 16'384U, 16'385U, 1'000'000U}) {
+    for (const std::size_t piece : {std::size_t{1'000}, std::string::npos}) {
+      FakeHttpClient http;
+      http.body = Pattern(size);
+      http.pieceBytes = piece;
+      CapturedLines lines;
+      std::string body = "left over";
+      ASSERT_TRUE(DownloadFile(http, kUrl, body));
+      EXPECT_EQ(body, http.body);
+      EXPECT_EQ(http.largestRead, 16'384U);
+      EXPECT_EQ(http.timeoutMs, 30'000U) << "set before the address was opened";
+      EXPECT_EQ(http.agent, L"Vantora");
+      EXPECT_EQ(http.closes, 1);
+      const std::vector<std::wstring> expected = {L"DownloadFile URL: https://localhost/file\n",
+                                                  L"Returned download size of " + std::to_wstring(size) + L" bytes"};
+      EXPECT_EQ(lines.Lines(), expected);
+    }
+  }
+}
+
+TEST(Download, FailsWhereTheAnswerCannotBeTrusted) {
+  struct Case {
+    const char* name;
+    void (*breakIt)(FakeHttpClient&);
+    const wchar_t* line;
+  };
+  const Case kCases[] = {
+      {"no session", [](FakeHttpClient& http) { http.sessionOpens = false; }, L"\n ERROR: Open Internet 1"},
+      {"no connection", [](FakeHttpClient& http) { http.urlOpens = false; }, L"ERROR - AS_ERROR_CONNECT_GENERAL"},
+      {"not found", [](FakeHttpClient& http) { http.status = 404; }, L"HTTP error 404 for URL: https://localhost/file"},
+      {"no content", [](FakeHttpClient& http) { http.status = 204; }, L"HTTP error 204 for URL: https://localhost/file"},
+      {"redirected to http", [](FakeHttpClient& http) { http.answeringUrl = L"http://localhost/file"; },
+       L"ERROR: answer did not"},
+      {"unknown address", [](FakeHttpClient& http) { http.answeringUrl.clear(); }, L"ERROR: answer did not"},
+      {"look-alike scheme", [](FakeHttpClient& http) { http.answeringUrl = L"httpsx://localhost/"; }, L"ERROR: answer did not"},
+  };
+  for (const Case& c : kCases) {
     FakeHttpClient http;
     http.body = "0.0.2.9";
-    http.answeringUrl = address;
+    c.breakIt(http);
+    CapturedLines lines;
     std::string body = "left over";
-    EXPECT_FALSE(DownloadFile(http, kUrl, body)) << testing::PrintToString(address);
-    EXPECT_EQ(body, "");
-    EXPECT_EQ(http.closes, 1);
+    EXPECT_FALSE(DownloadFile(http, kUrl, body)) << c.name;
+    EXPECT_EQ(body, "") << c.name;
+    EXPECT_TRUE(lines.Has(c.line)) << c.name;
+    EXPECT_EQ(http.closes, 1) << c.name;
   }
 }
 
@@ -39,7 +77,6 @@ TEST(Download, KeepsWhatAnAnswerGaveBeforeItStalledAndNeedsNoReadableStatus) {
   std::string body;
   EXPECT_TRUE(DownloadFile(http, kUrl, body));
   EXPECT_EQ(body, http.body.substr(0, 40'000));
-  EXPECT_EQ(http.timeoutMs, 30'000U) << "set before the address was opened";
 }
 
 TEST(Download, FailsWhenMemoryCannotBeHad) {

@@ -3,8 +3,27 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#define SECURITY_WIN32
+#include <security.h>
+#include <taskschd.h>
+
 #include "system/executable_path.h"
 #include "tests/system/fake_task_scheduler.h"
+
+namespace {
+
+bool userNameTold = true;
+
+}  // namespace
+
+/// Takes the place of the import: the linker finds it here before it looks in the system's import library.
+extern "C" BOOLEAN SEC_ENTRY GetUserNameExW(EXTENDED_NAME_FORMAT format, LPWSTR name, PULONG length) {
+  static const auto real = reinterpret_cast<decltype(&::GetUserNameExW)>(
+      reinterpret_cast<void*>(::GetProcAddress(::LoadLibraryW(L"secur32.dll"), "GetUserNameExW")));
+  if (userNameTold && format == NameSamCompatible) return real(format, name, length);
+  name[0] = L'?';  // what a failing call leaves in the buffer means nothing
+  return FALSE;
+}
 
 namespace {
 
@@ -33,6 +52,15 @@ TEST(LogonTask, InstallSetsEveryPropertyInOrder) {
   EXPECT_EQ(scheduler.references, 0);
 }
 
+TEST(LogonTask, WithoutAUserNameTheTaskIsForNobodyInParticular) {
+  FakeTaskScheduler scheduler;
+  userNameTold = false;
+  EXPECT_TRUE(InstallAdminTask());
+  userNameTold = true;
+  EXPECT_NE(scheduler.log.find(L"trigger id=LogonTrigger"), std::wstring::npos);
+  EXPECT_EQ(scheduler.log.find(L" user="), std::wstring::npos) << "neither the principal's nor the trigger's";
+}
+
 struct FailureRow {
   const wchar_t* failingCall;
   bool succeeds;
@@ -42,8 +70,11 @@ struct FailureRow {
 
 TEST(LogonTask, InstallStopsWhereItCannotGoOn) {
   constexpr FailureRow kRows[] = {
-      {L"Create", false},    {L"DeleteTask", true},    {L"get info", true},  {L"get principal", false},
-      {L"time limit", true}, {L"query action", false}, {L"Register", false},
+      {L"Create", false},         {L"Connect", false},      {L"GetFolder", false},   {L"DeleteTask", true},
+      {L"NewTask", false},        {L"get info", true},      {L"author", true},       {L"get principal", false},
+      {L"principal user", true},  {L"get settings", false}, {L"time limit", true},   {L"get triggers", false},
+      {L"create trigger", false}, {L"query trigger", true}, {L"trigger user", true}, {L"get actions", false},
+      {L"create action", false},  {L"query action", false}, {L"path", true},         {L"Register", false},
   };
   for (const FailureRow& row : kRows) {
     SCOPED_TRACE(testing::Message() << row.failingCall);
@@ -57,12 +88,15 @@ TEST(LogonTask, InstallStopsWhereItCannotGoOn) {
 }
 
 TEST(LogonTask, RemovingATaskThatIsNotThereSucceeds) {
+  constexpr HRESULT kNotFound = HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
   constexpr FailureRow kRows[] = {
       {L"", true},
       {L"", true, false},
       {L"DeleteTask", false, true, E_ACCESSDENIED},
+      {L"Create", false},
       // Not found is a success only from the deletion itself.
-      {L"GetFolder", false, true, HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)},
+      {L"Connect", false, true, kNotFound},
+      {L"GetFolder", false, true, kNotFound},
   };
   for (const FailureRow& row : kRows) {
     SCOPED_TRACE(testing::Message() << row.failingCall << row.exists);
@@ -77,13 +111,26 @@ TEST(LogonTask, RemovingATaskThatIsNotThereSucceeds) {
 }
 
 TEST(LogonTask, IsInstalledExactlyWhenItCanBeRead) {
-  FakeTaskScheduler scheduler;
-  EXPECT_FALSE(IsAdminTaskInstalled());
-  scheduler.taskExists = true;
-  EXPECT_TRUE(IsAdminTaskInstalled());
-  scheduler.failingCall = L"GetTask";
-  EXPECT_FALSE(IsAdminTaskInstalled());
-  EXPECT_EQ(scheduler.references, 0);
+  for (const wchar_t* failingCall : {L"", L"Create", L"Connect", L"GetFolder", L"GetTask"}) {
+    FakeTaskScheduler scheduler;
+    EXPECT_FALSE(IsAdminTaskInstalled());
+    EXPECT_NE(scheduler.log.find(L"GetTask=VantoraAdminAutoStart\n"), std::wstring::npos);
+    scheduler.taskExists = true;
+    scheduler.failingCall = failingCall;
+    EXPECT_EQ(IsAdminTaskInstalled(), *failingCall == L'\0') << failingCall;
+    EXPECT_EQ(scheduler.references, 0);
+  }
+}
+
+TEST(LogonTask, LeavesTheThreadsComAsItWas) {
+  ASSERT_EQ(::CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+  (void)IsAdminTaskInstalled();
+  EXPECT_EQ(::CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_FALSE) << "the thread's own initialisation is gone";
+  ::CoUninitialize();
+  ::CoUninitialize();
+  (void)IsAdminTaskInstalled();
+  EXPECT_EQ(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK) << "an initialisation was left behind";
+  ::CoUninitialize();
 }
 
 }  // namespace

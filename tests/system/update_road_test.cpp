@@ -44,20 +44,23 @@ class UpdateRoad : public testing::Test {
 }  // namespace
 
 TEST_F(UpdateRoad, CheckReadsOrRejectsEveryAnswer) {
-  constexpr wchar_t kServer[] = L"VANTORA_TEST_HTTPS";
   const struct {
     const wchar_t* server;
     const wchar_t* scenario;
     const wchar_t* latest;
     const wchar_t* line;
   } kCases[] = {
-      {kServer, L"good", L"0.0.2.9", L"Returned download size of 9 bytes"},
-      {kServer, L"missing", AppVersionDisplay, L"HTTP error 404 for URL: https://localhost:"},
-      {kServer, L"empty", AppVersionDisplay, L"ERROR checking update"},
-      {kServer, L"rubbish", AppVersionDisplay, L"WARNING: Invalid version string received: "},
-      {kServer, L"huge", L"4294967295.4294967295.4294967295.4294967295", L"Returned download size of 43 bytes"},
-      {kServer, L"broken", AppVersionDisplay, L"WARNING: Invalid version string received: 0.0."},
-      {kServer, L"to-http", AppVersionDisplay, L"ERROR: answer did not come over https for URL: https:"},
+      {L"VANTORA_TEST_HTTPS", L"good", L"0.0.2.9", L"Returned download size of 9 bytes"},
+      {L"VANTORA_TEST_HTTPS", L"wordy", L"0.0.2.9", L"Returned download size of 23 bytes"},
+      {L"VANTORA_TEST_HTTPS", L"same", L"0.0.2.7", L"Returned download size of 7 bytes"},
+      {L"VANTORA_TEST_HTTPS", L"to-https", L"0.0.2.9", L"Returned download size of 9 bytes"},
+      {L"VANTORA_TEST_HTTPS", L"missing", AppVersionDisplay, L"HTTP error 404 for URL: https://localhost:"},
+      {L"VANTORA_TEST_HTTPS", L"empty", AppVersionDisplay, L"ERROR checking update"},
+      {L"VANTORA_TEST_HTTPS", L"nul", AppVersionDisplay, L"ERROR checking update"},
+      {L"VANTORA_TEST_HTTPS", L"rubbish", AppVersionDisplay, L"WARNING: Invalid version string received: "},
+      {L"VANTORA_TEST_HTTPS", L"huge", L"4294967295.4294967295.4294967295.4294967295", L"Returned download size of 43 bytes"},
+      {L"VANTORA_TEST_HTTPS", L"broken", AppVersionDisplay, L"WARNING: Invalid version string received: 0.0."},
+      {L"VANTORA_TEST_HTTPS", L"to-http", AppVersionDisplay, L"ERROR: answer did not come over https for URL: https:"},
       {L"VANTORA_TEST_STRANGER", L"good", AppVersionDisplay, L"ERROR - AS_ERROR_CONNECT_GENERAL"},
       {L"VANTORA_TEST_NOBODY", L"good", AppVersionDisplay, L"ERROR - AS_ERROR_CONNECT_GENERAL"},
   };
@@ -75,13 +78,29 @@ TEST_F(UpdateRoad, CheckReadsOrRejectsEveryAnswer) {
   }
 }
 
+TEST_F(UpdateRoad, CheckAsksTheChannelOfTheSettings) {
+  Event done;
+  UpdateState updates;
+  settings_.Update([](AppSettings& settings) { settings.includeBetas = false; });
+  CheckForUpdatesThread(updates, settings_, done);
+  EXPECT_EQ(updates.LatestVersion(), L"0.0.2.8");
+  EXPECT_EQ(TestServer::Requests(), "https /good/versioninfo/vantora/ Vantora\n");
+}
+
 TEST_F(UpdateRoad, CheckThatIsSwitchedOffAsksNobody) {
   Event done;
+  std::uint32_t error = 0;
+  ASSERT_TRUE(done.Create(Event::Reset::kAuto, error));
   UpdateState updates;
   SetNumber(L"UpdateChecksDisabled", 1);
   CheckForUpdatesThread(updates, settings_, done);
+  EXPECT_EQ(done.Wait(0), WaitResult::kSignaled);
   EXPECT_EQ(updates.LatestVersion(), L"0.0.0.0");
   EXPECT_EQ(TestServer::Requests(), "");
+
+  SetNumber(L"UpdateChecksDisabled", 0);
+  CheckForUpdatesThread(updates, settings_, done);
+  EXPECT_EQ(updates.LatestVersion(), L"0.0.2.9");
 }
 
 TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilently) {
@@ -110,6 +129,7 @@ TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilently) {
 
 TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
   struct Case {
+    const wchar_t* server;
     const wchar_t* scenario;
     void (*breakIt)(InstallationSteps& steps);
     const wchar_t* line;
@@ -117,13 +137,16 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
   };
   const auto nothing = [](InstallationSteps&) {};
   const Case kCases[] = {
-      {L"missing", nothing, L"ERROR downloading file", -1},
-      {L"empty", nothing, L"ERROR downloading file", -1},
-      {L"broken", nothing, L"ERROR: digital signature verification failed for ", -1},
-      {L"unsigned", nothing, L"WinVerifyTrust failed with 0x800B0100 for ", -1},
-      {L"tampered", nothing, L"WinVerifyTrust failed with 0x80096010 for ", -1},
-      {L"unstartable", nothing, L"ERROR Launching ", 0},
-      {L"good",
+      {L"VANTORA_TEST_HTTPS", L"missing", nothing, L"ERROR downloading file", -1},
+      {L"VANTORA_TEST_HTTPS", L"empty", nothing, L"ERROR downloading file", -1},
+      {L"VANTORA_TEST_HTTPS", L"to-http", nothing, L"ERROR downloading file", -1},
+      {L"VANTORA_TEST_STRANGER", L"good", nothing, L"ERROR downloading file", -1},
+      {L"VANTORA_TEST_NOBODY", L"good", nothing, L"ERROR downloading file", -1},
+      {L"VANTORA_TEST_HTTPS", L"broken", nothing, L"ERROR: digital signature verification failed for ", -1},
+      {L"VANTORA_TEST_HTTPS", L"unsigned", nothing, L"WinVerifyTrust failed with 0x800B0100 for ", -1},
+      {L"VANTORA_TEST_HTTPS", L"tampered", nothing, L"WinVerifyTrust failed with 0x80096010 for ", -1},
+      {L"VANTORA_TEST_HTTPS", L"unstartable", nothing, L"ERROR Launching ", 0},
+      {L"VANTORA_TEST_HTTPS", L"good",
        [](InstallationSteps& steps) {
          steps.write = [](HANDLE, const void*, DWORD, DWORD* written, OVERLAPPED*) -> BOOL {
            *written = 0;
@@ -132,7 +155,14 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
          };
        },
        L"ERROR writing file", -1},
-      {L"good",
+      {L"VANTORA_TEST_HTTPS", L"good",
+       [](InstallationSteps& steps) {
+         steps.write = [](HANDLE file, const void* bytes, DWORD count, DWORD* written, OVERLAPPED*) -> BOOL {
+           return ::WriteFile(file, bytes, count / 2, written, nullptr);
+         };
+       },
+       L"ERROR writing file", -1},
+      {L"VANTORA_TEST_HTTPS", L"good",
        [](InstallationSteps& steps) {
          // What is on the disk is not what was downloaded.
          steps.write = [](HANDLE file, const void* bytes, DWORD count, DWORD* written, OVERLAPPED*) -> BOOL {
@@ -145,7 +175,7 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
   };
   for (const Case& c : kCases) {
     ::RegDeleteTreeW(HKEY_CURRENT_USER, kSettingsKey);
-    TestServer::Use(c.scenario);
+    TestServer::Use(c.scenario, c.server);
     CapturedLines lines;
     InstallationSteps steps = SystemInstallationSteps();
     c.breakIt(steps);
@@ -156,6 +186,15 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
   }
   ::Sleep(500);
   EXPECT_FALSE(server_.WasLaunched()) << "something was started";
+}
+
+TEST_F(UpdateRoad, LaunchWithoutProcessCountsAsSuccessWithoutBalloon) {
+  InstallationSteps steps = SystemInstallationSteps();
+  steps.launch = [](const std::wstring&) { return LaunchResult{true, false}; };
+  CapturedLines lines;
+  EXPECT_TRUE(DownloadAndInstallUpdate(steps, true));
+  EXPECT_EQ(UpdateFinished(), 0);
+  EXPECT_TRUE(lines.Has(L"ERROR Launching " + server_.File()));
 }
 
 TEST_F(UpdateRoad, NobodySwapsTheFileOnceItIsVerified) {
@@ -223,6 +262,7 @@ TEST_F(UpdateRoad, FolderThatIsALinkOrMissingIsRefused) {
   } kCases[] = {
       {TestServer::Path(L"linked-temp"), L"ERROR: not a plain folder: "},
       {server_.Temp() + L"\\nowhere", L"ERROR creating file"},
+      {TestServer::Path(L"ca.cer"), L"ERROR creating file"},  // a file stands where the folder should
   };
   for (const auto& [temp, line] : kCases) {
     TestServer::UseTemp(temp);

@@ -163,10 +163,23 @@ TEST_F(SettingsMenuTest, BetasAndStartWithWindowsShowWhatTheyAre) {
   EXPECT_TRUE(Marked(IDM_START_WITH_WINDOWS));
 }
 
-TEST_F(SettingsMenuTest, CheckForUpdatesIsHandedToTheTray) {
+TEST_F(SettingsMenuTest, CommandsThatOpenWindowsOpenThem) {
   OpenWindow();
   Command(IDM_CHECK_FOR_UPDATES);
   EXPECT_EQ(TakePosted(), (std::vector<Posted>{{UWM_CHECK_FOR_UPDATES, 1}}));
+  for (const auto& [command, control] : {std::pair{IDM_ABOUT, IDC_ABOUT_NAME}, {IDM_EXCLUSIONS, IDC_EXCLUSIONS}}) {
+    PostCommand(window, command);
+    const HWND dialog = WaitForDialog(control);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(::GetWindow(dialog, GW_OWNER), window);
+    EXPECT_FALSE(::IsWindowEnabled(window));
+    Answer(dialog, IDCANCEL);
+  }
+  Command(IDM_ALERT_LOG);
+  Command(IDM_ALERT_LOG);
+  ASSERT_TRUE(WaitUntil([] { return DialogsWith(IDC_EXPORT_CSV).size() == 2; }));
+  EXPECT_TRUE(::IsWindowEnabled(window));
+  for (const HWND log : DialogsWith(IDC_EXPORT_CSV)) Answer(log, IDCANCEL);
 }
 
 TEST_F(SettingsMenuTest, ResetSettingsAsksAndRestoresTheDefaults) {
@@ -274,14 +287,25 @@ TEST_F(SettingsMenuAloneTest, ASlowTaskSchedulerHoldsThePopupUpOnlyBriefly) {
     menu.OnInitMenuPopup(::GetSubMenu(bar, position));
     return ::GetTickCount64() - start;
   };
-  const auto marked = [bar] { return (::GetMenuState(bar, IDM_ADMIN_AT_LOGIN, MF_BYCOMMAND) & MF_CHECKED) != 0; };
+  const HMENU popup = ::GetSubMenu(bar, kSettings);
+  const auto marked = [popup] { return (::GetMenuState(popup, IDM_ADMIN_AT_LOGIN, MF_BYCOMMAND) & MF_CHECKED) != 0; };
   EXPECT_LT(millisecondsToOpen(kMonitoring), 150U) << "the other popups do not ask";
   const ULONGLONG slow = millisecondsToOpen(kSettings);
   EXPECT_GE(slow, 190U);
   EXPECT_LT(slow, 1'000U);
   EXPECT_FALSE(marked());
 
-  gate->set_value(true);
+  // The answer comes while the popup is open: the mark appears in it.
+  std::thread user([&] {
+    EXPECT_TRUE(WaitUntil([] { return ::FindWindowW(L"#32768", nullptr) != nullptr; }));
+    EXPECT_FALSE(marked());
+    gate->set_value(true);
+    EXPECT_TRUE(WaitUntil(marked));
+    ::PostMessageW(program.trayWindow, WM_CANCELMODE, 0, 0);
+  });
+  menu.OnInitMenuPopup(popup);
+  ::TrackPopupMenu(popup, TPM_RETURNCMD, 10, 10, 0, program.trayWindow, nullptr);
+  user.join();
   EXPECT_LT(millisecondsToOpen(kSettings), 190U) << "an answer that is there is not waited for";
   EXPECT_TRUE(marked());
   ::DestroyMenu(bar);

@@ -22,7 +22,9 @@ SLOW_SECONDS = 2
 VERSIONS = {
     "good": (b"0.0.2.8", b"0.0.2.9\r\n"),
     "same": (b"0.0.2.7", b"0.0.2.7"),
+    "wordy": (b"Version: 0.0.2.9 (beta)", b"Version: 0.0.2.9 (beta)"),
     "empty": (b"", b""),
+    "nul": (b"\0000.0.2.9", b"\0000.0.2.9"),
     "rubbish": (bytes(range(256)) * 400, b"<html>\xff\xfe</html>" * 1000),
     "huge": (b"9" * 200_000 + b".0.0.0", b"4294967295.4294967295.4294967295.4294967295"),
 }
@@ -43,6 +45,8 @@ class Handler(http.server.BaseHTTPRequestHandler):
             self.answer(404, b"0.0.2.9")
         elif scenario == "to-http":
             self.redirect(f"http://localhost:{PORTS['http']}/good/{rest}")
+        elif scenario == "to-https":
+            self.redirect(f"https://localhost:{PORTS['https']}/good/{rest}")
         else:
             self.answer(200, self.body(scenario, rest), scenario)
 
