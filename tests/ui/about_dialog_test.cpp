@@ -9,41 +9,29 @@
 
 namespace {
 
-constexpr wchar_t kTitle[] = L"About Vantora";
-constexpr wchar_t kPage[] = L"" VANTORA_PRODUCT_PAGE;
-
-void Click(HWND control) {
-  ::SendMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
-  ::SendMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
-}
-
 TEST(AboutDialog, ShowsTheVersionAndOpensThePageOnlyFromItsLink) {
+  constexpr wchar_t kPage[] = L"" VANTORA_PRODUCT_PAGE;
   TestProgram test;
-  for (const int closing : {IDOK, IDCANCEL}) {
-    std::vector<std::wstring> opened;
-    HWND openedFor = nullptr;
-    WindowThread thread([&] {
-      RunAboutDialog(nullptr, test.program, [&](HWND owner, const wchar_t* address) {
-        openedFor = owner;
-        opened.emplace_back(address);
-      });
-    });
-    HWND dialog = thread.WaitForDialog(kTitle);
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_NAME), L"Vantora");
-    EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_VERSION), L"Version 0.0.2.7 BETA");
-    EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_LINK), kPage);
+  std::vector<std::pair<HWND, std::wstring>> opened;
+  WindowThread thread([&] {
+    RunAboutDialog(nullptr, test.program, [&](HWND owner, const wchar_t* address) { opened.emplace_back(owner, address); });
+  });
+  HWND dialog = thread.WaitForDialog(L"About Vantora");
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_NAME), L"Vantora");
+  EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_VERSION), L"Version 0.0.2.7 BETA");
+  EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_LINK), kPage);
 
-    for (const int id : {IDC_ABOUT_NAME, IDC_ABOUT_VERSION, IDC_ABOUT_ICON}) Click(::GetDlgItem(dialog, id));
-    ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_ABOUT_LINK, STN_DBLCLK), 0);
-    EXPECT_TRUE(opened.empty());
-    Click(::GetDlgItem(dialog, IDC_ABOUT_LINK));
-    EXPECT_EQ(opened, (std::vector<std::wstring>{kPage}));
-    EXPECT_EQ(openedFor, dialog);
-    EXPECT_TRUE(::IsWindowVisible(dialog));
-    PostCommand(dialog, closing);
-    EXPECT_TRUE(thread.WaitForEnd());
+  ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_ABOUT_LINK, STN_DBLCLK), 0);
+  for (const int id : {IDC_ABOUT_NAME, IDC_ABOUT_VERSION, IDC_ABOUT_ICON, IDC_ABOUT_LINK}) {
+    EXPECT_TRUE(opened.empty()) << id;
+    ::SendDlgItemMessageW(dialog, id, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    ::SendDlgItemMessageW(dialog, id, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
   }
+  EXPECT_EQ(opened, (decltype(opened){{dialog, kPage}}));
+  EXPECT_TRUE(::IsWindowVisible(dialog));
+  PostCommand(dialog, IDOK);
+  EXPECT_TRUE(thread.WaitForEnd());
 }
 
 }  // namespace

@@ -26,37 +26,26 @@ ThresholdRule Expected(const wchar_t* pattern, std::uint32_t handles, std::uint6
 }
 
 TEST(RulePresets, EveryEntryAddsItsRulesAtTheEndWithIdsOfTheirOwn) {
+  const RuleList kAdded[] = {
+      {Expected(L"chrome.exe", 5000, kFourGb, 0, 0, 0, 120), Expected(L"firefox.exe", 5000, kFourGb, 0, 0, 0, 120),
+       Expected(L"msedge.exe", 5000, kFourGb, 0, 0, 0, 120)},
+      {Expected(L"*", 0, 0, 95.0, 0, 0, 300)},
+      {Expected(L"*", 20000, 0, 0, 0, 0, 120)},
+      {Expected(L"*", 0, kFourGb, 0, 0, 0, 120)},
+      {Expected(L"*", 0, 0, 0, 0, 8000, 120)},
+      {Expected(L"*", 0, 0, 0, 500, 0, 60)},
+  };
+  ASSERT_EQ(RulePresets().size(), std::size(kAdded));
   // Rules that nobody keeps: the file cannot be made, which a change survives.
   RuleStore rules([] { return std::wstring(L"missing-folder/rules.csv"); });
-  const struct {
-    std::uint32_t menuId;
-    std::uint32_t labelId;
-    RuleList added;
-  } kEntries[] = {
-      {40001,
-       216,
-       {Expected(L"chrome.exe", 5000, kFourGb, 0, 0, 0, 120), Expected(L"firefox.exe", 5000, kFourGb, 0, 0, 0, 120),
-        Expected(L"msedge.exe", 5000, kFourGb, 0, 0, 0, 120)}},
-      {40002, 217, {Expected(L"*", 0, 0, 95.0, 0, 0, 300)}},
-      {40003, 218, {Expected(L"*", 20000, 0, 0, 0, 0, 120)}},
-      {40004, 219, {Expected(L"*", 0, kFourGb, 0, 0, 0, 120)}},
-      {40005, 220, {Expected(L"*", 0, 0, 0, 0, 8000, 120)}},
-      {40006, 221, {Expected(L"*", 0, 0, 0, 500, 0, 60)}},
-  };
-  ASSERT_EQ(RulePresets().size(), std::size(kEntries));
   RuleList expected;
-  // Twice over: an entry chosen again adds its rules again.
-  for (int round = 0; round < 2; ++round) {
-    for (std::size_t i = 0; i < std::size(kEntries); ++i) {
-      EXPECT_EQ(RulePresets()[i].menuId, kEntries[i].menuId);
-      EXPECT_EQ(RulePresets()[i].labelStringId, kEntries[i].labelId);
-      for (ThresholdRule rule : kEntries[i].added) {
-        rule.ruleId = static_cast<std::uint32_t>(expected.size() + 1);
-        expected.push_back(rule);
-      }
-      EXPECT_TRUE(AddPresetRules(rules, kEntries[i].menuId));
-      EXPECT_EQ(*rules.Snapshot(), expected) << "entry " << i;
+  for (std::size_t i = 0; i < 2 * std::size(kAdded); ++i) {  // twice over: an entry chosen again adds its rules again
+    for (ThresholdRule rule : kAdded[i % std::size(kAdded)]) {
+      rule.ruleId = static_cast<std::uint32_t>(expected.size() + 1);
+      expected.push_back(rule);
     }
+    EXPECT_TRUE(AddPresetRules(rules, RulePresets()[i % std::size(kAdded)].menuId));
+    EXPECT_EQ(*rules.Snapshot(), expected) << "entry " << i;
   }
 }
 

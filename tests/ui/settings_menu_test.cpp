@@ -1,16 +1,11 @@
 #include "ui/settings_menu.h"
 
-#include <commctrl.h>
-
 #include <future>
-#include <map>
 
 #include "app/messages.h"
 #include "system/elevation_system.h"
-#include "system/executable_path.h"
-#include "system/run_value.h"
 #include "tests/system/fake_task_scheduler.h"
-#include "tests/ui/settings_fixture.h"
+#include "tests/ui/program_window_fixture.h"
 #include "ui/dialog_utilities.h"
 #include "ui/main_window_host.h"
 #include "ui/settings_page.h"
@@ -36,150 +31,127 @@ BOOL WINAPI Prompt(SHELLEXECUTEINFOW* request) {
 
 const ElevationSystem kMadeUpElevation{::OpenProcessToken, TellToken, Prompt};
 
-class SettingsMenuTest : public SettingsFixture {
+constexpr int kMonitoring = 2;
+constexpr int kSettings = 3;
+
+class SettingsMenuTest : public ProgramWindowTest {
  protected:
   void SetUp() override {
-    SettingsFixture::SetUp();
+    ProgramWindowTest::SetUp();
     elevated = TRUE;
-    promptAccepted = true;
     elevatedArguments.clear();
     SetElevationSystem(&kMadeUpElevation);
   }
   void TearDown() override {
-    SettingsFixture::TearDown();
+    ProgramWindowTest::TearDown();
     SetElevationSystem(nullptr);
   }
 
-  /// The item's state as the popup at `position` of the menu bar opens.
-  [[nodiscard]] UINT State(int position, UINT id) const {
-    const HMENU popup = ::GetSubMenu(::GetMenu(window), position);
-    ::SendMessageW(window, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(popup), position);
-    return ::GetMenuState(popup, id, MF_BYCOMMAND);
+  /// The popup at the position of the menu bar, with its items' states as it opens.
+  [[nodiscard]] HMENU Popup(int position) const {
+    const HMENU popup = ::GetSubMenu(::GetMenu(Window()), position);
+    ::SendMessageW(Window(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(popup), position);
+    return popup;
   }
-  static constexpr int kMonitoring = 2;
-  static constexpr int kSettings = 3;
-  [[nodiscard]] bool Marked(UINT id) const { return (State(kSettings, id) & MF_CHECKED) != 0; }
-  [[nodiscard]] bool Greyed(int position, UINT id) const { return (State(position, id) & MF_GRAYED) != 0; }
+  static bool Has(HMENU popup, UINT id, UINT state) { return (::GetMenuState(popup, id, MF_BYCOMMAND) & state) != 0; }
 
   /// Runs a reset command and answers its question.
-  void Reset(WORD command, UINT questionId, int answer) const {
-    PostCommand(window, command);
-    const HWND box = WaitForDialog(IDNO);
-    ASSERT_NE(box, nullptr);
-    EXPECT_EQ(TextOf(box), L"Confirm Reset");
-    EXPECT_EQ(::GetWindow(box, GW_OWNER), window);
-    GUITHREADINFO focus{};
-    focus.cbSize = sizeof focus;
-    ::GetGUIThreadInfo(::GetWindowThreadProcessId(box, nullptr), &focus);
-    EXPECT_EQ(focus.hwndFocus, ::GetDlgItem(box, IDNO)) << "No is the default";
-    bool asked = false;
-    for (HWND child = nullptr; (child = ::FindWindowExW(box, child, nullptr, nullptr)) != nullptr;) {
-      asked = asked || TextOf(child) == LoadResString(questionId);
-    }
-    EXPECT_TRUE(asked);
+  void Reset(WORD command, UINT questionId, WORD answer) {
+    HWND box = OpenDialog(command, L"Confirm Reset");
+    EXPECT_EQ(::GetWindow(box, GW_OWNER), Window());
+    EXPECT_TRUE(WaitUntil([box] { return FocusOf(box) == ::GetDlgItem(box, IDNO); })) << "No is the default";
+    EXPECT_NE(::FindWindowExW(box, nullptr, nullptr, LoadResString(questionId).c_str()), nullptr);
     Answer(box, answer);
-    ::SendMessageW(window, WM_NULL, 0, 0);
   }
 };
 
-TEST_F(SettingsMenuTest, ActionTogglesSaveAtOnceAndLeaveThePageAlone) {
-  OpenWindow();
-  struct Row {
+TEST_F(SettingsMenuTest, TogglesActAtOnceShowTheirMarkAndLeaveThePageAlone) {
+  const struct {
     WORD command;
-    int box;
-    std::uint32_t action;
+    std::uint32_t bit;  ///< in what Bits() returns
+    int box;            ///< on the page; 0: none
+  } kToggles[] = {{IDM_NOTIFY, ACTION_NOTIFY, IDC_NOTIFY},
+                  {IDM_LOG, ACTION_LOG, IDC_LOG},
+                  {IDM_SOUND, ACTION_SOUND, IDC_SOUND},
+                  {IDM_INCLUDE_BETAS, 0x100, 0},
+                  {IDM_START_WITH_WINDOWS, 0x200, 0}};
+  const auto bits = [this] {
+    const AppSettings now = settings.Get();
+    return now.alertActions | (now.includeBetas ? 0x100U : 0U) | (IsStartWithWindowsEnabled() ? 0x200U : 0U);
   };
-  for (const Row& row :
-       {Row{IDM_NOTIFY, IDC_NOTIFY, ACTION_NOTIFY}, {IDM_LOG, IDC_LOG, ACTION_LOG}, {IDM_SOUND, IDC_SOUND, ACTION_SOUND}}) {
+  const auto expectShown = [&] {
+    const HMENU popup = Popup(kSettings);
+    for (const auto& toggle : kToggles) {
+      const bool on = (bits() & toggle.bit) != 0;
+      EXPECT_EQ(Has(popup, toggle.command, MF_CHECKED), on) << toggle.command;
+      EXPECT_TRUE(toggle.box == 0 || Checked(toggle.box) == on) << toggle.command;
+    }
+  };
+  Open();
+  Type(IDC_THROTTLE, L"98");  // a pending edit stays one
+  ::EnableWindow(Item(IDC_APPLY), FALSE);
+  for (const auto& toggle : kToggles) {
     for (int times = 0; times < 2; ++times) {
-      const std::uint32_t flipped = settings.Get().alertActions ^ row.action;
-      Type(IDC_THROTTLE, L"99");  // a pending edit stays one
-      Click(IDC_APPLY);
-      Type(IDC_THROTTLE, L"98");
-      ::EnableWindow(Item(IDC_APPLY), FALSE);
-      Command(row.command);
-      EXPECT_EQ(settings.Get().alertActions, flipped);
-      EXPECT_EQ(Checked(row.box), (flipped & row.action) != 0);
-      EXPECT_EQ(Marked(row.command), (flipped & row.action) != 0);
-      EXPECT_FALSE(ApplyEnabled());
-      EXPECT_EQ(Text(IDC_THROTTLE), L"98");
-      EXPECT_EQ(settings.Get().notificationThrottleSec, 99U);
+      const std::uint32_t flipped = bits() ^ toggle.bit;
+      Command(toggle.command);
+      EXPECT_EQ(bits(), flipped) << toggle.command;
+      expectShown();
       EXPECT_TRUE(SavedAsInMemory());
     }
   }
+  ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", REG_SZ, L"", 2);  // by somebody else
+  expectShown();
+  EXPECT_FALSE(ApplyEnabled());
+  EXPECT_EQ(Text(IDC_THROTTLE), L"98");
+  EXPECT_EQ(settings.Get().notificationThrottleSec, 30U);
 }
 
 TEST_F(SettingsMenuTest, PauseAndResumeFollowTheEngine) {
-  OpenWindow();
-  for (const bool paused : {true, false}) {
+  Open();
+  for (const bool paused : {true, false, true}) {
     Command(paused ? IDM_PAUSE : IDM_RESUME);
     EXPECT_EQ(engine.Paused(), paused);
-    EXPECT_EQ(Greyed(kMonitoring, IDM_PAUSE), paused);
-    EXPECT_EQ(Greyed(kMonitoring, IDM_RESUME), !paused);
+    EXPECT_EQ(Has(Popup(kMonitoring), IDM_PAUSE, MF_GRAYED), paused);
+    EXPECT_EQ(Has(Popup(kMonitoring), IDM_RESUME, MF_GRAYED), !paused);
   }
-  engine.SetPaused(true);  // from the tray menu
-  EXPECT_TRUE(Greyed(kMonitoring, IDM_PAUSE));
+  engine.SetPaused(false);  // from the tray menu
+  EXPECT_FALSE(Has(Popup(kMonitoring), IDM_PAUSE, MF_GRAYED));
 }
 
 TEST_F(SettingsMenuTest, FrequencyItemsRearmTheTimerAndCarryTheRadioMark) {
-  OpenWindow();
-  struct Row {
-    WORD command;
-    std::uint32_t hours;
-  };
-  for (const Row& row : {Row{IDM_UPDATE_3_DAYS, 72}, {IDM_UPDATE_WEEKLY, 168}, {IDM_UPDATE_DAILY, 24}}) {
-    Command(row.command);
-    EXPECT_EQ(settings.Get().updateCheckIntervalHours, row.hours);
+  Open();
+  for (const auto& [command, hours] : {std::pair{IDM_UPDATE_3_DAYS, 72U}, {IDM_UPDATE_WEEKLY, 168U}, {IDM_UPDATE_DAILY, 24U}}) {
+    Command(command);
+    EXPECT_EQ(settings.Get().updateCheckIntervalHours, hours);
     EXPECT_TRUE(SavedAsInMemory());
-    EXPECT_EQ(TakePosted(), (std::vector<Posted>{{UWM_UPDATE_INTERVAL_CHANGED, 0}}));
+    EXPECT_EQ(TakePosts(), (Posts{{UWM_UPDATE_INTERVAL_CHANGED, 0}}));
   }
-  const std::map<std::uint32_t, UINT> marks = {{0, IDM_UPDATE_DAILY},   {24, IDM_UPDATE_DAILY},  {25, IDM_UPDATE_3_DAYS},
-                                               {72, IDM_UPDATE_3_DAYS}, {73, IDM_UPDATE_WEEKLY}, {168, IDM_UPDATE_WEEKLY}};
-  for (const auto& [hours, marked] : marks) {
-    settings.Update([&hours](AppSettings& s) { s.updateCheckIntervalHours = hours; });
-    for (UINT id = IDM_UPDATE_DAILY; id <= IDM_UPDATE_WEEKLY; ++id) EXPECT_EQ(Marked(id), id == marked) << hours;
+  constexpr std::pair<std::uint32_t, UINT> kMarks[] = {{0, IDM_UPDATE_DAILY},   {24, IDM_UPDATE_DAILY},
+                                                       {25, IDM_UPDATE_3_DAYS}, {72, IDM_UPDATE_3_DAYS},
+                                                       {73, IDM_UPDATE_WEEKLY}, {168, IDM_UPDATE_WEEKLY}};
+  for (const auto& [hours, marked] : kMarks) {
+    settings.Update([hours](AppSettings& s) { s.updateCheckIntervalHours = hours; });
+    const HMENU popup = Popup(kSettings);
+    for (UINT id = IDM_UPDATE_DAILY; id <= IDM_UPDATE_WEEKLY; ++id) EXPECT_EQ(Has(popup, id, MF_CHECKED), id == marked) << hours;
+    EXPECT_TRUE(Has(popup, marked, MFT_RADIOCHECK));
   }
-  MENUITEMINFOW info{};
-  info.cbSize = sizeof info;
-  info.fMask = MIIM_FTYPE;
-  ::GetMenuItemInfoW(::GetSubMenu(::GetMenu(window), kSettings), IDM_UPDATE_WEEKLY, FALSE, &info);
-  EXPECT_NE(info.fType & MFT_RADIOCHECK, 0U);
-}
-
-TEST_F(SettingsMenuTest, BetasAndStartWithWindowsShowWhatTheyAre) {
-  OpenWindow();
-  for (const bool betas : {false, true}) {
-    Command(IDM_INCLUDE_BETAS);
-    EXPECT_EQ(settings.Get().includeBetas, betas);
-    EXPECT_EQ(Marked(IDM_INCLUDE_BETAS), betas);
-    EXPECT_TRUE(SavedAsInMemory());
-  }
-  EXPECT_FALSE(Marked(IDM_START_WITH_WINDOWS));
-  ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", REG_SZ, L"", 2);  // by somebody else
-  EXPECT_TRUE(Marked(IDM_START_WITH_WINDOWS));
-  Command(IDM_START_WITH_WINDOWS);
-  EXPECT_FALSE(IsStartWithWindowsEnabled());
-  Command(IDM_START_WITH_WINDOWS);
-  EXPECT_TRUE(Marked(IDM_START_WITH_WINDOWS));
 }
 
 TEST_F(SettingsMenuTest, CommandsThatOpenWindowsOpenThem) {
-  OpenWindow();
+  Open();
   Command(IDM_CHECK_FOR_UPDATES);
-  EXPECT_EQ(TakePosted(), (std::vector<Posted>{{UWM_CHECK_FOR_UPDATES, 1}}));
-  for (const auto& [command, control] : {std::pair{IDM_ABOUT, IDC_ABOUT_NAME}, {IDM_EXCLUSIONS, IDC_EXCLUSIONS}}) {
-    PostCommand(window, command);
-    const HWND dialog = WaitForDialog(control);
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_EQ(::GetWindow(dialog, GW_OWNER), window);
-    EXPECT_FALSE(::IsWindowEnabled(window));
+  EXPECT_EQ(TakePosts(), (Posts{{UWM_CHECK_FOR_UPDATES, 1}}));
+  for (const auto& [command, title] : {std::pair{WORD{IDM_ABOUT}, L"About Vantora"}, {IDM_EXCLUSIONS, L"Process Exclusions"}}) {
+    HWND dialog = OpenDialog(command, title);
+    EXPECT_EQ(::GetWindow(dialog, GW_OWNER), Window());
+    EXPECT_FALSE(::IsWindowEnabled(Window()));
     Answer(dialog, IDCANCEL);
   }
   Command(IDM_ALERT_LOG);
-  Command(IDM_ALERT_LOG);
-  ASSERT_TRUE(WaitUntil([] { return DialogsWith(IDC_EXPORT_CSV).size() == 2; }));
-  EXPECT_TRUE(::IsWindowEnabled(window));
-  for (const HWND log : DialogsWith(IDC_EXPORT_CSV)) Answer(log, IDCANCEL);
+  HWND log = WaitForDialogWith(IDC_EXPORT_CSV);
+  ASSERT_NE(log, nullptr);
+  EXPECT_TRUE(::IsWindowEnabled(Window()));
+  Answer(log, IDCANCEL);
 }
 
 TEST_F(SettingsMenuTest, ResetSettingsAsksAndRestoresTheDefaults) {
@@ -188,13 +160,13 @@ TEST_F(SettingsMenuTest, ResetSettingsAsksAndRestoresTheDefaults) {
   engine.SetExclusions({L"a.exe"});
   engine.SetPaused(true);
   ToggleStartWithWindows();
-  OpenWindow();
+  Open();
   const AppSettings before = settings.Get();
   Reset(IDM_RESET_SETTINGS, IDS_ASK_RESET_SETTINGS, IDNO);
   EXPECT_EQ(settings.Get(), before);
   EXPECT_EQ(engine.IntervalMs(), 5'000U);
   EXPECT_FALSE(ApplyEnabled());
-  EXPECT_TRUE(TakePosted().empty());
+  EXPECT_TRUE(TakePosts().empty());
 
   Reset(IDM_RESET_SETTINGS, IDS_ASK_RESET_SETTINGS, IDYES);
   EXPECT_EQ(settings.Get(), (AppSettings{3, 30, 24, true, DefaultLogFilePath(), L"", before.mainDialogPlacement}));
@@ -207,42 +179,39 @@ TEST_F(SettingsMenuTest, ResetSettingsAsksAndRestoresTheDefaults) {
   for (const auto& [field, text] : kShown) EXPECT_EQ(Text(field), text);
   EXPECT_TRUE(Checked(IDC_NOTIFY) && Checked(IDC_LOG) && !Checked(IDC_SOUND));
   EXPECT_TRUE(ApplyEnabled());
-  EXPECT_EQ(TakePosted(), (std::vector<Posted>{{UWM_UPDATE_INTERVAL_CHANGED, 0}}));
+  EXPECT_EQ(TakePosts(), (Posts{{UWM_UPDATE_INTERVAL_CHANGED, 0}}));
   EXPECT_TRUE(engine.Paused() && IsStartWithWindowsEnabled()) << "not among what is reset";
 }
 
 TEST_F(SettingsMenuTest, ResetRulesAsksAndEmptiesListAndFile) {
-  RuleList five;
-  for (int i = 0; i < 5; ++i) five.push_back(MakeNewRule(rules.TakeRuleId()));
-  rules.Append(five);
-  OpenWindow();
-  const auto rows = [this] { return ::SendMessageW(Item(IDC_RULE_LIST), LVM_GETITEMCOUNT, 0, 0); };
-  Reset(IDM_RESET_RULES, IDS_ASK_RESET_RULES, IDNO);
-  EXPECT_EQ(rows(), 5);
-  Reset(IDM_RESET_RULES, IDS_ASK_RESET_RULES, IDYES);
-  EXPECT_EQ(rows(), 0);
-  EXPECT_TRUE(rules.Snapshot()->empty());
+  for (int i = 0; i < 5; ++i) rules.Append({MakeNewRule(rules.TakeRuleId())});
+  Open();
+  for (const auto& [answer, left] : {std::pair{WORD{IDNO}, 5}, {WORD{IDYES}, 0}}) {
+    Reset(IDM_RESET_RULES, IDS_ASK_RESET_RULES, answer);
+    EXPECT_EQ(RowCount(list), left);
+    EXPECT_EQ(Rules().size(), static_cast<std::size_t>(left));
+    ExpectSaved();
+  }
   EXPECT_EQ(rules.TakeRuleId(), 6U);
-  RuleStore saved([] { return std::wstring(); });
-  EXPECT_TRUE(saved.Load(folder.File(L"rules.csv"))) << "the file keeps its header";
-  EXPECT_TRUE(saved.Snapshot()->empty());
+  EXPECT_TRUE(folder.Has(L"rules.csv")) << "the file keeps its header";
 }
 
 TEST_F(SettingsMenuTest, RunAsAdministratorEndsTheWindowOnceTheCopyRuns) {
-  OpenWindow();
-  EXPECT_TRUE(Greyed(kSettings, IDM_RUN_AS_ADMIN));
+  Open();
+  HWND window = Window();
+  EXPECT_TRUE(Has(Popup(kSettings), IDM_RUN_AS_ADMIN, MF_GRAYED));
   Command(IDM_RUN_AS_ADMIN);
   elevated = FALSE;
-  EXPECT_FALSE(Greyed(kSettings, IDM_RUN_AS_ADMIN));
+  EXPECT_FALSE(Has(Popup(kSettings), IDM_RUN_AS_ADMIN, MF_GRAYED));
   promptAccepted = false;
   Command(IDM_RUN_AS_ADMIN);
-  EXPECT_EQ(program.MainDialogHandle, window);
+  EXPECT_EQ(Window(), window);
   EXPECT_EQ(elevatedArguments, L"-restart;") << "only the unelevated program asks";
   promptAccepted = true;
   Command(IDM_RUN_AS_ADMIN);
-  EXPECT_EQ(program.MainDialogHandle, nullptr);
-  EXPECT_TRUE(WaitUntil([this] { return ::IsWindow(window) == FALSE; }));
-  EXPECT_TRUE(TakePosted().empty()) << "the copy itself asks this program to end";
+  EXPECT_EQ(Window(), nullptr);
+  EXPECT_TRUE(WaitUntil([window] { return ::IsWindow(window) == FALSE; }));
+  EXPECT_TRUE(TakePosts().empty()) << "the copy itself asks this program to end";
 }
 
 /// The menu without the main window, on the test's own thread: what needs a Task Scheduler or a popup of the test's.
@@ -278,35 +247,35 @@ TEST_F(SettingsMenuAloneTest, AdminAtLoginInstallsOrRemovesByItselfOrByAnElevate
 }
 
 TEST_F(SettingsMenuAloneTest, ASlowTaskSchedulerHoldsThePopupUpOnlyBriefly) {
-  const auto gate = std::make_shared<std::promise<bool>>();
-  auto answer = std::make_shared<std::shared_future<bool>>(gate->get_future());
-  SettingsMenu menu(program, *this, page, [answer] { return answer->get(); });
+  std::promise<bool> gate;
+  const std::shared_future<bool> answer = gate.get_future();
+  SettingsMenu menu(program, *this, page, [answer] { return answer.get(); });
   const HMENU bar = ::LoadMenuW(program.instance, MAKEINTRESOURCEW(IDR_MAIN_MENU));
-  const auto millisecondsToOpen = [&](int position) {
+  const HMENU popup = ::GetSubMenu(bar, kSettings);
+  const auto millisecondsToOpen = [&menu](HMENU opening) {
     const ULONGLONG start = ::GetTickCount64();
-    menu.OnInitMenuPopup(::GetSubMenu(bar, position));
+    menu.OnInitMenuPopup(opening);
     return ::GetTickCount64() - start;
   };
-  const HMENU popup = ::GetSubMenu(bar, kSettings);
-  const auto marked = [popup] { return (::GetMenuState(popup, IDM_ADMIN_AT_LOGIN, MF_BYCOMMAND) & MF_CHECKED) != 0; };
-  EXPECT_LT(millisecondsToOpen(kMonitoring), 150U) << "the other popups do not ask";
-  const ULONGLONG slow = millisecondsToOpen(kSettings);
+  const auto marked = [popup] { return Has(popup, IDM_ADMIN_AT_LOGIN, MF_CHECKED); };
+  EXPECT_LT(millisecondsToOpen(::GetSubMenu(bar, kMonitoring)), 150U) << "the other popups do not ask";
+  const ULONGLONG slow = millisecondsToOpen(popup);
   EXPECT_GE(slow, 190U);
   EXPECT_LT(slow, 1'000U);
   EXPECT_FALSE(marked());
 
   // The answer comes while the popup is open: the mark appears in it.
   std::thread user([&] {
-    EXPECT_TRUE(WaitUntil([] { return ::FindWindowW(L"#32768", nullptr) != nullptr; }));
+    EXPECT_NE(WaitForPopup(), nullptr);
     EXPECT_FALSE(marked());
-    gate->set_value(true);
+    gate.set_value(true);
     EXPECT_TRUE(WaitUntil(marked));
     ::PostMessageW(program.trayWindow, WM_CANCELMODE, 0, 0);
   });
   menu.OnInitMenuPopup(popup);
   ::TrackPopupMenu(popup, TPM_RETURNCMD, 10, 10, 0, program.trayWindow, nullptr);
   user.join();
-  EXPECT_LT(millisecondsToOpen(kSettings), 190U) << "an answer that is there is not waited for";
+  EXPECT_LT(millisecondsToOpen(popup), 190U) << "an answer that is there is not waited for";
   EXPECT_TRUE(marked());
   ::DestroyMenu(bar);
 }
