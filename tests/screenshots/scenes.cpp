@@ -7,9 +7,12 @@
 
 #include <commctrl.h>
 
-#include <cstdio>
+#include <string>
 #include <string_view>
+#include <thread>
 
+#include "platform/file.h"
+#include "platform/text_file.h"
 #include "res/resource.h"
 #include "tests/ui/test_program.h"
 #include "tests/ui/window_driver.h"
@@ -26,40 +29,20 @@ namespace {
 
 constexpr UINT kAskRemove = MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2;
 
+constexpr wchar_t kRules[] =
+    L"Id,Pattern,Enabled,Handles,WS,PB,CPU,Threads,GDI,USER,Actions,Cooldown\n"
+    L"1,chrome.exe,1,0,2048,0,0,0,0,0,3,60\n"
+    L"2,*,1,0,0,0,80,0,0,0,3,60\n"
+    L"3,explorer.exe,1,10000,0,0,0,0,5000,0,3,60\n"
+    L"4,build-?.exe,0,0,4096,0,95,500,0,0,3,60\n"
+    L"5,a process with a very long pattern*.exe,1,100000,131072,0,50,1000,9999,0,3,60\n";
+
 void FillProgram(TestProgram& test) {
-  struct Row {
-    const wchar_t* pattern;
-    bool enabled;
-    std::uint32_t handles;
-    std::uint64_t workingSetMb;
-    double cpu;
-    std::uint32_t threads;
-    std::uint32_t gdi;
-  };
-  constexpr Row kRows[] = {{L"chrome.exe", true, 0, 2048, 0.0, 0, 0},
-                           {L"*", true, 0, 0, 80.0, 0, 0},
-                           {L"explorer.exe", true, 10000, 0, 0.0, 0, 5000},
-                           {L"build-?.exe", false, 0, 4096, 95.0, 500, 0},
-                           {L"a process with a very long pattern*.exe", true, 100000, 131072, 50.0, 1000, 9999}};
-  RuleList rules;
-  for (const Row& row : kRows) {
-    ThresholdRule rule = MakeNewRule(test.rules.TakeRuleId());
-    rule.processPattern = row.pattern;
-    rule.enabled = row.enabled;
-    rule.maxHandles = row.handles;
-    rule.maxWorkingSet = row.workingSetMb * kBytesPerMb;
-    rule.maxCpuPercent = row.cpu;
-    rule.maxThreads = row.threads;
-    rule.maxGdiObjects = row.gdi;
-    rules.push_back(rule);
-  }
-  test.rules.Append(rules);
-  for (std::uint32_t i = 0; i < 30; ++i) {
-    test.recentAlerts.Append({{2026, 3, 4, 5, 9, static_cast<std::uint16_t>(i), 3, 0},
-                              1000 + i * 4,
-                              L"chrome.exe",
-                              1,
-                              i % 3 == 0 ? L"Working Set: 2310 MB > 2048 MB; Handles: 1200 > 1000" : L"CPU: 91.5% > 80.0%"});
+  (void)WriteTextFile(test.folder.File(L"rules.csv"), kRules);
+  (void)test.rules.Load(test.folder.File(L"rules.csv"));
+  for (std::uint16_t i = 0; i < 30; ++i) {
+    const wchar_t* violation = i % 3 == 0 ? L"Working Set: 2310 MB > 2048 MB; Handles: 1200 > 1000" : L"CPU: 91.5% > 80.0%";
+    test.recentAlerts.Append({{2026, 3, 4, 5, 9, i, 3, 0}, 1000U + i * 4U, L"chrome.exe", 1, violation});
   }
   test.settings.Update([](AppSettings& settings) {
     settings.logFilePath = L"C:\\users\\someone\\AppData\\Roaming\\Vantora\\alerts.log";
@@ -69,90 +52,69 @@ void FillProgram(TestProgram& test) {
   test.updates.SetLatestVersion(L"0.0.2.9");
 }
 
-/// What a scene has to work with once its window's thread runs.
-struct Stage {
-  TestProgram& test;
-  WindowThread& windows;
-  [[nodiscard]] HWND Main() const { return windows.WaitForDialog(kMainWindowTitle); }
-};
-
-void OpenMain(TestProgram& test) { MainDialogThread(test.program); }
-
-void OpenEditor(TestProgram& test) {
-  ThresholdRule rule = (*test.rules.Snapshot())[2];
-  (void)RunRuleEditor(test.program.instance, nullptr, rule);
+void OpenEditor(Program& program) {
+  ThresholdRule rule = (*program.rules.Snapshot())[2];
+  (void)RunRuleEditor(program.instance, nullptr, rule);
 }
 
-void OpenProgress(TestProgram& test) {
-  UpdateProgressDialog dialog(test.program.instance);
+void OpenProgress(Program& program) {
+  UpdateProgressDialog dialog(program.instance);
   dialog.Open();
   MSG message{};
   while (::GetMessageW(&message, nullptr, 0, 0) > 0) ::DispatchMessageW(&message);
 }
 
-void ShowSettingsPage(const Stage& stage) { ::SendDlgItemMessageW(stage.Main(), IDC_TABS, TCM_SETCURFOCUS, 1, 0); }
-
-/// Opens the menu bar's popup by its mnemonic.
-template <wchar_t Mnemonic>
-void OpenMenu(const Stage& stage) {
-  ::PostMessageW(stage.Main(), WM_SYSCOMMAND, SC_KEYMENU, Mnemonic);
-  (void)stage.windows.WaitForMenu();
-}
-
-void OpenPresets(const Stage& stage) {
-  PostCommand(stage.Main(), IDC_PRESETS);
-  (void)stage.windows.WaitForMenu();
-}
-
-void EditCell(const Stage& stage) {
-  NMITEMACTIVATE click{};
-  click.hdr = {::GetDlgItem(stage.Main(), IDC_RULE_LIST), IDC_RULE_LIST, static_cast<UINT>(NM_DBLCLK)};
-  click.iItem = 2;
-  click.iSubItem = 1;
-  ::SendMessageW(stage.Main(), WM_NOTIFY, IDC_RULE_LIST, reinterpret_cast<LPARAM>(&click));
-}
-
-void Move(const wchar_t* title, int x, int y) {
-  HWND window = nullptr;
-  WaitUntil([&] { return (window = ::FindWindowW(L"#32770", title)) != nullptr; });
-  ::SetWindowPos(window, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
-}
-
 template <UINT Text, UINT Caption, UINT Style>
-void OpenBox(TestProgram&) {
+void OpenBox(Program&) {
   XMessageBox(nullptr, MAKEINTRESOURCEW(Text), MAKEINTRESOURCEW(Caption), Style);
 }
 
+void ShowSettingsPage(HWND window) { ::SendDlgItemMessageW(window, IDC_TABS, TCM_SETCURFOCUS, 1, 0); }
+
+/// Posts what opens a popup menu.
+template <UINT Message, WPARAM First, LPARAM Second = 0>
+void OpenPopup(HWND window) {
+  ::PostMessageW(window, Message, First, Second);
+  WaitUntil([] { return ::FindWindowW(L"#32768", nullptr) != nullptr; });
+}
+
+void EditCell(HWND window) {
+  NMITEMACTIVATE click{};
+  click.hdr = {::GetDlgItem(window, IDC_RULE_LIST), IDC_RULE_LIST, static_cast<UINT>(NM_DBLCLK)};
+  click.iItem = 2;
+  click.iSubItem = 1;
+  ::SendMessageW(window, WM_NOTIFY, IDC_RULE_LIST, reinterpret_cast<LPARAM>(&click));
+}
+
 /// The system's own box above ours with the same content.
-void ShowSystemBox(const Stage&) {
-  std::thread([] {
-    const std::wstring text = LoadResString(IDS_ASK_REMOVE_ONE);
-    ::MessageBoxW(nullptr, text.c_str(), L"System", kAskRemove);
-  }).detach();
-  Move(L"System", 400, 300);
-  Move(LoadResString(IDS_CONFIRM_REMOVE_TITLE).c_str(), 400, 480);
+void ShowSystemBox(HWND ours) {
+  std::thread([] { ::MessageBoxW(nullptr, LoadResString(IDS_ASK_REMOVE_ONE).c_str(), L"System", kAskRemove); }).detach();
+  HWND system = nullptr;
+  WaitUntil([&system] { return (system = ::FindWindowW(L"#32770", L"System")) != nullptr; });
+  ::SetWindowPos(system, nullptr, 400, 300, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+  ::SetWindowPos(ours, nullptr, 400, 480, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
 }
 
 struct Scene {
   const char* name;
-  void (*open)(TestProgram& test);      ///< on the window's thread, until the window closes
-  void (*prepare)(const Stage& stage);  ///< on another thread, before the picture; may be null
+  void (*open)(Program& program);  ///< on the window's thread, until the window closes
+  void (*prepare)(HWND window);    ///< on another thread, before the picture; may be null
 };
 
 constexpr Scene kScenes[] = {
-    {"main-recent-alerts", &OpenMain, nullptr},
-    {"main-settings", &OpenMain, &ShowSettingsPage},
-    {"main-in-place-edit", &OpenMain, &EditCell},
-    {"main-menu-file", &OpenMain, &OpenMenu<L'f'>},
-    {"main-menu-rules", &OpenMain, &OpenMenu<L'r'>},
-    {"main-menu-monitoring", &OpenMain, &OpenMenu<L'm'>},
-    {"main-menu-settings", &OpenMain, &OpenMenu<L's'>},
-    {"main-menu-help", &OpenMain, &OpenMenu<L'h'>},
-    {"main-menu-presets", &OpenMain, &OpenPresets},
+    {"main-recent-alerts", &MainDialogThread, nullptr},
+    {"main-settings", &MainDialogThread, &ShowSettingsPage},
+    {"main-in-place-edit", &MainDialogThread, &EditCell},
+    {"main-menu-file", &MainDialogThread, &OpenPopup<WM_SYSCOMMAND, SC_KEYMENU, L'f'>},
+    {"main-menu-rules", &MainDialogThread, &OpenPopup<WM_SYSCOMMAND, SC_KEYMENU, L'r'>},
+    {"main-menu-monitoring", &MainDialogThread, &OpenPopup<WM_SYSCOMMAND, SC_KEYMENU, L'm'>},
+    {"main-menu-settings", &MainDialogThread, &OpenPopup<WM_SYSCOMMAND, SC_KEYMENU, L's'>},
+    {"main-menu-help", &MainDialogThread, &OpenPopup<WM_SYSCOMMAND, SC_KEYMENU, L'h'>},
+    {"main-menu-presets", &MainDialogThread, &OpenPopup<WM_COMMAND, IDC_PRESETS>},
     {"rule-editor", &OpenEditor, nullptr},
-    {"alert-log", [](TestProgram& test) { AlertLogDialogThread(test.program); }, nullptr},
-    {"exclusions", [](TestProgram& test) { RunExclusionsDialog(nullptr, test.program); }, nullptr},
-    {"about", [](TestProgram& test) { RunAboutDialog(nullptr, test.program); }, nullptr},
+    {"alert-log", &AlertLogDialogThread, nullptr},
+    {"exclusions", [](Program& program) { RunExclusionsDialog(nullptr, program); }, nullptr},
+    {"about", [](Program& program) { RunAboutDialog(nullptr, program); }, nullptr},
     {"update-progress", &OpenProgress, nullptr},
     {"message-box-confirm", &OpenBox<IDS_ASK_REMOVE_ONE, IDS_CONFIRM_REMOVE_TITLE, kAskRemove>, nullptr},
     {"message-box-question", &OpenBox<IDS_ASK_CLIPBOARD_IMPORT, IDS_IMPORT_TITLE, MB_YESNOCANCEL | MB_ICONQUESTION>, nullptr},
@@ -161,35 +123,20 @@ constexpr Scene kScenes[] = {
     {"message-box-beside-system", &OpenBox<IDS_ASK_REMOVE_ONE, IDS_CONFIRM_REMOVE_TITLE, kAskRemove>, &ShowSystemBox},
 };
 
-/// Has every dialog of the process paint itself now, however busy the machine is.
-void PaintAll() {
-  for (HWND window = nullptr; (window = ::FindWindowExW(nullptr, window, L"#32770", nullptr)) != nullptr;) {
-    DWORD process = 0;
-    ::GetWindowThreadProcessId(window, &process);
-    if (process == ::GetCurrentProcessId() && ::IsWindowVisible(window)) {
-      ::RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-    }
-  }
-}
-
-void WriteFile(const wchar_t* path, const std::string& text) {
-  if (std::FILE* file = ::_wfopen(path, L"w")) {
-    std::fputs(text.c_str(), file);
-    std::fclose(file);
-  }
-}
-
 int Show(const Scene& scene, const wchar_t* readyFile) {
   InitDarkMode();
   static TestProgram test;
   FillProgram(test);
-  WindowThread windows([&scene] { scene.open(test); });
-  if (!WaitUntil([] { return ::FindWindowW(L"#32770", nullptr) != nullptr; })) return 2;
-  if (scene.prepare != nullptr) scene.prepare({test, windows});
+  const WindowThread thread([&scene] { scene.open(test.program); });
+  HWND window = nullptr;
+  if (!WaitUntil([&window] { return ::IsWindowVisible(window = ::FindWindowW(L"#32770", nullptr)) != FALSE; })) return 2;
+  if (scene.prepare != nullptr) scene.prepare(window);
   ::Sleep(500);  // until the window manager has placed and framed everything
-  PaintAll();
+  for (window = nullptr; (window = ::FindWindowExW(nullptr, window, L"#32770", nullptr)) != nullptr;) {
+    ::RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);  // now, however busy
+  }
   ::Sleep(700);
-  WriteFile(readyFile, "ready\n");
+  (void)WriteWholeFile(readyFile, "ready\n");
   WaitUntil([readyFile] { return ::GetFileAttributesW(readyFile) == INVALID_FILE_ATTRIBUTES; });
   // Not every window can be closed without an answer, and nothing here is worth keeping.
   ::TerminateProcess(::GetCurrentProcess(), 0);
@@ -208,6 +155,6 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
     if (__argc == 3 && std::wstring(name.begin(), name.end()) == __wargv[1]) return Show(scene, __wargv[2]);
   }
   if (__argc != 1) return 1;
-  WriteFile(L"scenes.txt", names);
+  (void)WriteWholeFile(L"scenes.txt", names);
   return 0;
 }

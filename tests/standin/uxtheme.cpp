@@ -9,32 +9,21 @@ namespace {
 
 constexpr wchar_t kAllowedProperty[] = L"VantoraStandInDarkAllowed";
 
-HMODULE SystemTheme() {
-  static const HMODULE module = ::LoadLibraryW(L"uxtheme_system.dll");
-  return module;
-}
-
 template <class Function>
 Function SystemEntry(LPCSTR name) {
-  return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(SystemTheme(), name)));
+  static const HMODULE theme = ::LoadLibraryW(L"uxtheme_system.dll");
+  return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(theme, name)));
 }
 
 }  // namespace
 
+// Nobody calls these by name: the export list alone knows them.
+#pragma GCC diagnostic ignored "-Wmissing-declarations"
+
 extern "C" {
 
-HTHEME WINAPI StandInOpenNonClientTheme(HWND window, LPCWSTR classList);
-void WINAPI StandInRefreshColorPolicy();
-BOOL WINAPI StandInRefreshHighContrast(int one);
-BOOL WINAPI StandInSystemAsksForDark();
-BOOL WINAPI StandInAllowForWindow(HWND window, BOOL allow);
-int WINAPI StandInSetApplicationMode(int mode);
-BOOL WINAPI StandInIsAllowedForWindow(HWND window);
-HRESULT WINAPI StandInSetWindowTheme(HWND window, LPCWSTR name, LPCWSTR idList);
-
 HTHEME WINAPI StandInOpenNonClientTheme(HWND window, LPCWSTR classList) {
-  const auto open = SystemEntry<HTHEME(WINAPI*)(HWND, LPCWSTR)>("OpenThemeData");
-  return open(window, classList);
+  return SystemEntry<decltype(&::OpenThemeData)>("OpenThemeData")(window, classList);
 }
 
 void WINAPI StandInRefreshColorPolicy() {}

@@ -13,30 +13,22 @@
 #include "system/run_value.h"
 #include "tests/ui/main_window_fixture.h"
 
-/// This process's first visible window of the class that the test accepts, once there is one.
-inline HWND WaitForWindowOf(const wchar_t* className, const std::function<bool(HWND)>& accepts) {
+/// This process's visible window of the class, once there is one; with a control's id a dialog that takes input and shows it.
+inline HWND WaitForWindowOf(const wchar_t* className, int controlId = 0) {
   HWND window = nullptr;
   WaitUntil([&] {
     while ((window = ::FindWindowExW(nullptr, window, className, nullptr)) != nullptr) {
       DWORD process = 0;
       ::GetWindowThreadProcessId(window, &process);
-      if (process == ::GetCurrentProcessId() && ::IsWindowVisible(window) && accepts(window)) return true;
+      if (process != ::GetCurrentProcessId() || !::IsWindowVisible(window)) continue;
+      if (controlId == 0 || (::IsWindowEnabled(window) && ::IsWindowVisible(::GetDlgItem(window, controlId)))) return true;
     }
     return false;
   });
   return window;
 }
-
-/// The dialog that takes input and shows the control, whatever its title.
-inline HWND WaitForDialogWith(int controlId) {
-  return WaitForWindowOf(L"#32770", [controlId](HWND dialog) {
-    return ::IsWindowEnabled(dialog) && ::IsWindowVisible(::GetDlgItem(dialog, controlId));
-  });
-}
-
-inline HWND WaitForPopup() {
-  return WaitForWindowOf(L"#32768", [](HWND) { return true; });
-}
+inline HWND WaitForDialogWith(int controlId) { return WaitForWindowOf(L"#32770", controlId); }
+inline HWND WaitForPopup() { return WaitForWindowOf(L"#32768"); }
 
 /// The text goes to the clipboard as it stands, with a terminator only when it holds one; none leaves the clipboard empty.
 inline void SetClipboard(const std::wstring& text) {

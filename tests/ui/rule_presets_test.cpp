@@ -6,34 +6,18 @@
 
 namespace {
 
-constexpr std::uint64_t kFourGb = 4'294'967'296;
-
-ThresholdRule Expected(const wchar_t* pattern, std::uint32_t handles, std::uint64_t memory, double cpu, std::uint32_t threads,
-                       std::uint32_t gdi, std::uint32_t cooldownSec) {
-  ThresholdRule rule;
-  rule.processPattern = pattern;
-  rule.enabled = true;
-  rule.maxHandles = handles;
-  rule.maxWorkingSet = memory;
-  rule.maxPrivateBytes = memory;
-  rule.maxCpuPercent = cpu;
-  rule.maxThreads = threads;
-  rule.maxGdiObjects = gdi;
-  rule.maxUserObjects = 0;
-  rule.alertActions = 3;
-  rule.cooldownSec = cooldownSec;
-  return rule;
-}
-
 TEST(RulePresets, EveryEntryAddsItsRulesAtTheEndWithIdsOfTheirOwn) {
+  constexpr std::uint64_t kFourGb = 4'294'967'296;
+  // Handles, working set, private bytes, CPU, threads, GDI, USER, actions, cooldown.
   const RuleList kAdded[] = {
-      {Expected(L"chrome.exe", 5000, kFourGb, 0, 0, 0, 120), Expected(L"firefox.exe", 5000, kFourGb, 0, 0, 0, 120),
-       Expected(L"msedge.exe", 5000, kFourGb, 0, 0, 0, 120)},
-      {Expected(L"*", 0, 0, 95.0, 0, 0, 300)},
-      {Expected(L"*", 20000, 0, 0, 0, 0, 120)},
-      {Expected(L"*", 0, kFourGb, 0, 0, 0, 120)},
-      {Expected(L"*", 0, 0, 0, 0, 8000, 120)},
-      {Expected(L"*", 0, 0, 0, 500, 0, 60)},
+      {{0, L"chrome.exe", true, 5000, kFourGb, kFourGb, 0, 0, 0, 0, 3, 120},
+       {0, L"firefox.exe", true, 5000, kFourGb, kFourGb, 0, 0, 0, 0, 3, 120},
+       {0, L"msedge.exe", true, 5000, kFourGb, kFourGb, 0, 0, 0, 0, 3, 120}},
+      {{0, L"*", true, 0, 0, 0, 95.0, 0, 0, 0, 3, 300}},
+      {{0, L"*", true, 20000, 0, 0, 0, 0, 0, 0, 3, 120}},
+      {{0, L"*", true, 0, kFourGb, kFourGb, 0, 0, 0, 0, 3, 120}},
+      {{0, L"*", true, 0, 0, 0, 0, 0, 8000, 0, 3, 120}},
+      {{0, L"*", true, 0, 0, 0, 0, 500, 0, 0, 3, 60}},
   };
   ASSERT_EQ(RulePresets().size(), std::size(kAdded));
   // Rules that nobody keeps: the file cannot be made, which a change survives.

@@ -1,5 +1,7 @@
 #include "ui/settings_page.h"
 
+#include <filesystem>
+
 #include "platform/file.h"
 #include "tests/ui/program_window_fixture.h"
 
@@ -44,34 +46,20 @@ TEST_F(SettingsPageTest, OpensFilledAndEveryChangeEnablesApply) {
 }
 
 TEST_F(SettingsPageTest, ApplyTakesNumbersWithinTheirLimitsAndNothingElseDoes) {
-  constexpr std::uint32_t kSame = 0;
   const struct {
-    const wchar_t* text;
-    std::uint32_t intervalMs;   ///< typed as the poll interval
-    std::uint32_t throttleSec;  ///< typed as the throttle
+    const wchar_t* text;        ///< typed into both fields
+    std::uint32_t intervalSec;  ///< then
+    std::uint32_t throttleSec;  ///< then
   } kRows[] = {
-      {L"1", 1'000, 1},
-      {L"3600", 3'600'000, 3'600},
-      {L"3601", 3'601'000, kSame},
-      {L"86400", 86'400'000, kSame},
-      {L"86401", kSame, kSame},
-      {L"0", kSame, kSame},
-      {L"", kSame, kSame},
-      {L"twelve", kSame, kSame},
-      {L"4294967297", kSame, kSame},
-      {L"-5", kSame, kSame},
-  };
-  std::uint32_t intervalMs = 0;
-  std::uint32_t throttleSec = 0;
+      {L"1", 1, 1},        {L"3600", 3600, 3600}, {L"3601", 3601, 3600},    {L"86400", 86400, 3600},      {L"86401", 86400, 3600},
+      {L"0", 86400, 3600}, {L"", 86400, 3600},    {L"twelve", 86400, 3600}, {L"4294967297", 86400, 3600}, {L"-5", 86400, 3600}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(testing::PrintToString(row.text));
     Type(IDC_POLL_INTERVAL, row.text);
     Type(IDC_THROTTLE, row.text);
     Click(IDC_APPLY);
-    if (row.intervalMs != kSame) intervalMs = row.intervalMs;
-    if (row.throttleSec != kSame) throttleSec = row.throttleSec;
-    EXPECT_EQ(engine.IntervalMs(), intervalMs);
-    EXPECT_EQ(settings.Get().notificationThrottleSec, throttleSec);
+    EXPECT_EQ(engine.IntervalMs(), row.intervalSec * 1000);
+    EXPECT_EQ(settings.Get().notificationThrottleSec, row.throttleSec);
     EXPECT_EQ(Text(IDC_POLL_INTERVAL), row.text);
     EXPECT_FALSE(ApplyEnabled());
     EXPECT_TRUE(SavedAsInMemory());
@@ -79,7 +67,7 @@ TEST_F(SettingsPageTest, ApplyTakesNumbersWithinTheirLimitsAndNothingElseDoes) {
   Type(IDC_POLL_INTERVAL, L"5");
   Click(IDC_NOTIFY);
   Close(IDOK);
-  EXPECT_EQ(engine.IntervalMs(), intervalMs) << "what is not applied is dropped";
+  EXPECT_EQ(engine.IntervalMs(), 86'400'000U) << "what is not applied is dropped";
   EXPECT_EQ(settings.Get().alertActions, ACTION_LOG | ACTION_SOUND);
 }
 
@@ -107,8 +95,7 @@ TEST_F(SettingsPageTest, TheDotsChooseAFileForTheirField) {
   const std::wstring sound = folder.File(L"settings test.wav");
   const std::wstring log = folder.File(L"settings test.log");
   for (const std::wstring& path : {sound, log}) ASSERT_EQ(WriteWholeFile(path, "x"), WriteResult::kWritten);
-  wchar_t directory[MAX_PATH];
-  ::GetCurrentDirectoryW(MAX_PATH, directory);
+  const std::filesystem::path directory = std::filesystem::current_path();
   const struct {
     int button;
     int field;
@@ -138,9 +125,7 @@ TEST_F(SettingsPageTest, TheDotsChooseAFileForTheirField) {
     EXPECT_TRUE(WaitUntil([&] { return Text(row.field) == row.after; })) << testing::PrintToString(Text(row.field));
     EXPECT_EQ(ApplyEnabled(), row.answer == IDOK);
   }
-  wchar_t directoryAfter[MAX_PATH];
-  ::GetCurrentDirectoryW(MAX_PATH, directoryAfter);
-  EXPECT_STREQ(directoryAfter, directory);
+  EXPECT_EQ(std::filesystem::current_path(), directory);
 }
 
 }  // namespace

@@ -23,9 +23,8 @@ class VersionLinkTest : public ProgramWindowTest {
     link.hdr = {Item(IDC_VERSION_LINK), IDC_VERSION_LINK, code};
     ::SendMessageW(Window(), WM_NOTIFY, IDC_VERSION_LINK, reinterpret_cast<LPARAM>(&link));
   }
-  void ExpectText(const wchar_t* text) const {
-    EXPECT_EQ(Text(IDC_VERSION_LINK), text);
-    EXPECT_TRUE(::IsWindowVisible(Item(IDC_VERSION_LINK)));
+  [[nodiscard]] std::wstring Shown() const {
+    return ::IsWindowVisible(Item(IDC_VERSION_LINK)) ? Text(IDC_VERSION_LINK) : L"hidden";
   }
 };
 
@@ -34,7 +33,7 @@ TEST_F(VersionLinkTest, OffersACheckUntilAnUpdateIsKnown) {
   constexpr wchar_t kUpdate[] = L"Version 1.2.3.4 available. <a>Update now</a>";
   const Posts kCheck = {{UWM_CHECK_FOR_UPDATES, 1}};
   Open();  // without the event
-  ExpectText(kNoUpdate);
+  EXPECT_EQ(Shown(), kNoUpdate);
   Notify(NM_CLICK);
   EXPECT_EQ(TakePosts(), kCheck);
   Close();
@@ -42,7 +41,7 @@ TEST_F(VersionLinkTest, OffersACheckUntilAnUpdateIsKnown) {
   ASSERT_TRUE(updates.UpdateAvailableEvent.Create(Event::Reset::kManual, error));
   updates.SetLatestVersion(L"1.2.3.4");
   Open();
-  ExpectText(kNoUpdate);
+  EXPECT_EQ(Shown(), kNoUpdate);
   // The real key, which must reach the link and not the default button.
   ::SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(IDC_VERSION_LINK)), TRUE);
   ::PostMessageW(Item(IDC_VERSION_LINK), WM_KEYDOWN, VK_RETURN, 0);
@@ -51,13 +50,13 @@ TEST_F(VersionLinkTest, OffersACheckUntilAnUpdateIsKnown) {
 
   updates.UpdateAvailableEvent.Signal();
   ::SendMessageW(Window(), UWM_UPDATE_AVAILABLE, 0, 0);
-  ExpectText(kUpdate);
+  EXPECT_EQ(Shown(), kUpdate);
   Notify(NM_RETURN);
   EXPECT_TRUE(WaitUntil([] { return installations == 1; }));
   EXPECT_TRUE(TakePosts().empty());
   Close();
   Open();
-  ExpectText(kUpdate);
+  EXPECT_EQ(Shown(), kUpdate);
 }
 
 }  // namespace
