@@ -8,7 +8,6 @@
 #include <commctrl.h>
 
 #include <string>
-#include <string_view>
 #include <thread>
 
 #include "platform/file.h"
@@ -55,13 +54,6 @@ void FillProgram(TestProgram& test) {
 void OpenEditor(Program& program) {
   ThresholdRule rule = (*program.rules.Snapshot())[2];
   (void)RunRuleEditor(program.instance, nullptr, rule);
-}
-
-void OpenProgress(Program& program) {
-  UpdateProgressDialog dialog(program.instance);
-  dialog.Open();
-  MSG message{};
-  while (::GetMessageW(&message, nullptr, 0, 0) > 0) ::DispatchMessageW(&message);
 }
 
 template <UINT Text, UINT Caption, UINT Style>
@@ -115,7 +107,7 @@ constexpr Scene kScenes[] = {
     {"alert-log", &AlertLogDialogThread, nullptr},
     {"exclusions", [](Program& program) { RunExclusionsDialog(nullptr, program); }, nullptr},
     {"about", [](Program& program) { RunAboutDialog(nullptr, program); }, nullptr},
-    {"update-progress", &OpenProgress, nullptr},
+    {"update-progress", [](Program& program) { UpdateProgressDialog(program.instance).RunModal(nullptr); }, nullptr},
     {"message-box-confirm", &OpenBox<IDS_ASK_REMOVE_ONE, IDS_CONFIRM_REMOVE_TITLE, kAskRemove>, nullptr},
     {"message-box-question", &OpenBox<IDS_ASK_CLIPBOARD_IMPORT, IDS_IMPORT_TITLE, MB_YESNOCANCEL | MB_ICONQUESTION>, nullptr},
     {"message-box-information", &OpenBox<IDS_EXPORT_OK, IDS_APP_TITLE, MB_ICONINFORMATION>, nullptr},
@@ -146,12 +138,10 @@ int Show(const Scene& scene, const wchar_t* readyFile) {
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
-  const INITCOMMONCONTROLSEX controls{sizeof(controls), ICC_WIN95_CLASSES | ICC_LINK_CLASS | ICC_STANDARD_CLASSES};
-  ::InitCommonControlsEx(&controls);
   std::string names;
   for (const Scene& scene : kScenes) {
-    const std::string_view name = scene.name;
-    names += std::string(name) + "\n";
+    const std::string name = scene.name;
+    names += name + "\n";
     if (__argc == 3 && std::wstring(name.begin(), name.end()) == __wargv[1]) return Show(scene, __wargv[2]);
   }
   if (__argc != 1) return 1;

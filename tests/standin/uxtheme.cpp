@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr wchar_t kAllowedProperty[] = L"VantoraStandInDarkAllowed";
-
 template <class Function>
 Function SystemEntry(LPCSTR name) {
   static const HMODULE theme = ::LoadLibraryW(L"uxtheme_system.dll");
@@ -34,12 +32,9 @@ BOOL WINAPI StandInSystemAsksForDark() {
   return ::GetEnvironmentVariableW(L"VANTORA_STANDIN_DARK", value, 8) != 0 && value[0] == L'1';
 }
 
-BOOL WINAPI StandInAllowForWindow(HWND window, BOOL allow) {
-  return ::SetPropW(window, kAllowedProperty, reinterpret_cast<HANDLE>(INT_PTR{(allow & 0xFF) != 0 ? 1 : 0}));
-}
-
+BOOL WINAPI StandInAllowForWindow(HWND, BOOL) { return TRUE; }
 int WINAPI StandInSetApplicationMode(int mode) { return mode; }
-BOOL WINAPI StandInIsAllowedForWindow(HWND window) { return ::GetPropW(window, kAllowedProperty) != nullptr; }
+BOOL WINAPI StandInIsAllowedForWindow(HWND) { return TRUE; }
 
 HRESULT WINAPI StandInSetWindowTheme(HWND window, LPCWSTR name, LPCWSTR idList) {
   const auto set = SystemEntry<decltype(&::SetWindowTheme)>("SetWindowTheme");

@@ -1,16 +1,14 @@
 #pragma once
 
-// The main window as a part of its program: with a registry hive of the test's own, a tray window that only takes notes, the
-// clipboard, and what a command opens beside the window.
+// The main window as a part of its program: with a tray window that only takes notes, the saved settings, the clipboard, and
+// what a command opens beside the window.
 
-#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/handles.h"
 #include "storage/settings_registry.h"
-#include "system/run_value.h"
 #include "tests/ui/main_window_fixture.h"
 
 /// This process's visible window of the class, once there is one; with a control's id a dialog that takes input and shows it.
@@ -36,9 +34,8 @@ inline void SetClipboard(const std::wstring& text) {
   ASSERT_TRUE(clipboard.IsOpen());
   ::EmptyClipboard();
   if (text.empty()) return;
-  const std::size_t bytes = text.size() * sizeof(wchar_t);
-  HGLOBAL memory = ::GlobalAlloc(GMEM_MOVEABLE, bytes);
-  std::memcpy(::GlobalLock(memory), text.data(), bytes);
+  HGLOBAL memory = ::GlobalAlloc(GMEM_MOVEABLE, text.size() * sizeof(wchar_t));
+  text.copy(static_cast<wchar_t*>(::GlobalLock(memory)), text.size());
   ::GlobalUnlock(memory);
   ASSERT_NE(::SetClipboardData(CF_UNICODETEXT, memory), nullptr);
 }
@@ -47,20 +44,11 @@ class ProgramWindowTest : public MainWindowTest {
  protected:
   using Posts = std::vector<std::pair<UINT, WPARAM>>;
 
-  void SetUp() override {
-    ::RegDeleteTreeW(HKEY_CURRENT_USER, kHive);
-    ::RegCreateKeyW(HKEY_CURRENT_USER, kHive, &hive_);
-    ASSERT_EQ(::RegOverridePredefKey(HKEY_CURRENT_USER, hive_), ERROR_SUCCESS);
-    ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Another program", REG_SZ, L"", 2);
+  ProgramWindowTest() {
+    settings.Update([this](AppSettings& s) { s.logFilePath = folder.File(L"alerts.log"); });
     program.trayWindow = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
   }
-  void TearDown() override {
-    if (Window() != nullptr) Close();
-    ::DestroyWindow(program.trayWindow);
-    ::RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
-    ::RegCloseKey(hive_);
-    ::RegDeleteTreeW(HKEY_CURRENT_USER, kHive);
-  }
+  ~ProgramWindowTest() override { ::DestroyWindow(program.trayWindow); }
 
   void Command(int id) const { SendCommand(Window(), id); }
   void Click(int id) const { ::SendMessageW(Item(id), BM_CLICK, 0, 0); }
@@ -79,18 +67,13 @@ class ProgramWindowTest : public MainWindowTest {
     return posts;
   }
 
-  /// Whether the next start reads what the program has in memory now.
+  /// Whether the next start reads what the program has in memory now, but for the window's place, which is saved by itself.
   [[nodiscard]] bool SavedAsInMemory() const {
     TestProgram next;
     LoadSettings(next.settings, next.engine);
-    AppSettings expected = settings.Get();
-    if (expected.logFilePath.empty())
-      expected.logFilePath = next.settings.Get().logFilePath;  // an empty one is read as the default
-    return next.settings.Get() == expected && next.engine.IntervalMs() == engine.IntervalMs() &&
+    AppSettings saved = next.settings.Get();
+    saved.mainDialogPlacement = settings.Get().mainDialogPlacement;
+    return saved == settings.Get() && next.engine.IntervalMs() == engine.IntervalMs() &&
            *next.engine.Exclusions() == *engine.Exclusions();
   }
-
- private:
-  static constexpr wchar_t kHive[] = L"Software\\VantoraWindowTest";
-  HKEY hive_ = nullptr;
 };

@@ -19,7 +19,7 @@ TEST(RecentAlertsRows, FollowsTheListThroughEveryKindOfChange) {
   RecentAlerts alerts;
   RecentAlertsRows rows(alerts);
   rows.OnViewOpened();
-  std::vector<std::uint32_t> shown;
+  std::vector<AlertRecord> shown;
   std::uint32_t nextPid = 1;
   const auto add = [&](int count) {
     for (; count > 0; --count) alerts.Append({{}, nextPid++, L"", 0, L""});
@@ -33,11 +33,11 @@ TEST(RecentAlertsRows, FollowsTheListThroughEveryKindOfChange) {
     ASSERT_TRUE(rows.Take(update));
     EXPECT_LE(update.alerts.size(), RecentAlertsRows::kMaxRows);
     if (update.deleteAll) shown.clear();
-    for (const AlertRecord& alert : update.alerts) shown.insert(shown.begin(), alert.pid);
+    for (const AlertRecord& alert : update.alerts) shown.insert(shown.begin(), alert);
     shown.resize(std::min(shown.size(), RecentAlertsRows::kMaxRows));
 
-    std::vector<std::uint32_t> newest;
-    for (const AlertRecord& alert : alerts.Copy()) newest.insert(newest.begin(), alert.pid);
+    std::vector<AlertRecord> newest = alerts.Copy();
+    std::reverse(newest.begin(), newest.end());
     newest.resize(std::min(newest.size(), RecentAlertsRows::kMaxRows));
     EXPECT_EQ(shown, newest);
     EXPECT_FALSE(rows.Take(update)) << "nothing has changed";

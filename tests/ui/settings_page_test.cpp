@@ -7,45 +7,42 @@
 
 namespace {
 
-class SettingsPageTest : public ProgramWindowTest {
- protected:
-  void SetUp() override {
-    ProgramWindowTest::SetUp();
-    engine.SetIntervalMs(45'999);
-    settings.Update([](AppSettings& s) {
-      s = {ACTION_LOG | ACTION_SOUND | 0x100, 77, 24, true, L"C:\\logs\\alerts.log", L"C:\\sounds\\ding.wav", {}};
-    });
-    Open();
-  }
-};
+using SettingsPageTest = ProgramWindowTest;
 
 TEST_F(SettingsPageTest, OpensFilledAndEveryChangeEnablesApply) {
+  engine.SetIntervalMs(45'999);
+  settings.Update([](AppSettings& s) { s = {6 | 0x100, 77, 24, true, L"C:\\alerts.log", L"C:\\ding.wav", {}}; });
+  Open();
   EXPECT_TRUE(!Checked(IDC_NOTIFY) && Checked(IDC_LOG) && Checked(IDC_SOUND));
   const struct {
     int id;
-    const wchar_t* text;  ///< null: a check box
-  } kControls[] = {{IDC_POLL_INTERVAL, L"45"},
-                   {IDC_THROTTLE, L"77"},
-                   {IDC_LOG_PATH, L"C:\\logs\\alerts.log"},
-                   {IDC_SOUND_PATH, L"C:\\sounds\\ding.wav"},
-                   {IDC_NOTIFY, nullptr},
-                   {IDC_LOG, nullptr},
-                   {IDC_SOUND, nullptr}};
-  for (const auto& [id, text] : kControls) {
-    EXPECT_FALSE(ApplyEnabled()) << id;
+    const wchar_t* text;    ///< null: a check box
+    std::uint32_t actions;  ///< once its change is applied
+  } kControls[] = {{IDC_POLL_INTERVAL, L"45", 6},
+                   {IDC_THROTTLE, L"77", 6},
+                   {IDC_LOG_PATH, L"C:\\alerts.log", 6},
+                   {IDC_SOUND_PATH, L"C:\\ding.wav", 6},
+                   {IDC_NOTIFY, nullptr, 7},
+                   {IDC_LOG, nullptr, 5},
+                   {IDC_SOUND, nullptr, 1}};
+  for (const auto& [id, text, actions] : kControls) {
+    SCOPED_TRACE(id);
+    EXPECT_FALSE(ApplyEnabled());
     if (text != nullptr) {
       EXPECT_EQ(Text(id), text);
       Type(id, text);  // the same text is a change, too
     } else {
       Click(id);
     }
-    EXPECT_TRUE(ApplyEnabled()) << id;
+    EXPECT_TRUE(ApplyEnabled());
     Click(IDC_APPLY);
+    EXPECT_EQ(settings.Get().alertActions, actions);
   }
   EXPECT_FALSE(ApplyEnabled());
 }
 
-TEST_F(SettingsPageTest, ApplyTakesNumbersWithinTheirLimitsAndNothingElseDoes) {
+TEST_F(SettingsPageTest, ApplyTakesNumbersWithinTheirLimitsAndPathsAsTyped) {
+  Open();
   const struct {
     const wchar_t* text;        ///< typed into both fields
     std::uint32_t intervalSec;  ///< then
@@ -64,40 +61,28 @@ TEST_F(SettingsPageTest, ApplyTakesNumbersWithinTheirLimitsAndNothingElseDoes) {
     EXPECT_FALSE(ApplyEnabled());
     EXPECT_TRUE(SavedAsInMemory());
   }
-  Type(IDC_POLL_INTERVAL, L"5");
-  Click(IDC_NOTIFY);
-  Close(IDOK);
-  EXPECT_EQ(engine.IntervalMs(), 86'400'000U) << "what is not applied is dropped";
-  EXPECT_EQ(settings.Get().alertActions, ACTION_LOG | ACTION_SOUND);
-}
-
-TEST_F(SettingsPageTest, ApplyBuildsTheActionsFromTheBoxesAndKeepsPathsAsTyped) {
-  constexpr std::pair<int, std::uint32_t> kBoxes[] = {
-      {IDC_NOTIFY, ACTION_NOTIFY}, {IDC_LOG, ACTION_LOG}, {IDC_SOUND, ACTION_SOUND}};
-  for (std::uint32_t actions = 0; actions < 8; ++actions) {
-    for (const auto& [box, action] : kBoxes) {
-      if (Checked(box) != ((actions & action) != 0)) Click(box);
-    }
-    Click(IDC_APPLY);
-    EXPECT_EQ(settings.Get().alertActions, actions);
-  }
   for (const std::wstring& path : {std::wstring(L" no such:file "), std::wstring(), std::wstring(300, L'y')}) {
     Type(IDC_LOG_PATH, path);
     Type(IDC_SOUND_PATH, path + L'z');
     Click(IDC_APPLY);
     EXPECT_EQ(settings.Get().logFilePath, path.substr(0, 259));
     EXPECT_EQ(settings.Get().soundFilePath, (path + L'z').substr(0, 259));
-    EXPECT_TRUE(SavedAsInMemory());
+    EXPECT_TRUE(path.empty() || SavedAsInMemory()) << "an empty one is read as the default";
   }
+  Type(IDC_POLL_INTERVAL, L"5");
+  Click(IDC_NOTIFY);
+  Close(IDOK);
+  EXPECT_EQ(engine.IntervalMs(), 86'400'000U) << "what is not applied is dropped";
+  EXPECT_EQ(settings.Get().alertActions, ACTION_NOTIFY | ACTION_LOG);
 }
 
 TEST_F(SettingsPageTest, TheDotsChooseAFileForTheirField) {
+  Open();
   const std::wstring sound = folder.File(L"settings test.wav");
   const std::wstring log = folder.File(L"settings test.log");
   for (const std::wstring& path : {sound, log}) ASSERT_EQ(WriteWholeFile(path, "x"), WriteResult::kWritten);
   const std::filesystem::path directory = std::filesystem::current_path();
   const struct {
-    int button;
     int field;
     const wchar_t* typed;
     const wchar_t* shown;  ///< null: systems differ
@@ -105,17 +90,17 @@ TEST_F(SettingsPageTest, TheDotsChooseAFileForTheirField) {
     WORD answer;
     std::wstring after;
   } rows[] = {
-      {IDC_LOG_BROWSE, IDC_LOG_PATH, L"C:\\windows\\old.log", L"old.log", log, IDOK, log},  // exists: no question
-      {IDC_LOG_BROWSE, IDC_LOG_PATH, L"", L"", L"C:\\windows\\new", IDOK, L"C:\\windows\\new.log"},
-      {IDC_LOG_BROWSE, IDC_LOG_PATH, L"a|b?c", nullptr, L"", IDCANCEL, L"a|b?c"},
-      {IDC_SOUND_BROWSE, IDC_SOUND_PATH, L"C:\\windows\\ding.wav", L"ding.wav", sound, IDOK, sound},
-      {IDC_SOUND_BROWSE, IDC_SOUND_PATH, L"C:\\ding.wav", L"ding.wav", sound, IDCANCEL, L"C:\\ding.wav"},
+      {IDC_LOG_PATH, L"C:\\windows\\old.log", L"old.log", log, IDOK, log},  // exists: no question
+      {IDC_LOG_PATH, L"", L"", L"C:\\windows\\new", IDOK, L"C:\\windows\\new.log"},
+      {IDC_LOG_PATH, L"a|b?c", nullptr, L"", IDCANCEL, L"a|b?c"},
+      {IDC_SOUND_PATH, L"C:\\windows\\ding.wav", L"ding.wav", sound, IDOK, sound},
+      {IDC_SOUND_PATH, L"C:\\ding.wav", L"ding.wav", sound, IDCANCEL, L"C:\\ding.wav"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::PrintToString(row.typed) + testing::PrintToString(row.picked));
     Type(row.field, row.typed);
     Click(IDC_APPLY);
-    PostCommand(Window(), row.button);
+    PostCommand(Window(), row.field == IDC_LOG_PATH ? IDC_LOG_BROWSE : IDC_SOUND_BROWSE);
     HWND chooser = WaitForDialogWith(kFileNameBox);
     ASSERT_EQ(::GetWindow(chooser, GW_OWNER), Window());
     EXPECT_TRUE(row.shown == nullptr || WaitUntil([&] { return TextOfItem(chooser, kFileNameBox) == row.shown; }))

@@ -1,7 +1,8 @@
-#include "ui/rule_exchange_commands.h"
+// The commands that bring rules in and out: import, export and presets.
 
 #include "platform/text_file.h"
 #include "tests/ui/program_window_fixture.h"
+#include "ui/rule_presets.h"
 
 namespace {
 
@@ -10,16 +11,10 @@ constexpr wchar_t kNoValidRule[] = L"{ \"rules\": [ { \"processPattern\": \"\" }
 
 class RuleExchangeTest : public ProgramWindowTest {
  protected:
-  void SetUp() override {
-    ProgramWindowTest::SetUp();
-    ThresholdRule rule = MakeNewRule(rules.TakeRuleId());
-    rule.processPattern = L"exported.exe";
-    rules.Append({rule});
-    Open();
-  }
-  void TearDown() override {
+  RuleExchangeTest() {
+    rules.Append({Rule(rules.TakeRuleId(), L"exported.exe")});
     SetClipboard(L"");
-    ProgramWindowTest::TearDown();
+    Open();
   }
 
   /// Waits for the command's message box, expects the text and closes it.
@@ -43,34 +38,29 @@ class RuleExchangeTest : public ProgramWindowTest {
 };
 
 TEST_F(RuleExchangeTest, TheClipboardIsOfferedWhenItLooksLikeRules) {
-  enum class Then { kDone, kFileDialog, kFailure };
-  const struct {
-    std::wstring text;
-    WORD answer;  // 0: no offer is expected
-    Then then;
-  } kCases[] = {
-      {kTwoRules, IDYES, Then::kDone},
-      {kTwoRules, IDNO, Then::kFileDialog},
-      {kTwoRules, IDCANCEL, Then::kDone},
-      {kNoValidRule, IDYES, Then::kFailure},
-      {L"", 0, Then::kFileDialog},
-      {L"{ \"rules\": [] }", 0, Then::kFileDialog},
-      {L"\"processPattern\": \"a\"", 0, Then::kFileDialog},
-      {L"\"Rules\" \"ProcessPattern\"", 0, Then::kFileDialog},
-      // What stands behind the terminator is not text.
-      {std::wstring(L"nothing") + L'\0' + kTwoRules, 0, Then::kFileDialog},
+  // The clipboard and the answer to the offer; 0: none is made.
+  const std::pair<std::wstring, WORD> kCases[] = {
+      {kTwoRules, IDYES},
+      {kTwoRules, IDNO},
+      {kTwoRules, IDCANCEL},
+      {kNoValidRule, IDYES},
+      {L"", 0},
+      {L"{ \"rules\": [] }", 0},
+      {L"\"processPattern\": \"a\"", 0},
+      {L"\"Rules\" \"ProcessPattern\"", 0},
+      {std::wstring(L"nothing") + L'\0' + kTwoRules, 0},  // what stands behind the terminator is not text
   };
-  for (const auto& test : kCases) {
-    SCOPED_TRACE(::testing::PrintToString(test.text) + " answer " + std::to_string(test.answer));
-    SetClipboard(test.text);
+  for (const auto& [text, answer] : kCases) {
+    SCOPED_TRACE(::testing::PrintToString(text) + " answer " + std::to_string(answer));
+    SetClipboard(text);
     PostCommand(Window(), IDC_IMPORT_RULES);
-    if (test.answer != 0) {
+    if (answer != 0) {
       HWND offer = WaitForDialog(L"Import Rules");
       SetClipboard(L"taken by another program");  // the clipboard is free while the user thinks
-      PostCommand(offer, test.answer);
+      PostCommand(offer, answer);
     }
-    if (test.then == Then::kFailure) ExpectMessage(L"Failed to import rules. Check the file format.");
-    if (test.then == Then::kFileDialog) Answer(WaitForDialogWith(kFileNameBox), IDCANCEL);
+    if (text == kNoValidRule) ExpectMessage(L"Failed to import rules. Check the file format.");
+    if (answer == 0 || answer == IDNO) Answer(WaitForDialogWith(kFileNameBox), IDCANCEL);
     ExpectIdleWithRules(3);
   }
 }
@@ -100,6 +90,27 @@ TEST_F(RuleExchangeTest, ExportAsksBeforeOverwritingAndImportAppends) {
   PostCommand(WaitForDialogWith(IDYES), IDYES);
   ExpectMessage(L"Failed to export rules.");
   ExpectIdleWithRules(3);
+}
+
+using RulePresetsMenuTest = ProgramWindowTest;
+
+TEST_F(RulePresetsMenuTest, EveryPresetOfTheRealMenuAddsItsRules) {
+  const std::vector<std::wstring> kLabels = {
+      L"Browser resource limits (Chrome, Firefox, Edge)", L"Runaway CPU detection (any process > 95%)",
+      L"Handle leak detection (any process > 20,000)",    L"Memory hog detection (any process > 4 GB)",
+      L"GDI object leak detection (any process > 8,000)", L"Thread bomb detection (any process > 500)"};
+  Open();
+  RuleStore expected([] { return std::wstring(); });
+  for (int position = 0; position < static_cast<int>(kLabels.size()); ++position) {
+    AddPresetRules(expected, RulePresets()[static_cast<std::size_t>(position)].menuId);
+    // The first time as the button, then as the menu item that stands for it.
+    PostCommand(Window(), position == 0 ? IDC_PRESETS : IDM_PRESETS);
+    EXPECT_EQ(MenuTexts(WaitForPopup()), kLabels);
+    ChooseMenuItem(Window(), position);
+    ASSERT_TRUE(WaitUntil([&] { return RowCount(list) == static_cast<int>(expected.Snapshot()->size()); })) << position;
+    EXPECT_EQ(Rules(), *expected.Snapshot());
+    ExpectSaved();
+  }
 }
 
 }  // namespace

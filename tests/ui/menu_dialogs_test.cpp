@@ -1,6 +1,8 @@
-#include "ui/exclusions_dialog.h"
+// The dialogs that a menu opens: exclusions and About.
 
+#include "product_config.h"
 #include "tests/ui/program_window_fixture.h"
+#include "ui/about_dialog.h"
 
 namespace {
 
@@ -22,15 +24,9 @@ class ExclusionsDialogTest : public ProgramWindowTest {
 };
 
 TEST_F(ExclusionsDialogTest, OkTakesEffectInTheNextCycleAndCancelDoesNot) {
-  ThresholdRule rule = Rule(1, L"*");
-  rule.maxHandles = 1;
-  rules.Append({rule});
+  rules.Append({{.ruleId = 1, .processPattern = L"*", .maxHandles = 1}});
   engine.SetRules(&rules);
-  SimulatedProcess process;
-  process.pid = 100;
-  process.name = L"Busy.exe";
-  process.handles = 5;
-  processes->Put(process);
+  processes->Put({.pid = 100, .name = L"Busy.exe", .handles = 5, .memory = {}, .times = {}});
   const auto sampled = [this] {
     engine.RunCycle();
     return !processes->Opened().empty();
@@ -75,6 +71,31 @@ TEST_F(ExclusionsDialogTest, TakesTenThousandPastedLinesOfAnyLineEnd) {
     EXPECT_TRUE(*engine.Exclusions() == expected) << engine.Exclusions()->size();
     EXPECT_TRUE(SavedAsInMemory());
   }
+}
+
+TEST(AboutDialog, ShowsTheVersionAndOpensThePageOnlyFromItsLink) {
+  constexpr wchar_t kPage[] = L"" VANTORA_PRODUCT_PAGE;
+  TestProgram test;
+  std::vector<std::pair<HWND, std::wstring>> opened;
+  WindowThread thread([&] {
+    RunAboutDialog(nullptr, test.program, [&](HWND owner, const wchar_t* address) { opened.emplace_back(owner, address); });
+  });
+  HWND dialog = thread.WaitForDialog(L"About Vantora");
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_NAME), L"Vantora");
+  EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_VERSION), L"Version 0.0.2.7 BETA");
+  EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_LINK), kPage);
+
+  ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_ABOUT_LINK, STN_DBLCLK), 0);
+  for (const int id : {IDC_ABOUT_NAME, IDC_ABOUT_VERSION, IDC_ABOUT_ICON, IDC_ABOUT_LINK}) {
+    EXPECT_TRUE(opened.empty()) << id;
+    ::SendDlgItemMessageW(dialog, id, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    ::SendDlgItemMessageW(dialog, id, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
+  }
+  EXPECT_EQ(opened, (decltype(opened){{dialog, kPage}}));
+  EXPECT_TRUE(::IsWindowVisible(dialog));
+  PostCommand(dialog, IDOK);
+  EXPECT_TRUE(thread.WaitForEnd());
 }
 
 }  // namespace
