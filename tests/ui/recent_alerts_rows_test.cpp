@@ -3,19 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 
 namespace {
 
 // A list control in little does what it is told; it must then show the newest alerts, newest first.
 TEST(RecentAlertsRows, FollowsTheListThroughEveryKindOfChange) {
   // Between two ticks: alerts before a clearing elsewhere, whether there is one, and alerts after it.
-  const struct {
-    int before;
-    bool clear;
-    int after;
-  } kSteps[] = {{25, false, 0},   {1, false, 0},    {0, true, 0},   {5, false, 0},   {0, true, 5},   {0, true, 6},
-                {3, true, 1},     {0, true, 25},    {19, false, 0}, {20, false, 0},  {21, false, 0}, {999, false, 0},
-                {1000, false, 0}, {1500, false, 0}, {1, false, 0},  {0, true, 1500}, {2, true, 20},  {1, false, 0}};
+  constexpr std::tuple<int, bool, int> kSteps[] = {
+      {25, false, 0},   {1, false, 0},    {0, true, 0},   {5, false, 0},   {0, true, 5},   {0, true, 6},
+      {3, true, 1},     {0, true, 25},    {19, false, 0}, {20, false, 0},  {21, false, 0}, {999, false, 0},
+      {1000, false, 0}, {1500, false, 0}, {1, false, 0},  {0, true, 1500}, {2, true, 20},  {1, false, 0}};
   RecentAlerts alerts;
   RecentAlertsRows rows(alerts);
   rows.OnViewOpened();
@@ -24,11 +22,11 @@ TEST(RecentAlertsRows, FollowsTheListThroughEveryKindOfChange) {
   const auto add = [&](int count) {
     for (; count > 0; --count) alerts.Append({{}, nextPid++, L"", 0, L""});
   };
-  for (const auto& step : kSteps) {
-    SCOPED_TRACE(testing::Message() << step.before << (step.clear ? ", clear, " : ", ") << step.after);
-    add(step.before);
-    if (step.clear) alerts.Clear();
-    add(step.after);
+  for (const auto& [before, clear, after] : kSteps) {
+    SCOPED_TRACE(testing::Message() << before << (clear ? ", clear, " : ", ") << after);
+    add(before);
+    if (clear) alerts.Clear();
+    add(after);
     RecentAlertsRows::Update update;
     ASSERT_TRUE(rows.Take(update));
     EXPECT_LE(update.alerts.size(), RecentAlertsRows::kMaxRows);

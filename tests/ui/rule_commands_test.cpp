@@ -92,9 +92,7 @@ TEST_F(RuleExchangeTest, ExportAsksBeforeOverwritingAndImportAppends) {
   ExpectIdleWithRules(3);
 }
 
-using RulePresetsMenuTest = ProgramWindowTest;
-
-TEST_F(RulePresetsMenuTest, EveryPresetOfTheRealMenuAddsItsRules) {
+TEST_F(ProgramWindowTest, EveryPresetOfTheRealMenuAddsItsRules) {
   const std::vector<std::wstring> kLabels = {
       L"Browser resource limits (Chrome, Firefox, Edge)", L"Runaway CPU detection (any process > 95%)",
       L"Handle leak detection (any process > 20,000)",    L"Memory hog detection (any process > 4 GB)",

@@ -19,19 +19,19 @@ BOOL elevated = TRUE;
 bool promptAccepted = true;
 std::wstring elevatedArguments;
 
-BOOL WINAPI TellToken(HANDLE, TOKEN_INFORMATION_CLASS, void* data, DWORD, DWORD*) {
-  *static_cast<DWORD*>(data) = static_cast<DWORD>(elevated);
-  return TRUE;
-}
-
-BOOL WINAPI Prompt(SHELLEXECUTEINFOW* request) {
-  elevatedArguments = request->lpParameters;
-  if ((request->fMask & SEE_MASK_NOCLOSEPROCESS) != 0) elevatedArguments += L", waited for";
-  if (::GetCursor() == ::LoadCursorW(nullptr, IDC_WAIT)) elevatedArguments += L", wait cursor";
-  return promptAccepted;
-}
-
-const ElevationSystem kMadeUpElevation{::OpenProcessToken, TellToken, Prompt};
+const ElevationSystem kMadeUpElevation{::OpenProcessToken,
+                                       [](HANDLE, TOKEN_INFORMATION_CLASS, void* data, DWORD, DWORD*) -> BOOL {
+                                         *static_cast<BOOL*>(data) = elevated;
+                                         return TRUE;
+                                       },
+                                       [](SHELLEXECUTEINFOW* request) -> BOOL {
+                                         elevatedArguments = request->lpParameters;
+                                         if ((request->fMask & SEE_MASK_NOCLOSEPROCESS) != 0)
+                                           elevatedArguments += L", waited for";
+                                         if (::GetCursor() == ::LoadCursorW(nullptr, IDC_WAIT))
+                                           elevatedArguments += L", wait cursor";
+                                         return promptAccepted;
+                                       }};
 
 constexpr int kMonitoring = 2;
 constexpr int kSettings = 3;
@@ -59,15 +59,12 @@ class SettingsMenuTest : public ProgramWindowTest {
 };
 
 TEST_F(SettingsMenuTest, TogglesActAtOnceShowTheirMarkAndLeaveThePageAlone) {
-  const struct {
-    WORD command;
-    std::uint32_t bit;  ///< in what bits() returns
-    int box;            ///< on the page; 0: none
-  } kToggles[] = {{IDM_NOTIFY, ACTION_NOTIFY, IDC_NOTIFY},
-                  {IDM_LOG, ACTION_LOG, IDC_LOG},
-                  {IDM_SOUND, ACTION_SOUND, IDC_SOUND},
-                  {IDM_INCLUDE_BETAS, 0x100, 0},
-                  {IDM_START_WITH_WINDOWS, 0x200, 0}};
+  // The command, its bit in what bits() returns, its box on the page (0: none).
+  constexpr std::tuple<int, std::uint32_t, int> kToggles[] = {{IDM_NOTIFY, ACTION_NOTIFY, IDC_NOTIFY},
+                                                              {IDM_LOG, ACTION_LOG, IDC_LOG},
+                                                              {IDM_SOUND, ACTION_SOUND, IDC_SOUND},
+                                                              {IDM_INCLUDE_BETAS, 0x100, 0},
+                                                              {IDM_START_WITH_WINDOWS, 0x200, 0}};
   const auto bits = [this] {
     const AppSettings now = settings.Get();
     return now.alertActions | (now.includeBetas ? 0x100U : 0U) | (IsStartWithWindowsEnabled() ? 0x200U : 0U);
@@ -76,16 +73,16 @@ TEST_F(SettingsMenuTest, TogglesActAtOnceShowTheirMarkAndLeaveThePageAlone) {
   Open();
   Type(IDC_THROTTLE, L"98");  // a pending edit stays one
   ::EnableWindow(Item(IDC_APPLY), FALSE);
-  for (const auto& toggle : kToggles) {
+  for (const auto& [command, bit, box] : kToggles) {
     for (int times = 0; times < 2; ++times) {
-      SCOPED_TRACE(toggle.command);
-      const std::uint32_t flipped = bits() ^ toggle.bit;
-      Command(toggle.command);
+      SCOPED_TRACE(command);
+      const std::uint32_t flipped = bits() ^ bit;
+      Command(command);
       EXPECT_EQ(bits(), flipped);
       const HMENU popup = Popup(kSettings);
-      for (const auto& shown : kToggles) {
-        EXPECT_EQ(Has(popup, shown.command, MF_CHECKED), (flipped & shown.bit) != 0) << shown.command;
-        EXPECT_TRUE(shown.box == 0 || Checked(shown.box) == ((flipped & shown.bit) != 0)) << shown.command;
+      for (const auto& [item, itsBit, itsBox] : kToggles) {
+        EXPECT_EQ(Has(popup, item, MF_CHECKED), (flipped & itsBit) != 0) << item;
+        EXPECT_TRUE(itsBox == 0 || Checked(itsBox) == ((flipped & itsBit) != 0)) << item;
       }
       EXPECT_TRUE(SavedAsInMemory());
     }
@@ -158,7 +155,6 @@ TEST_F(SettingsMenuTest, ResetRulesAsksAndEmptiesListAndFile) {
   for (const auto& [answer, left] : {std::pair{WORD{IDNO}, 5}, {WORD{IDYES}, 0}}) {
     Reset(IDM_RESET_RULES, IDS_ASK_RESET_RULES, answer);
     EXPECT_EQ(RowCount(list), left);
-    EXPECT_EQ(Rules().size(), static_cast<std::size_t>(left));
     ExpectSaved();
   }
   EXPECT_EQ(rules.TakeRuleId(), 6U);
@@ -168,16 +164,14 @@ TEST_F(SettingsMenuTest, ResetRulesAsksAndEmptiesListAndFile) {
 /// The menu without the main window, on the test's own thread: what needs a Task Scheduler or a popup of the test's.
 class SettingsMenuAloneTest : public SettingsMenuTest, public MainWindowHost {
  protected:
-  SettingsMenuAloneTest()
-      : bar(::LoadMenuW(program.instance, MAKEINTRESOURCEW(IDR_MAIN_MENU))), popup(::GetSubMenu(bar, kSettings)) {}
   ~SettingsMenuAloneTest() override { ::DestroyMenu(bar); }
   [[nodiscard]] HWND MainWindow() const override { return program.trayWindow; }
   void RefreshRuleList() override {}
   void EndMainWindow(INT_PTR) override { ended = true; }
 
   SettingsPage page{program};
-  HMENU bar;
-  HMENU popup;
+  HMENU bar = ::LoadMenuW(program.instance, MAKEINTRESOURCEW(IDR_MAIN_MENU));
+  HMENU popup = ::GetSubMenu(bar, kSettings);
   bool ended = false;
 };
 
@@ -248,6 +242,7 @@ TEST_F(SettingsMenuAloneTest, ASlowTaskSchedulerHoldsThePopupUpOnlyBriefly) {
   menu.OnInitMenuPopup(popup);
   ::TrackPopupMenu(popup, TPM_RETURNCMD, 10, 10, 0, program.trayWindow, nullptr);
   user.join();
+  EXPECT_LT(millisecondsToOpen(popup), 190U) << "an answer that is there is not waited for";
 }
 
 }  // namespace

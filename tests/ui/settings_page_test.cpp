@@ -1,6 +1,7 @@
 #include "ui/settings_page.h"
 
 #include <filesystem>
+#include <tuple>
 
 #include "platform/file.h"
 #include "tests/ui/program_window_fixture.h"
@@ -14,17 +15,14 @@ TEST_F(SettingsPageTest, OpensFilledAndEveryChangeEnablesApply) {
   settings.Update([](AppSettings& s) { s = {6 | 0x100, 77, 24, true, L"C:\\alerts.log", L"C:\\ding.wav", {}}; });
   Open();
   EXPECT_TRUE(!Checked(IDC_NOTIFY) && Checked(IDC_LOG) && Checked(IDC_SOUND));
-  const struct {
-    int id;
-    const wchar_t* text;    ///< null: a check box
-    std::uint32_t actions;  ///< once its change is applied
-  } kControls[] = {{IDC_POLL_INTERVAL, L"45", 6},
-                   {IDC_THROTTLE, L"77", 6},
-                   {IDC_LOG_PATH, L"C:\\alerts.log", 6},
-                   {IDC_SOUND_PATH, L"C:\\ding.wav", 6},
-                   {IDC_NOTIFY, nullptr, 7},
-                   {IDC_LOG, nullptr, 5},
-                   {IDC_SOUND, nullptr, 1}};
+  // The control, its text (null: a check box), the actions once its change is applied.
+  constexpr std::tuple<int, const wchar_t*, std::uint32_t> kControls[] = {{IDC_POLL_INTERVAL, L"45", 6},
+                                                                          {IDC_THROTTLE, L"77", 6},
+                                                                          {IDC_LOG_PATH, L"C:\\alerts.log", 6},
+                                                                          {IDC_SOUND_PATH, L"C:\\ding.wav", 6},
+                                                                          {IDC_NOTIFY, nullptr, 7},
+                                                                          {IDC_LOG, nullptr, 5},
+                                                                          {IDC_SOUND, nullptr, 1}};
   for (const auto& [id, text, actions] : kControls) {
     SCOPED_TRACE(id);
     EXPECT_FALSE(ApplyEnabled());
@@ -43,21 +41,18 @@ TEST_F(SettingsPageTest, OpensFilledAndEveryChangeEnablesApply) {
 
 TEST_F(SettingsPageTest, ApplyTakesNumbersWithinTheirLimitsAndPathsAsTyped) {
   Open();
-  const struct {
-    const wchar_t* text;        ///< typed into both fields
-    std::uint32_t intervalSec;  ///< then
-    std::uint32_t throttleSec;  ///< then
-  } kRows[] = {
+  // What is typed into both fields; then the interval and the throttle in seconds.
+  constexpr std::tuple<const wchar_t*, std::uint32_t, std::uint32_t> kRows[] = {
       {L"1", 1, 1},        {L"3600", 3600, 3600}, {L"3601", 3601, 3600},    {L"86400", 86400, 3600},      {L"86401", 86400, 3600},
       {L"0", 86400, 3600}, {L"", 86400, 3600},    {L"twelve", 86400, 3600}, {L"4294967297", 86400, 3600}, {L"-5", 86400, 3600}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::PrintToString(row.text));
-    Type(IDC_POLL_INTERVAL, row.text);
-    Type(IDC_THROTTLE, row.text);
+  for (const auto& [text, intervalSec, throttleSec] : kRows) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    Type(IDC_POLL_INTERVAL, text);
+    Type(IDC_THROTTLE, text);
     Click(IDC_APPLY);
-    EXPECT_EQ(engine.IntervalMs(), row.intervalSec * 1000);
-    EXPECT_EQ(settings.Get().notificationThrottleSec, row.throttleSec);
-    EXPECT_EQ(Text(IDC_POLL_INTERVAL), row.text);
+    EXPECT_EQ(engine.IntervalMs(), intervalSec * 1000);
+    EXPECT_EQ(settings.Get().notificationThrottleSec, throttleSec);
+    EXPECT_EQ(Text(IDC_POLL_INTERVAL), text);
     EXPECT_FALSE(ApplyEnabled());
     EXPECT_TRUE(SavedAsInMemory());
   }
