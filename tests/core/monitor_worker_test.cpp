@@ -1,15 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <deque>
+#include <algorithm>
 #include <new>
 
 #include "core/monitor_engine.h"
-#include "core/simulated_process_table.h"
 #include "tests/core/monitor_doubles.h"
 
 namespace {
-
-using Texts = std::vector<std::wstring>;
 
 constexpr std::uint32_t kLongMs = 30'000;
 
@@ -20,48 +17,35 @@ struct TestEvent : Event {
   }
 };
 
-RuleList OneThreadRule() {
-  ThresholdRule rule;
-  rule.ruleId = 1;
-  rule.processPattern = L"*";
-  rule.maxThreads = 1;
-  rule.cooldownSec = 0;
-  return {rule};
-}
+/// Where the worker says that it has come, and waits until it may go on.
+struct Barrier {
+  void Pass() {
+    reached.Signal();
+    (void)goOn.Wait(kLongMs);
+  }
+  TestEvent reached;
+  TestEvent goOn;
+};
 
 /// A machine with two processes that break the rule, and whose list can be held up or run out of memory.
 class TroubledSampler final : public ProcessSampler {
  public:
   TroubledSampler() {
-    for (const std::uint32_t pid : {10u, 11u}) {
-      SimulatedProcess process;
-      process.pid = pid;
-      process.name = L"busy.exe";
-      process.threads = 5;
-      table_.Put(process);
-    }
+    for (const std::uint32_t pid : {10u, 11u}) table_.Put(MakeProcess(pid, L"busy.exe", 5));
   }
-  ~TroubledSampler() override {
-    if (destroyed != nullptr) destroyed->Signal();
-  }
+  ~TroubledSampler() override { destroyed->Signal(); }
   bool ListProcesses(std::vector<ProcessEntry>& entries, std::uint32_t& error) override {
-    if (listing != nullptr) {
-      listing->Signal();
-      (void)goOn->Wait(kLongMs);
-    }
-    if (outOfMemoryOnce && table_.ListCount() == 0) {
-      (void)table_.ListProcesses(entries, error);
-      throw std::bad_alloc();
-    }
-    return table_.ListProcesses(entries, error);
+    if (barrier) barrier->Pass();
+    const bool listed = table_.ListProcesses(entries, error);
+    if (table_.ListCount() == outOfMemoryAt) throw std::bad_alloc();
+    return listed;
   }
   std::unique_ptr<Process> OpenProcess(std::uint32_t pid) override { return table_.OpenProcess(pid); }
   [[nodiscard]] std::size_t ListCount() const { return table_.ListCount(); }
 
-  std::shared_ptr<Event> destroyed;
-  std::shared_ptr<Event> listing;
-  std::shared_ptr<Event> goOn;
-  bool outOfMemoryOnce = false;
+  std::shared_ptr<Event> destroyed = std::make_shared<TestEvent>();
+  std::shared_ptr<Barrier> barrier;
+  std::size_t outOfMemoryAt = 0;
 
  private:
   SimulatedProcessTable table_;
@@ -69,131 +53,84 @@ class TroubledSampler final : public ProcessSampler {
 
 class MonitorWorker : public testing::Test {
  protected:
-  /// Before each wait of the worker the next step runs on its thread; after the last one the worker waits for Stop.
-  void ScriptWaits(std::deque<std::function<void()>> steps) {
-    clock.onWait = [this, steps = std::move(steps)](Event& event, std::uint32_t timeoutMs) mutable {
-      if (steps.empty()) {
-        scriptDone.Signal();
-        return event.Wait(kLongMs);
-      }
-      timeouts.push_back(timeoutMs);
-      steps.front()();
-      steps.pop_front();
-      return WaitResult::kTimedOut;
-    };
+  std::unique_ptr<MonitorEngine> StartEngine(IAlertSink& sink) {
+    auto engine = std::make_unique<MonitorEngine>(std::move(sampler), clock, 1);
+    engine->SetRules(rules.get());
+    engine->SetSink(&sink);
+    engine->Start();
+    return engine;
   }
 
-  FakeClock clock;
-  FakeRules rules{OneThreadRule()};
-  TestEvent scriptDone;
-  std::vector<std::uint32_t> timeouts;
-  std::shared_ptr<TroubledSampler> sampler = std::make_shared<TroubledSampler>();
   const DiagnosticLines lines;
+  FakeClock clock;
+  std::unique_ptr<FakeRules> rules = std::make_unique<FakeRules>(RuleList{ThreadRule(1, 1)});
+  RecordingSink recording;
+  std::shared_ptr<TroubledSampler> sampler = std::make_shared<TroubledSampler>();
+  const std::shared_ptr<Event> destroyed = sampler->destroyed;
 };
 
-TEST_F(MonitorWorker, WaitsBeforeTheFirstCycleAndObeysIntervalAndPause) {
-  RecordingSink sink;
+TEST_F(MonitorWorker, WaitsBeforeTheFirstCycleObeysIntervalAndPauseAndSurvivesACycleWithoutMemory) {
+  sampler->outOfMemoryAt = 4;
   MonitorEngine engine(sampler, clock, 1);
-  engine.SetRules(&rules);
-  engine.SetSink(&sink);
+  engine.SetRules(rules.get());
+  engine.SetSink(&recording);
+  TestEvent scriptDone;
+  std::vector<std::uint32_t> timeouts;
   std::vector<std::size_t> lists;
-  const auto note = [&] { lists.push_back(sampler->ListCount()); };
-  ScriptWaits({note, [&] { note(), engine.SetIntervalMs(1000); }, [&] { note(), engine.SetPaused(true); }, note,
-               [&] { note(), engine.SetPaused(false); }, note});
+  clock.onWait = [&](Event& event, std::uint32_t timeoutMs) {
+    timeouts.push_back(timeoutMs);
+    lists.push_back(sampler->ListCount());
+    if (lists.size() == 2) engine.SetIntervalMs(1000);
+    if (lists.size() == 3) engine.SetPaused(true);
+    if (lists.size() == 5) engine.SetPaused(false);
+    if (lists.size() < 8) return WaitResult::kTimedOut;
+    scriptDone.Signal();
+    return event.Wait(kLongMs);
+  };
   engine.Start();
   engine.Start();
   ASSERT_EQ(scriptDone.Wait(kLongMs), WaitResult::kSignaled);
   engine.Stop();
-  engine.Stop();
 
-  EXPECT_EQ(timeouts, (std::vector<std::uint32_t>{30'000, 30'000, 1000, 1000, 1000, 1000}));
-  EXPECT_EQ(lists, (std::vector<std::size_t>{0, 1, 2, 2, 2, 3}));
-  EXPECT_EQ(sampler->ListCount(), 4u);
-  EXPECT_EQ(sink.Take().size(), 8u);
-
-  // The two threads' lines interleave as they like; each thread's own order is fixed.
-  Texts ofWorker;
-  Texts ofCaller;
-  for (const std::wstring& line : DiagnosticLines::Take()) {
-    if (line.starts_with(L"ALERT")) continue;
-    (line.starts_with(L"MonitorEngine::MonitorLoop") ? ofWorker : ofCaller).push_back(line);
-  }
-  EXPECT_EQ(ofWorker, (Texts{L"MonitorEngine::MonitorLoop - Entering loop", L"MonitorEngine::MonitorLoop - Exiting loop"}));
-  ASSERT_EQ(ofCaller.size(), 4u);
-  EXPECT_TRUE(ofCaller[0].starts_with(L"MonitorEngine::Start - Monitor thread started (TID "));
-  EXPECT_EQ(ofCaller[1], L"MonitorEngine::Start - Already running");
-  EXPECT_EQ(ofCaller[3], L"MonitorEngine::Stop - Stopped");
-}
-
-TEST_F(MonitorWorker, LeavesTheLoopWhenTheWaitFails) {
-  MonitorEngine engine(sampler, clock, 1);
-  engine.SetRules(&rules);
-  clock.onWait = [](Event&, std::uint32_t) { return WaitResult::kFailed; };
-  engine.Start();
-  engine.Stop();
-  EXPECT_EQ(sampler->ListCount(), 0u);
-}
-
-TEST_F(MonitorWorker, SurvivesACycleWithoutMemory) {
-  RecordingSink sink;
-  MonitorEngine engine(sampler, clock, 1);
-  engine.SetRules(&rules);
-  engine.SetSink(&sink);
-  sampler->outOfMemoryOnce = true;
-  ScriptWaits({[] {}, [] {}});
-  engine.Start();
-  ASSERT_EQ(scriptDone.Wait(kLongMs), WaitResult::kSignaled);
-  engine.Stop();
-  EXPECT_EQ(sink.Take().size(), 2u);
+  EXPECT_EQ(timeouts, (std::vector<std::uint32_t>{30'000, 30'000, 1000, 1000, 1000, 1000, 1000, 1000}));
+  EXPECT_EQ(lists, (std::vector<std::size_t>{0, 1, 2, 2, 2, 3, 4, 5}));
+  EXPECT_EQ(recording.Take().size(), 8u) << "two in each cycle but the fourth";
+  const Texts seen = DiagnosticLines::Take();
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), L"MonitorEngine::Start - Already running"), 1);
+  EXPECT_EQ(seen.back(), L"MonitorEngine::Stop - Stopped");
 }
 
 // The engine, its rules and its sink are gone before the system call that holds the worker up comes back.
 TEST_F(MonitorWorker, StuckInASystemCallAtStopItAlertsNobodyLater) {
-  const auto destroyed = sampler->destroyed = std::make_shared<TestEvent>();
-  const auto listing = sampler->listing = std::make_shared<TestEvent>();
-  const auto goOn = sampler->goOn = std::make_shared<TestEvent>();
+  const auto barrier = sampler->barrier = std::make_shared<Barrier>();
   auto sink = std::make_unique<RecordingSink>();
-  auto ownRules = std::make_unique<FakeRules>(OneThreadRule());
-  auto engine = std::make_unique<MonitorEngine>(std::move(sampler), clock, 1);
-  engine->SetRules(ownRules.get());
-  engine->SetSink(sink.get());
-  engine->Start();
-  ASSERT_EQ(listing->Wait(kLongMs), WaitResult::kSignaled);
+  auto engine = StartEngine(*sink);
+  ASSERT_EQ(barrier->reached.Wait(kLongMs), WaitResult::kSignaled);
   engine->Stop(20);
-  EXPECT_EQ(engine->CpuSampleCount(), 0u);
   engine.reset();
   EXPECT_TRUE(sink->Take().empty());
   sink.reset();
-  ownRules.reset();
+  rules.reset();
 
-  goOn->Signal();
+  barrier->goOn.Signal();
   ASSERT_EQ(destroyed->Wait(kLongMs), WaitResult::kSignaled) << "the worker has not let go of its state";
-  const Texts seen = DiagnosticLines::Take();
-  ASSERT_FALSE(seen.empty());
-  EXPECT_EQ(seen.back(), L"MonitorEngine::MonitorLoop - Exiting loop");
+  EXPECT_EQ(DiagnosticLines::Take().back(), L"MonitorEngine::MonitorLoop - Exiting loop");
 }
 
 TEST_F(MonitorWorker, StuckInTheSinkAtStopItRaisesNoFurtherAlert) {
   struct StickySink final : IAlertSink {
     void OnAlert(const AlertRecord&) override {
       ++calls;
-      entered.Signal();
-      (void)goOn.Wait(kLongMs);
+      barrier.Pass();
     }
     std::atomic<int> calls{0};
-    TestEvent entered;
-    TestEvent goOn;
+    Barrier barrier;
   } sink;
-  const auto destroyed = sampler->destroyed = std::make_shared<TestEvent>();
-  {
-    MonitorEngine engine(std::move(sampler), clock, 1);
-    engine.SetRules(&rules);
-    engine.SetSink(&sink);
-    engine.Start();
-    ASSERT_EQ(sink.entered.Wait(kLongMs), WaitResult::kSignaled);
-    engine.Stop(20);
-  }
-  sink.goOn.Signal();
+  auto engine = StartEngine(sink);
+  ASSERT_EQ(sink.barrier.reached.Wait(kLongMs), WaitResult::kSignaled);
+  engine->Stop(20);
+  engine.reset();
+  sink.barrier.goOn.Signal();
   ASSERT_EQ(destroyed->Wait(kLongMs), WaitResult::kSignaled);
   EXPECT_EQ(sink.calls, 1);
 }
