@@ -2,31 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
+#include <algorithm>
 
-namespace {
+#include "tests/platform/diagnostic_lines.h"
 
-std::vector<std::wstring>& Lines() {
-  static std::vector<std::wstring> lines;
-  return lines;
-}
-
-class Diagnostics : public testing::Test {
- protected:
-  void SetUp() override {
-    Lines().clear();
-    SetDiagnosticHook([](std::wstring_view line) { Lines().emplace_back(line); });
+TEST(Diagnostics, LinesAreCutAndNothingIsAdded) {
+  const DiagnosticLines lines;
+  for (const std::size_t length : {0u, 1022u, 1023u, 5000u}) {
+    DebugLog(L"%ls", std::wstring(length, L'x').c_str());
+    EXPECT_EQ(DiagnosticLines::Take(), std::vector{std::wstring(std::min<std::size_t>(length, 1022), L'x')});
   }
-  void TearDown() override { SetDiagnosticHook(nullptr); }
-};
-
-TEST_F(Diagnostics, LinesAreCutAndNothingIsAdded) {
-  DebugLog(L"RuleStore::Load - Could not open %ls", L"C:\\rules.csv");
-  for (const std::size_t length : {1021u, 1022u, 1023u, 5000u}) DebugLog(L"%ls", std::wstring(length, L'x').c_str());
-  const std::vector<std::wstring> expected = {L"RuleStore::Load - Could not open C:\\rules.csv", std::wstring(1021, L'x'),
-                                              std::wstring(1022, L'x'), std::wstring(1022, L'x'), std::wstring(1022, L'x')};
-  EXPECT_EQ(Lines(), expected);
 }
-
-}  // namespace
