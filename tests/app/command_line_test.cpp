@@ -5,10 +5,7 @@
 namespace {
 
 TEST(ParseCommandLine, FindsEachSwitchAnywhereInTheLineByTheOrderOfPrecedence) {
-  const struct {
-    const wchar_t* commandLine;
-    StartOptions expected;
-  } cases[] = {
+  const std::pair<const wchar_t*, StartOptions> cases[] = {
       {L"", {}},
       {L"vantora.exe /TRAY -Restart --INSTALL-ADMIN-TASK", {}},
       {L"vantora.exe --terminat tray restart", {}},
@@ -22,9 +19,8 @@ TEST(ParseCommandLine, FindsEachSwitchAnywhereInTheLineByTheOrderOfPrecedence) {
       {L"vantora.exe -restart --remove-admin-task", {StartJob::kRemoveAdminTask}},
       {L"vantora.exe -install-admin-task -remove-admin-task", {}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(std::wstring(c.commandLine)));
-    EXPECT_EQ(ParseCommandLine(c.commandLine), c.expected);
+  for (const auto& [commandLine, expected] : cases) {
+    EXPECT_EQ(ParseCommandLine(commandLine), expected) << std::wstring(commandLine);
   }
 }
 

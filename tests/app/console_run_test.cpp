@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <regex>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "tests/storage/throwaway_folder.h"
 
@@ -14,10 +16,7 @@ namespace {
 
 class ConsoleRun : public testing::Test {
  protected:
-  [[nodiscard]] std::string File(const char* name) const {
-    const std::wstring path = folder_.Path(name);
-    return std::filesystem::path(path).string();
-  }
+  [[nodiscard]] std::string File(const char* name) const { return std::filesystem::path(folder_.Path(name)).string(); }
   [[nodiscard]] int Run(const std::string& arguments) const {
     const std::string command =
         "exec timeout 30 '" VANTORA_CONSOLE "' " + arguments + " '" + File("rules.csv") + "' >'" + File("out") + "' 2>/dev/null";
@@ -29,14 +28,20 @@ class ConsoleRun : public testing::Test {
 };
 
 TEST_F(ConsoleRun, PrintsOneLogLineForEachCycleInWhichARealProcessIsOverACeiling) {
-  // Rule 7 is exceeded, rule 8 is not.
+  const std::vector<char> block(64u << 20, 'x');
+  const std::jthread busy([](const std::stop_token& end) {
+    while (!end.stop_requested()) std::this_thread::yield();
+  });
+  // Rule 7 is exceeded, in its CPU ceiling from the second cycle on; rule 8 is not.
   ThrowawayFolder::Write(folder_.Path("rules.csv"),
-                         "header\n7,app_test,1,0,1.0,0,0,0,0,0,0,0\n8,app_test,1,0,0,0,0,5000,0,0,0,0\n");
+                         "header\n7,app_test,1,2,64,64,0.1,1,0,0,0,0\n8,app_test,1,999,0,0,0,999,0,0,0,0\n");
   EXPECT_EQ(Run("--interval 1 --cycles 2"), 0);
-  const std::string line =
-      R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\t)" + std::to_string(::getpid()) + R"(\tapp_test\tWorking Set: \d+ MB > 1 MB\n)";
+  const std::string head = R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\t)" + std::to_string(::getpid()) +
+                           R"(\tapp_test\tHandles: \d\d? > 2; Working Set: \d+ MB > 64 MB; Private Bytes: \d+ MB > 64 MB; )";
   const std::string output = ThrowawayFolder::Read(folder_.Path("out"));
-  EXPECT_TRUE(std::regex_match(output, std::regex(line + line))) << output;
+  const std::regex expected(head + R"(Threads: 2 > 1\n)" + head + R"(CPU: \d+\.\d% > 0\.1%; Threads: 2 > 1\n)");
+  EXPECT_TRUE(std::regex_match(output, expected)) << output;
+  EXPECT_EQ(block.back(), 'x');
 }
 
 TEST_F(ConsoleRun, TellsAMissingRulesFileAndWrongArgumentsApart) {

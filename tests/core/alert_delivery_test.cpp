@@ -85,6 +85,7 @@ TEST_F(AlertDeliveryTest, WaitingAlertsCostOneBalloonTextHoweverMany) {
   EXPECT_EQ(recent.Copy(), std::vector<AlertRecord>{large}) << "the list keeps the whole";
   for (int count = 0; count < 10'000; ++count) delivery.DeliverAlert(large);
   EXPECT_LT(delivery.PendingChars(), 1024u);
+  EXPECT_EQ(recent.Size(), RecentAlerts::kMaxAlerts);
   EXPECT_EQ(DeliverAt(130'000, large), Texts{L"Vantora: 10001 Alerts|" + AlertLine(large).substr(0, kBalloonTextUnits)});
 }
 

@@ -22,53 +22,39 @@ constexpr std::uint32_t kProcessors = 4;
 
 /// The place of one process after the other, of the same name. A slot's processes have one process ID in turn, or each its own.
 struct Slot {
-  explicit Slot(std::uint32_t slotNumber) : number(slotNumber) {}
-
   [[nodiscard]] std::uint64_t Period() const { return 200 + 37 * (number % 50); }
   [[nodiscard]] std::uint64_t Gap() const { return 20 + 15 * (number % 7); }
-  [[nodiscard]] std::uint64_t Offset() const { return (number * 131) % Period(); }
-  [[nodiscard]] std::uint64_t BirthOf(std::uint64_t generation) const {
-    return generation * Period() < Offset() ? 0 : generation * Period() - Offset();
-  }
-  [[nodiscard]] std::uint64_t DeathOf(std::uint64_t generation) const {
-    const std::uint64_t end = (generation + 1) * Period() - Gap();
-    return end < Offset() ? 0 : end - Offset();
-  }
+  [[nodiscard]] std::uint64_t BirthOf(std::uint64_t generation) const { return number * 131 % Period() + generation * Period(); }
+  [[nodiscard]] std::uint64_t DeathOf(std::uint64_t generation) const { return BirthOf(generation + 1) - Gap(); }
   [[nodiscard]] bool HandsIdOn() const { return number % 2 == 0; }
   [[nodiscard]] std::uint32_t PidOf(std::uint64_t generation) const {
     return HandsIdOn() ? 8 + number : 1000 + static_cast<std::uint32_t>(generation) * kSlots + number;
   }
   [[nodiscard]] std::uint32_t Group() const { return number % kGroups; }
   [[nodiscard]] bool Misbehaves() const { return number / kGroups % 3 == 0; }
+  [[nodiscard]] bool IsWatched() const { return Misbehaves() && Group() < kRules / 2; }
 
   std::uint32_t number;
 };
 
-struct RulePlan {
-  ThresholdRule rule;
-  /// What a rule measures decides how old a process is when it breaks the rule for the first time; from then on it breaks it for
-  /// life.
-  std::uint64_t ageAtFirstBreach;
-};
-
-std::vector<RulePlan> MakePlans() {
+RuleList MakeRules() {
   constexpr std::uint32_t kCooldowns[] = {30, 12, 60, 90, 400, 3600, 100'000, 45};
-  // Too many threads from the start; handles leak one a cycle; one processor of four kept busy, seen from the second cycle on;
-  // both memories, in one alert.
-  constexpr std::uint64_t kAges[] = {0, 50, 1, 0};
-  std::vector<RulePlan> plans;
+  RuleList rules;
   for (std::uint32_t index = 0; index < kRules; ++index) {
-    const std::uint32_t kind = index % 4;
     // Two rules to a group and every group a name of its own: ten groups of twenty slots are watched.
     const std::wstring pattern = FormatText(L"%lc-PROCESS?.*", static_cast<wint_t>(L'A' + index / 2));
-    ThresholdRule rule = ThreadRule(index + 1, kind == 0 ? 100 : 0, kCooldowns[index % 8], pattern.c_str());
-    if (kind == 1) rule.maxHandles = 50;
-    if (kind == 2) rule.maxCpuPercent = 20.0;
-    if (kind == 3) rule.maxWorkingSet = rule.maxPrivateBytes = 1;
-    plans.push_back({rule, kAges[kind]});
+    ThresholdRule rule = ThreadRule(index + 1, index % 4 == 0 ? 100 : 0, kCooldowns[index % 8], pattern.c_str());
+    if (index % 4 == 1) rule.maxHandles = 50;
+    if (index % 4 == 2) rule.maxCpuPercent = 20.0;
+    if (index % 4 == 3) rule.maxWorkingSet = rule.maxPrivateBytes = 1;
+    rules.push_back(rule);
   }
-  return plans;
+  return rules;
 }
+
+/// How old a process is when it breaks the rule for the first time; from then on it breaks it for life. It leaks a handle each
+/// cycle, and keeps one processor of four busy, which is seen from its second cycle on.
+std::uint64_t AgeAtFirstBreach(const ThresholdRule& rule) { return rule.maxCpuPercent > 0.0 ? 1 : rule.maxHandles; }
 
 struct Expectation {
   std::array<std::uint64_t, kRules> alerts{};
@@ -76,17 +62,17 @@ struct Expectation {
 };
 
 /// Leaps from one alert of a slot to the next.
-void Expect(const Slot& slot, const RulePlan& plan, Expectation& expected) {
+void Expect(const Slot& slot, const ThresholdRule& rule, Expectation& expected) {
   constexpr std::uint64_t kNever = ~std::uint64_t{0};
-  const std::uint64_t cooldown = plan.rule.cooldownSec;
+  const std::uint64_t cooldown = rule.cooldownSec;
   std::uint64_t last = kNever;
   for (std::uint64_t generation = 0; slot.BirthOf(generation) < kDay; ++generation) {
     const std::uint64_t death = std::min(slot.DeathOf(generation), kDay);
     if (!slot.HandsIdOn()) last = kNever;
-    std::uint64_t cycle = slot.BirthOf(generation) + plan.ageAtFirstBreach;
+    std::uint64_t cycle = slot.BirthOf(generation) + AgeAtFirstBreach(rule);
     if (last != kNever) cycle = std::max(cycle, last + cooldown);
     for (; cycle < death; cycle += cooldown) {
-      ++expected.alerts[plan.rule.ruleId - 1];
+      ++expected.alerts[rule.ruleId - 1];
       last = cycle;
     }
     // Until the ID has its next process, or for good, a cooldown that runs out is forgotten.
@@ -100,59 +86,40 @@ void Expect(const Slot& slot, const RulePlan& plan, Expectation& expected) {
 class Machine {
  public:
   Machine() {
-    for (std::uint32_t number = 0; number < kSlots; ++number) places_.push_back({Slot(number), 0});
+    for (std::uint32_t number = 0; number < kSlots; ++number) places_.push_back({{number}, 0});
   }
 
   void MoveTo(std::uint64_t cycle) {
-    for (Place& place : places_) {
-      if (cycle == place.death) {
-        table->Remove(place.slot.PidOf(place.generation++));
-        place.birth = place.slot.BirthOf(place.generation);
-        place.death = place.slot.DeathOf(place.generation);
-      }
-      if (cycle == place.birth && cycle < place.death) Begin(place);
-      if (place.isWatched && cycle >= place.birth) Live(place);
+    for (auto& [slot, generation] : places_) {
+      if (cycle == slot.DeathOf(generation)) table->Remove(slot.PidOf(generation++));
+      if (cycle == slot.BirthOf(generation)) Begin(slot, generation);
+      if (!slot.IsWatched() || cycle < slot.BirthOf(generation)) continue;
+      SimulatedProcess* const process = table->Find(slot.PidOf(generation));
+      ASSERT_NE(process, nullptr);
+      process->times.userTime += kMsPerCycle * 10'000;
+      ++process->handles;
     }
   }
 
   std::shared_ptr<SimulatedProcessTable> table = std::make_shared<SimulatedProcessTable>();
 
  private:
-  struct Place {
-    Slot slot;
-    std::uint64_t generation;
-    std::uint64_t birth = slot.BirthOf(0);
-    std::uint64_t death = slot.DeathOf(0);
-    bool isWatched = slot.Misbehaves() && slot.Group() < kRules / 2;
-  };
-
-  void Begin(const Place& place) {
-    const std::wstring name = FormatText(L"%lc-process%lc.exe", static_cast<wint_t>(L'a' + place.slot.Group()),
-                                         static_cast<wint_t>(L'a' + place.slot.number / kGroups));
-    const bool misbehaves = place.slot.Misbehaves();
+  void Begin(const Slot& slot, std::uint64_t generation) {
+    const std::wstring name = FormatText(L"%lc-process%lc.exe", static_cast<wint_t>(L'a' + slot.Group()),
+                                         static_cast<wint_t>(L'a' + slot.number / kGroups));
     SimulatedProcess process =
-        MakeProcess(place.slot.PidOf(place.generation), name.c_str(), misbehaves ? 101 : 100, {1 + place.birth, 1, 1});
-    if (misbehaves) process.memory = {2, 2};
+        MakeProcess(slot.PidOf(generation), name.c_str(), slot.Misbehaves() ? 101 : 100, {1 + slot.BirthOf(generation), 1, 1});
+    if (slot.Misbehaves()) process.memory = {2, 2};
     table->Put(std::move(process));
   }
 
-  void Live(const Place& place) {
-    SimulatedProcess* const process = table->Find(place.slot.PidOf(place.generation));
-    ASSERT_NE(process, nullptr);
-    process->times.userTime += kMsPerCycle * 10'000;
-    ++process->handles;
-  }
-
-  std::vector<Place> places_;
+  std::vector<std::pair<Slot, std::uint64_t>> places_;
 };
 
 TEST(DayOfCycles, RaisesExactlyWhatTheTimetableSaysInBoundedTables) {
   SetDiagnosticHook([](std::wstring_view) {});
-  const std::vector<RulePlan> plans = MakePlans();
-  RuleList ruleList;
-  for (const RulePlan& plan : plans) ruleList.push_back(plan.rule);
+  const RuleList ruleList = MakeRules();
   const FakeRules rules(ruleList);
-
   struct CountingSink final : IAlertSink {
     void OnAlert(const AlertRecord& record) override { ++alerts[record.ruleId - 1]; }
     std::array<std::uint64_t, kRules> alerts{};
@@ -173,10 +140,9 @@ TEST(DayOfCycles, RaisesExactlyWhatTheTimetableSaysInBoundedTables) {
   }
 
   Expectation expected;
-  for (std::uint32_t number = 0; number < kSlots; ++number) {
-    const Slot slot(number);
-    if (!slot.Misbehaves() || slot.Group() >= kRules / 2) continue;
-    for (const std::uint32_t index : {2 * slot.Group(), 2 * slot.Group() + 1}) Expect(slot, plans[index], expected);
+  for (Slot slot{0}; slot.number < kSlots; ++slot.number) {
+    if (!slot.IsWatched()) continue;
+    for (const std::uint32_t index : {2 * slot.Group(), 2 * slot.Group() + 1}) Expect(slot, ruleList[index], expected);
   }
   EXPECT_EQ(sink.alerts, expected.alerts);
   EXPECT_EQ(engine.CooldownCount(), expected.cooldownsLeft);

@@ -27,53 +27,41 @@ struct Barrier {
   TestEvent goOn;
 };
 
-/// A machine with two processes that break the rule, and whose list can be held up or run out of memory.
+/// A machine with two processes that break the rule, and whose lists do what a test wants before they are given.
 class TroubledSampler final : public ProcessSampler {
  public:
-  TroubledSampler() {
+  explicit TroubledSampler(std::function<void(std::size_t)> beforeList, std::shared_ptr<Event> destroyed = nullptr)
+      : beforeList_(std::move(beforeList)), destroyed_(std::move(destroyed)) {
     for (const std::uint32_t pid : {10u, 11u}) table_.Put(MakeProcess(pid, L"busy.exe", 5));
   }
-  ~TroubledSampler() override { destroyed->Signal(); }
+  ~TroubledSampler() override {
+    if (destroyed_ != nullptr) destroyed_->Signal();
+  }
   bool ListProcesses(std::vector<ProcessEntry>& entries, std::uint32_t& error) override {
-    if (barrier) barrier->Pass();
     const bool listed = table_.ListProcesses(entries, error);
-    if (table_.ListCount() == outOfMemoryAt) throw std::bad_alloc();
+    beforeList_(table_.ListCount());
     return listed;
   }
   std::unique_ptr<Process> OpenProcess(std::uint32_t pid) override { return table_.OpenProcess(pid); }
   [[nodiscard]] std::size_t ListCount() const { return table_.ListCount(); }
 
-  std::shared_ptr<Event> destroyed = std::make_shared<TestEvent>();
-  std::shared_ptr<Barrier> barrier;
-  std::size_t outOfMemoryAt = 0;
-
  private:
   SimulatedProcessTable table_;
+  std::function<void(std::size_t)> beforeList_;
+  std::shared_ptr<Event> destroyed_;
 };
 
-class MonitorWorker : public testing::Test {
- protected:
-  std::unique_ptr<MonitorEngine> StartEngine(IAlertSink& sink) {
-    auto engine = std::make_unique<MonitorEngine>(std::move(sampler), clock, 1);
-    engine->SetRules(rules.get());
-    engine->SetSink(&sink);
-    engine->Start();
-    return engine;
-  }
-
+TEST(MonitorWorker, WaitsBeforeTheFirstCycleObeysIntervalAndPauseAndSurvivesACycleWithoutMemory) {
   const DiagnosticLines lines;
+  const auto sampler = std::make_shared<TroubledSampler>([](std::size_t list) {
+    if (list == 4) throw std::bad_alloc();
+  });
   FakeClock clock;
-  std::unique_ptr<FakeRules> rules = std::make_unique<FakeRules>(RuleList{ThreadRule(1, 1)});
-  RecordingSink recording;
-  std::shared_ptr<TroubledSampler> sampler = std::make_shared<TroubledSampler>();
-  const std::shared_ptr<Event> destroyed = sampler->destroyed;
-};
-
-TEST_F(MonitorWorker, WaitsBeforeTheFirstCycleObeysIntervalAndPauseAndSurvivesACycleWithoutMemory) {
-  sampler->outOfMemoryAt = 4;
+  const FakeRules rules({ThreadRule(1, 1)});
+  RecordingSink sink;
   MonitorEngine engine(sampler, clock, 1);
-  engine.SetRules(rules.get());
-  engine.SetSink(&recording);
+  engine.SetRules(&rules);
+  engine.SetSink(&sink);
   TestEvent scriptDone;
   std::vector<std::uint32_t> timeouts;
   std::vector<std::size_t> lists;
@@ -90,49 +78,56 @@ TEST_F(MonitorWorker, WaitsBeforeTheFirstCycleObeysIntervalAndPauseAndSurvivesAC
   engine.Start();
   engine.Start();
   ASSERT_EQ(scriptDone.Wait(kLongMs), WaitResult::kSignaled);
+  EXPECT_EQ(engine.CooldownCount(), 2u);
   engine.Stop();
+  engine.Stop();
+  EXPECT_EQ(engine.CooldownCount(), 0u);
 
   EXPECT_EQ(timeouts, (std::vector<std::uint32_t>{30'000, 30'000, 1000, 1000, 1000, 1000, 1000, 1000}));
   EXPECT_EQ(lists, (std::vector<std::size_t>{0, 1, 2, 2, 2, 3, 4, 5}));
-  EXPECT_EQ(recording.Take().size(), 8u) << "two in each cycle but the fourth";
+  EXPECT_EQ(sink.Take().size(), 8u) << "two in each cycle but the fourth";
   const Texts seen = DiagnosticLines::Take();
   EXPECT_EQ(std::count(seen.begin(), seen.end(), L"MonitorEngine::Start - Already running"), 1);
-  EXPECT_EQ(seen.back(), L"MonitorEngine::Stop - Stopped");
+  EXPECT_EQ(std::count(seen.begin(), seen.end(), L"MonitorEngine::Stop - Stopped"), 2);
 }
 
-// The engine, its rules and its sink are gone before the system call that holds the worker up comes back.
-TEST_F(MonitorWorker, StuckInASystemCallAtStopItAlertsNobodyLater) {
-  const auto barrier = sampler->barrier = std::make_shared<Barrier>();
-  auto sink = std::make_unique<RecordingSink>();
-  auto engine = StartEngine(*sink);
-  ASSERT_EQ(barrier->reached.Wait(kLongMs), WaitResult::kSignaled);
-  engine->Stop(20);
-  engine.reset();
-  EXPECT_TRUE(sink->Take().empty());
-  sink.reset();
-  rules.reset();
-
-  barrier->goOn.Signal();
-  ASSERT_EQ(destroyed->Wait(kLongMs), WaitResult::kSignaled) << "the worker has not let go of its state";
-  EXPECT_EQ(DiagnosticLines::Take().back(), L"MonitorEngine::MonitorLoop - Exiting loop");
-}
-
-TEST_F(MonitorWorker, StuckInTheSinkAtStopItRaisesNoFurtherAlert) {
+// A system call or the sink holds the worker up; the engine and its rules, and in the first case the sink, are gone before that
+// comes back.
+TEST(MonitorWorker, StuckAtStopItAlertsNobodyLater) {
   struct StickySink final : IAlertSink {
     void OnAlert(const AlertRecord&) override {
       ++calls;
-      barrier.Pass();
+      barrier->Pass();
     }
+    std::shared_ptr<Barrier> barrier;
     std::atomic<int> calls{0};
-    Barrier barrier;
-  } sink;
-  auto engine = StartEngine(sink);
-  ASSERT_EQ(sink.barrier.reached.Wait(kLongMs), WaitResult::kSignaled);
-  engine->Stop(20);
-  engine.reset();
-  sink.barrier.goOn.Signal();
-  ASSERT_EQ(destroyed->Wait(kLongMs), WaitResult::kSignaled);
-  EXPECT_EQ(sink.calls, 1);
+  };
+  for (const bool inSink : {false, true}) {
+    SCOPED_TRACE(inSink);
+    const DiagnosticLines lines;
+    FakeClock clock;
+    auto rules = std::make_unique<FakeRules>(RuleList{ThreadRule(1, 1)});
+    const auto barrier = std::make_shared<Barrier>();
+    const auto destroyed = std::make_shared<TestEvent>();
+    auto sink = std::make_unique<StickySink>();
+    sink->barrier = barrier;
+    const auto beforeList = [inSink, barrier](std::size_t) {
+      if (!inSink) barrier->Pass();
+    };
+    auto engine = std::make_unique<MonitorEngine>(std::make_shared<TroubledSampler>(beforeList, destroyed), clock, 1);
+    engine->SetRules(rules.get());
+    engine->SetSink(sink.get());
+    engine->Start();
+    ASSERT_EQ(barrier->reached.Wait(kLongMs), WaitResult::kSignaled);
+    engine->Stop(20);
+    engine.reset();
+    rules.reset();
+    EXPECT_EQ(sink->calls, inSink ? 1 : 0);
+    if (!inSink) sink.reset();
+    barrier->goOn.Signal();
+    ASSERT_EQ(destroyed->Wait(kLongMs), WaitResult::kSignaled) << "the worker has not let go of its state";
+    EXPECT_TRUE(!inSink || sink->calls == 1);
+  }
 }
 
 }  // namespace

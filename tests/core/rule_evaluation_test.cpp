@@ -10,10 +10,8 @@ constexpr std::uint64_t kMb = kBytesPerMb;
 
 TEST(ViolationText, NamesEveryCeilingThatIsExceededAndNoOther) {
   const ThresholdRule rule = {1, L"*", true, 20'000, 512 * kMb, 1024 * kMb, 95.0, 500, 9'000, 8'000};
-  const struct {
-    ProcessMetrics metrics;  ///< CPU, working set, private bytes, handles, threads, GDI and USER objects
-    const wchar_t* text;
-  } kCases[] = {
+  // CPU, working set, private bytes, handles, threads, GDI and USER objects behind ID and name.
+  const std::pair<ProcessMetrics, const wchar_t*> kCases[] = {
       {{}, L""},
       {{1, L"", 95.0, 512 * kMb, 1024 * kMb, 20'000, 500, 9'000, 8'000}, L""},
       {{1, L"", 0.0, 512 * kMb + 100}, L"Working Set: 512 MB > 512 MB"},
@@ -23,7 +21,7 @@ TEST(ViolationText, NamesEveryCeilingThatIsExceededAndNoOther) {
        L"Handles: 4294967295 > 20000; Working Set: 600 MB > 512 MB; Private Bytes: 2048 MB > 1024 MB; CPU: 100.0% > 95.0%; "
        L"Threads: 501 > 500; GDI Objects: 9001 > 9000; USER Objects: 8001 > 8000"},
   };
-  for (const auto& test : kCases) EXPECT_EQ(ViolationText(rule, test.metrics), test.text);
+  for (const auto& [metrics, text] : kCases) EXPECT_EQ(ViolationText(rule, metrics), text);
 }
 
 TEST(ViolationText, CeilingsWithoutLimitNeverFire) {

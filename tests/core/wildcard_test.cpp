@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <tuple>
+
 namespace {
 
 TEST(WildcardMatch, Table) {
-  const struct {
-    const wchar_t* pattern;
-    const wchar_t* name;
-    bool matches;
-  } kCases[] = {
+  const std::tuple<std::wstring, std::wstring, bool> kCases[] = {
       {L"CHROME.EXE", L"chrome.exe", true},
       {L"chrome", L"chrome.exe", false},
       {L"chrome*", L"chrome.exe", true},
@@ -28,9 +27,8 @@ TEST(WildcardMatch, Table) {
       {L"abc", L"ab", false},
       {L"ab**", L"AB", true},
   };
-  for (const auto& test : kCases) {
-    EXPECT_EQ(WildcardMatch(test.name, test.pattern), test.matches)
-        << testing::PrintToString(std::wstring(test.pattern)) << " on " << testing::PrintToString(std::wstring(test.name));
+  for (const auto& [pattern, name, matches] : kCases) {
+    EXPECT_EQ(WildcardMatch(name.c_str(), pattern.c_str()), matches) << pattern << " on " << name;
   }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "tests/storage/generated_rules.h"
 
@@ -27,11 +28,7 @@ TEST(RulesJson, WritesOneFixedLayout) {
 }
 
 TEST(RulesJson, FindsObjectsWhereverTheyStand) {
-  const struct {
-    const char* name;
-    std::wstring text;
-    std::size_t rules;
-  } cases[] = {
+  const std::tuple<const char*, std::wstring, std::size_t> cases[] = {
       {"before the word", L"{\"processPattern\":\"a\"} \"rules\"", 0},
       {"after the array", L"\"rules\":[] {\"processPattern\":\"a\"}", 1},
       {"word in a value", L"{\"x\":\"\"rules\"\" {\"processPattern\":\"a\"}", 1},
@@ -43,7 +40,7 @@ TEST(RulesJson, FindsObjectsWhereverTheyStand) {
       {"too long for the rules file", L"\"rules\" {\"processPattern\":\"" + std::wstring(1700, L'x') + L"\"}", 0},
       {"long", L"\"rules\" {\"processPattern\":\"" + std::wstring(1500, L'x') + L"\"}", 1},
   };
-  for (const auto& each : cases) EXPECT_EQ(ParseRulesJson(each.text).value_or(RuleList(99)).size(), each.rules) << each.name;
+  for (const auto& [name, text, count] : cases) EXPECT_EQ(ParseRulesJson(text).value_or(RuleList(99)).size(), count) << name;
   EXPECT_FALSE(ParseRulesJson(L"{\"Rules\": [{\"processPattern\":\"a\"}]}").has_value());
 }
 
@@ -63,14 +60,13 @@ TEST(RulesJson, ReadsPatternsFlagsAndNumbersAsTheScannerDoes) {
       {L"\"processPattern\": \"a\", \"processPattern\": \"b\""},
       {L"\"enabled\": true", L"a", true},
       {L"\"enabled\":true", L"a", true},
+      {L"\"enabled\": trueish", L"a", true},
       {L"\"enabled\": \"true\"", L"a", true},
       {L"\"enabled\":\"1\"", L"a", true},
-      {L"\"enabled\": trueish", L"a", true},
       {L"\"enabled\" : true"},
       {L"\"enabled\":  true"},
       {L"\"enabled\": \"True\""},
       {L"\"enabled\": 1"},
-      {L"\"x\": 1"},
       {L"\"maxHandles\": 1500.9", L"a", false, 1500},
       {L"\"maxHandles\": \"1500\""},
       {L"\"maxHandles\":-5"},
@@ -129,7 +125,6 @@ TEST(RulesJson, HostileDocumentsTakeLinearTime) {
   };
   for (const wchar_t* piece : {L"{", L"}", L"{}", L"\"", L"{\"processPattern\":", L"\\", L"{\"processPattern\":\"\\\\\\",
                                L"\"maxHandles\" ", L"{\"processPattern\":\"}", L" ", L"9"}) {
-    (void)ParseRulesJson(repeat(piece));
     (void)ParseRulesJson(repeat(piece) + L"}");
     EXPECT_TRUE(ParseRulesJson(L"\"rules\" {\"maxHandles\":" + repeat(piece) + L"\"processPattern\":\"a\"}").has_value())
         << piece;
