@@ -62,13 +62,13 @@ TEST_F(AlertDeliveryTest, ThrottledAlertsAreMergedIntoTheNextBalloon) {
   } kSteps[] = {
       {29'999, {}},
       {30'000, {L"Vantora: 2 Alerts|a.exe (PID 1): v\na.exe (PID 2): v"}},
-      {60'000, {L"Vantora Alert: a.exe (PID 3)|v"}},
-      {89'999, {}},
-      {90'000, {}, 3600},
-      {90'000, {L"Vantora: 3 Alerts|a.exe (PID 4): v\na.exe (PID 5): v\na.exe (PID 6): v"}},
-      {kWrap - 10'000, {L"Vantora Alert: a.exe (PID 7)|v"}},
+      {59'999, {}},
+      {60'000, {}, 3600},
+      {60'000, {L"Vantora: 3 Alerts|a.exe (PID 3): v\na.exe (PID 4): v\na.exe (PID 5): v"}},
+      {kWrap - 10'000, {L"Vantora Alert: a.exe (PID 6)|v"}},
+      {kWrap - 1, {}},
       {kWrap + 19'999, {}},
-      {kWrap + 20'000, {L"Vantora: 2 Alerts|a.exe (PID 8): v\na.exe (PID 9): v"}},
+      {kWrap + 20'000, {L"Vantora: 3 Alerts|a.exe (PID 7): v\na.exe (PID 8): v\na.exe (PID 9): v"}},
   };
   std::uint32_t pid = 0;
   for (const auto& step : kSteps) {

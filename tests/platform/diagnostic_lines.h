@@ -4,7 +4,6 @@
 
 #include <mutex>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
