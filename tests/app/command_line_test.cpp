@@ -6,7 +6,6 @@ namespace {
 
 TEST(ParseCommandLine, FindsEachSwitchAnywhereInTheLineByTheOrderOfPrecedence) {
   const std::pair<const wchar_t*, StartOptions> cases[] = {
-      {L"", {}},
       {L"vantora.exe /TRAY -Restart --INSTALL-ADMIN-TASK", {}},
       {L"vantora.exe --terminat tray restart", {}},
       {L"vantora.exe /tray", {StartJob::kRun, true, false}},

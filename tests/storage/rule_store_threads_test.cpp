@@ -52,6 +52,7 @@ TEST(RuleStoreThreads, ReadersSeeWholeChangesWhileWritersEditImportAndReset) {
     });
   }
   for (std::thread& thread : threads) thread.join();
+  for (const ThresholdRule& rule : *store.Snapshot()) EXPECT_EQ(rule.processPattern, L"i,j") << "a removal was lost";
   // Saves never interleaved, and the last one wrote the last list.
   EXPECT_EQ(ParseRulesCsv(ReadTextFile(path).value_or(L"")), *store.Snapshot());
 }
