@@ -16,7 +16,6 @@ TEST(ParseConsoleArguments, TakesOptionsAndOneFileInAnyOrderAndNamesWhatMakesNoS
       {{"--cycles", "3", "mine.csv", "--interval", "1"}, {{"mine.csv", 1, 3}}},
       {{"--interval", "86400", "--cycles", "0"}, {{"rules.csv", 86'400, 0}}},
       {{"--cycles", "18446744073709551615"}, {{"rules.csv", 30, UINT64_MAX}}},
-      {{"--cycles", "1", "--cycles", "2"}, {{"rules.csv", 30, 2}}},
       {{"-h"}, {{"rules.csv", 30, 0, true}}},
       {{"--interval"}, {}, "--interval"},
       {{"--interval", "0"}, {}, "--interval"},

@@ -30,7 +30,8 @@ class ConsoleRun : public testing::Test {
 TEST_F(ConsoleRun, PrintsOneLogLineForEachCycleInWhichARealProcessIsOverACeiling) {
   const std::vector<char> block(64u << 20, 'x');
   const std::jthread busy([](const std::stop_token& end) {
-    while (!end.stop_requested()) std::this_thread::yield();
+    while (!end.stop_requested()) {
+    }
   });
   // Rule 7 is exceeded, in its CPU ceiling from the second cycle on; rule 8 is not.
   ThrowawayFolder::Write(folder_.Path("rules.csv"),
