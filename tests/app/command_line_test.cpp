@@ -4,32 +4,22 @@
 
 namespace {
 
-struct CommandLineCase {
-  const wchar_t* commandLine;
-  StartOptions expected;
-};
-
 TEST(ParseCommandLine, FindsEachSwitchAnywhereInTheLineByTheOrderOfPrecedence) {
-  const CommandLineCase cases[] = {
-      {L"", {}},
-      {L"\"C:\\Programs\\vantora.exe\"", {}},
+  const std::pair<const wchar_t*, StartOptions> cases[] = {
       {L"vantora.exe /TRAY -Restart --INSTALL-ADMIN-TASK", {}},
       {L"vantora.exe --terminat tray restart", {}},
       {L"vantora.exe /tray", {StartJob::kRun, true, false}},
-      {L"vantora.exe -tray", {StartJob::kRun, true, false}},
       {L"vantora.exe --tray-icon", {StartJob::kRun, true, false}},
       {L"\"C:\\my-tray-tools\\vantora.exe\"", {StartJob::kRun, true, false}},
-      {L"vantora.exe -restart", {StartJob::kRun, false, true}},
       {L"vantora.exe -restart-tray", {StartJob::kRun, true, true}},
-      {L"vantora.exe -terminate", {StartJob::kTerminateRunning}},
+      {L"vantora.exe -restart", {StartJob::kRun, false, true}},
       {L"vantora.exe --remove-admin-task -tray --install-admin-task -terminate -restart", {StartJob::kTerminateRunning}},
       {L"vantora.exe --remove-admin-task --install-admin-task /tray", {StartJob::kInstallAdminTask}},
       {L"vantora.exe -restart --remove-admin-task", {StartJob::kRemoveAdminTask}},
       {L"vantora.exe -install-admin-task -remove-admin-task", {}},
   };
-  for (const CommandLineCase& c : cases) {
-    SCOPED_TRACE(testing::PrintToString(std::wstring(c.commandLine)));
-    EXPECT_EQ(ParseCommandLine(c.commandLine), c.expected);
+  for (const auto& [commandLine, expected] : cases) {
+    EXPECT_EQ(ParseCommandLine(commandLine), expected) << std::wstring(commandLine);
   }
 }
 

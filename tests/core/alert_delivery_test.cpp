@@ -7,136 +7,97 @@
 
 namespace {
 
-class FakeOutputs final : public AlertOutputs {
- public:
-  AlertDeliverySettings Settings() override { return settings; }
-  void ShowBalloon(const std::wstring& title, const std::wstring& text) override { balloons.push_back({title, text}); }
-  void AppendToLog(const std::wstring& path, const AlertRecord& record) override {
-    done.push_back(L"log " + path + L" " + record.violation);
-  }
-  void PlaySoundFile(const std::wstring& path) override { done.push_back(L"sound " + path); }
-
-  AlertDeliverySettings settings{ACTION_NOTIFY, 30, L"", L""};
-  std::vector<Balloon> balloons;
-  std::vector<std::wstring> done;
-};
-
-AlertRecord Record(std::uint32_t pid, std::wstring violation = L"Threads: 2 > 1", std::uint32_t ruleId = 99) {
+AlertRecord Record(std::uint32_t pid, std::wstring violation = L"v", std::uint32_t ruleId = 99) {
   return {{}, pid, L"a.exe", ruleId, std::move(violation)};
 }
 
-class AlertDeliveryTest : public testing::Test {
+/// Receives what it delivers.
+class AlertDeliveryTest : public testing::Test, public AlertOutputs {
  protected:
-  /// Delivers at a tick and tells what was shown.
-  std::vector<Balloon> DeliverAt(std::uint64_t tickMs, const AlertRecord& record) {
+  AlertDeliverySettings Settings() override { return settings; }
+  void ShowBalloon(const std::wstring& title, const std::wstring& text) override { done.push_back(title + L"|" + text); }
+  void AppendToLog(const std::wstring& path, const AlertRecord& record) override { done.push_back(path + record.violation); }
+  void PlaySoundFile(const std::wstring& path) override { done.push_back(path); }
+
+  Texts DeliverAt(std::uint64_t tickMs, const AlertRecord& record) {
     clock.tickMs = tickMs;
     delivery.DeliverAlert(record);
-    return std::exchange(outputs.balloons, {});
+    return std::exchange(done, {});
   }
 
+  AlertDeliverySettings settings{ACTION_NOTIFY, 30, L"", L""};
+  Texts done;
   RecentAlerts recent;
   FakeRules rules;
   FakeClock clock;
-  FakeOutputs outputs;
-  AlertDelivery delivery{recent, rules, clock, outputs};
+  AlertDelivery delivery{recent, rules, clock, *this};
 };
 
-using Balloons = std::vector<Balloon>;
-
 TEST_F(AlertDeliveryTest, ActionsAreTheFirstRulesOrElseTheGlobalOnes) {
-  const auto rule = [](std::uint32_t ruleId, std::uint32_t actions) {
-    ThresholdRule result;
-    result.ruleId = ruleId;
-    result.alertActions = actions;
-    return result;
-  };
-  rules.Set({rule(1, 0), rule(2, ACTION_LOG), rule(2, ACTION_NOTIFY), rule(3, ACTION_SOUND | 8), rule(4, 7)});
-  outputs.settings.alertActions = ACTION_SOUND;
-  outputs.settings.notificationThrottleSec = 1;
+  RuleList list;
+  for (const auto& [ruleId, actions] : {std::pair{1u, 0u}, {2u, 2u}, {2u, 1u}, {3u, 4u | 8u}, {4u, 7u}}) {
+    list.push_back(ThreadRule(ruleId, 1));
+    list.back().alertActions = actions;
+  }
+  rules.Set(list);
+  settings = {ACTION_SOUND, 30, L"log:", L"sound"};
+  const std::wstring balloon = L"Vantora Alert: a.exe (PID 1)|v";
+  EXPECT_EQ(DeliverAt(30'000, Record(1, L"v", 1)), Texts{});
+  EXPECT_EQ(DeliverAt(30'000, Record(1, L"v", 2)), Texts{L"log:v"});
+  EXPECT_EQ(DeliverAt(30'000, Record(1, L"v", 3)), Texts{L"sound"});
+  EXPECT_EQ(DeliverAt(30'000, Record(1, L"v", 4)), (Texts{balloon, L"log:v", L"sound"}));
+  EXPECT_EQ(DeliverAt(30'000, Record(1, L"v", 5)), Texts{L"sound"});
+  settings.logFilePath = settings.soundFilePath = L"";
+  EXPECT_EQ(DeliverAt(60'000, Record(1, L"v", 4)), Texts{balloon});
+  EXPECT_EQ(recent.Size(), 6u);
+}
+
+// From the first tick on and over the wrap of the 32-bit tick.
+TEST_F(AlertDeliveryTest, ThrottledAlertsAreMergedIntoTheNextBalloon) {
+  constexpr std::uint64_t kWrap = std::uint64_t{1} << 32;
   const struct {
-    std::uint32_t ruleId;
-    bool withPaths;
-    std::size_t balloons;
-    std::vector<std::wstring> done;
-  } kCases[] = {
-      {1, true, 0, {}},           {2, true, 0, {L"log l v"}}, {3, true, 0, {L"sound s"}}, {4, true, 1, {L"log l v", L"sound s"}},
-      {5, true, 0, {L"sound s"}}, {4, false, 1, {}},
+    std::uint64_t tickMs;
+    Texts shown;
+    std::uint32_t throttleSec = 30;
+  } kSteps[] = {
+      {29'999, {}},
+      {30'000, {L"Vantora: 2 Alerts|a.exe (PID 1): v\na.exe (PID 2): v"}},
+      {59'999, {}},
+      {60'000, {}, 3600},
+      {60'000, {L"Vantora: 3 Alerts|a.exe (PID 3): v\na.exe (PID 4): v\na.exe (PID 5): v"}},
+      {kWrap - 10'000, {L"Vantora Alert: a.exe (PID 6)|v"}},
+      {kWrap - 1, {}},
+      {kWrap + 19'999, {}},
+      {kWrap + 20'000, {L"Vantora: 3 Alerts|a.exe (PID 7): v\na.exe (PID 8): v\na.exe (PID 9): v"}},
   };
-  std::size_t delivered = 0;
-  for (const auto& test : kCases) {
-    outputs.settings.logFilePath = test.withPaths ? L"l" : L"";
-    outputs.settings.soundFilePath = test.withPaths ? L"s" : L"";
-    EXPECT_EQ(DeliverAt(1'000'000 + 1000 * delivered, Record(1, L"v", test.ruleId)).size(), test.balloons) << test.ruleId;
-    EXPECT_EQ(std::exchange(outputs.done, {}), test.done) << test.ruleId;
-    EXPECT_EQ(recent.Size(), ++delivered);
+  std::uint32_t pid = 0;
+  for (const auto& step : kSteps) {
+    settings.notificationThrottleSec = step.throttleSec;
+    EXPECT_EQ(DeliverAt(step.tickMs, Record(++pid)), step.shown) << step.tickMs;
   }
 }
 
-TEST_F(AlertDeliveryTest, ThrottledAlertsAreMergedIntoTheNextBalloon) {
-  EXPECT_EQ(DeliverAt(100'000, Record(1)), (Balloons{{L"Vantora Alert: a.exe (PID 1)", L"Threads: 2 > 1"}}));
-  EXPECT_EQ(DeliverAt(110'000, Record(2)), Balloons{});
-  EXPECT_EQ(DeliverAt(140'000, Record(3)),
-            (Balloons{{L"Vantora: 2 Alerts", L"a.exe (PID 2): Threads: 2 > 1\na.exe (PID 3): Threads: 2 > 1"}}));
-  EXPECT_EQ(DeliverAt(169'999, Record(4)), Balloons{});
-  outputs.settings.notificationThrottleSec = 3600;
-  EXPECT_EQ(DeliverAt(170'000, Record(5)), Balloons{});
-  outputs.settings.notificationThrottleSec = 30;
-  EXPECT_EQ(DeliverAt(170'000, Record(6)).at(0).title, L"Vantora: 3 Alerts");
-  EXPECT_EQ(DeliverAt(200'000, Record(7)).at(0).title, L"Vantora Alert: a.exe (PID 7)");
-}
-
-TEST_F(AlertDeliveryTest, ThrottleRunsFromTheStartOfTheTickAndOverItsWrap) {
-  constexpr std::uint64_t kWrap = std::uint64_t{1} << 32;
-  EXPECT_EQ(DeliverAt(29'999, Record(1)), Balloons{});
-  EXPECT_EQ(DeliverAt(30'000, Record(2)).size(), 1u);
-  EXPECT_EQ(DeliverAt(kWrap - 10'000, Record(3)).size(), 1u);
-  EXPECT_EQ(DeliverAt(kWrap + 19'999, Record(4)), Balloons{});
-  EXPECT_EQ(DeliverAt(kWrap + 20'000, Record(5)).at(0).title, L"Vantora: 2 Alerts");
-}
-
 TEST_F(AlertDeliveryTest, WaitingAlertsCostOneBalloonTextHoweverMany) {
-  const std::wstring violation(200, L'x');
-  ASSERT_EQ(DeliverAt(100'000, Record(1)).size(), 1u);
-  for (int count = 0; count < 100'000; ++count) delivery.DeliverAlert(Record(2, violation));
+  AlertRecord large = Record(1, std::wstring(300, L'x'));
+  large.processName = std::wstring(80, L'n');
+  EXPECT_EQ(DeliverAt(100'000, large),
+            Texts{L"Vantora Alert: " + std::wstring(48, L'n') + L"|" + std::wstring(kBalloonTextUnits, L'x')});
+  EXPECT_EQ(recent.Copy(), std::vector<AlertRecord>{large}) << "the list keeps the whole";
+  for (int count = 0; count < 10'000; ++count) delivery.DeliverAlert(large);
   EXPECT_LT(delivery.PendingChars(), 1024u);
-  const Balloons shown = DeliverAt(130'000, Record(3));
-  ASSERT_EQ(shown.size(), 1u);
-  EXPECT_EQ(shown[0].title, L"Vantora: 100001 Alerts");
-  const std::wstring line = L"a.exe (PID 2): " + violation;
-  EXPECT_EQ(shown[0].text, (line + L"\n" + line).substr(0, 255));
-  EXPECT_EQ(recent.Size(), 1000u);
-}
-
-TEST_F(AlertDeliveryTest, BalloonIsCutWhileTheListKeepsTheWhole) {
-  AlertRecord record = Record(1, std::wstring(300, L'v'));
-  record.processName = std::wstring(80, L'n');
-  const Balloons shown = DeliverAt(100'000, record);
-  ASSERT_EQ(shown.size(), 1u);
-  EXPECT_EQ(shown[0].title, L"Vantora Alert: " + std::wstring(48, L'n'));
-  EXPECT_EQ(shown[0].text, std::wstring(255, L'v'));
-  EXPECT_EQ(recent.Copy(), std::vector<AlertRecord>{record});
+  EXPECT_EQ(recent.Size(), RecentAlerts::kMaxAlerts);
+  EXPECT_EQ(DeliverAt(130'000, large), Texts{L"Vantora: 10001 Alerts|" + AlertLine(large).substr(0, kBalloonTextUnits)});
 }
 
 // The counts are UTF-16 units, of which the last character takes two, on machines with wider characters too.
 TEST(CutToUtf16Units, NeverSplitsACharacter) {
   const std::wstring pair = L"\U0001F600";
-  const struct {
-    std::wstring text;
-    std::size_t units;
-    std::wstring cut;
-  } kCases[] = {
-      {L"", 3, L""},
-      {L"abc", 3, L"abc"},
-      {L"abcd", 3, L"abc"},
-      {L"ab" + pair, 4, L"ab" + pair},
-      {L"ab" + pair, 3, L"ab"},
-      {L"ab" + pair + L"c", 4, L"ab" + pair},
-      {pair + pair, 3, pair},
-      {pair, 1, L""},
-      {L"abc" + pair, 3, L"abc"},
-      {std::wstring(1, wchar_t{0xD83D}) + L"abc", 2, std::wstring(1, wchar_t{0xD83D}) + L"a"},
-  };
-  for (const auto& test : kCases) EXPECT_EQ(CutToUtf16Units(test.text, test.units), test.cut) << test.units;
+  const std::wstring half(1, wchar_t{0xD83D});
+  EXPECT_EQ(CutToUtf16Units(L"abc", 3), L"abc");
+  EXPECT_EQ(CutToUtf16Units(L"ab" + pair, 4), L"ab" + pair);
+  EXPECT_EQ(CutToUtf16Units(L"ab" + pair, 3), L"ab");
+  EXPECT_EQ(CutToUtf16Units(pair, 1), L"");
+  EXPECT_EQ(CutToUtf16Units(half + L"abc", 2), half + L"a");
 }
 
 }  // namespace

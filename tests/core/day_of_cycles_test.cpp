@@ -4,7 +4,6 @@
 #include <array>
 
 #include "core/monitor_engine.h"
-#include "core/simulated_process_table.h"
 #include "platform/text_format.h"
 #include "tests/core/monitor_doubles.h"
 
@@ -23,70 +22,39 @@ constexpr std::uint32_t kProcessors = 4;
 
 /// The place of one process after the other, of the same name. A slot's processes have one process ID in turn, or each its own.
 struct Slot {
-  explicit Slot(std::uint32_t slotNumber) : number(slotNumber) {}
-
   [[nodiscard]] std::uint64_t Period() const { return 200 + 37 * (number % 50); }
   [[nodiscard]] std::uint64_t Gap() const { return 20 + 15 * (number % 7); }
-  [[nodiscard]] std::uint64_t Offset() const { return (number * 131) % Period(); }
-  [[nodiscard]] std::uint64_t BirthOf(std::uint64_t generation) const {
-    return generation * Period() < Offset() ? 0 : generation * Period() - Offset();
-  }
-  [[nodiscard]] std::uint64_t DeathOf(std::uint64_t generation) const {
-    const std::uint64_t end = (generation + 1) * Period() - Gap();
-    return end < Offset() ? 0 : end - Offset();
-  }
+  [[nodiscard]] std::uint64_t BirthOf(std::uint64_t generation) const { return number * 131 % Period() + generation * Period(); }
+  [[nodiscard]] std::uint64_t DeathOf(std::uint64_t generation) const { return BirthOf(generation + 1) - Gap(); }
   [[nodiscard]] bool HandsIdOn() const { return number % 2 == 0; }
   [[nodiscard]] std::uint32_t PidOf(std::uint64_t generation) const {
     return HandsIdOn() ? 8 + number : 1000 + static_cast<std::uint32_t>(generation) * kSlots + number;
   }
   [[nodiscard]] std::uint32_t Group() const { return number % kGroups; }
   [[nodiscard]] bool Misbehaves() const { return number / kGroups % 3 == 0; }
+  [[nodiscard]] bool IsWatched() const { return Misbehaves() && Group() < kRules / 2; }
 
   std::uint32_t number;
 };
 
-/// What a rule measures decides how old a process is when it breaks the rule for the first time; from then on it breaks it for
-/// life.
-struct RulePlan {
-  std::uint32_t cooldownSec;
-  std::uint64_t ageAtFirstBreach;
-  ThresholdRule rule;
-};
-
-constexpr std::uint64_t kLeakAge = 50;
-
-std::array<RulePlan, kRules> MakePlans() {
+RuleList MakeRules() {
   constexpr std::uint32_t kCooldowns[] = {30, 12, 60, 90, 400, 3600, 100'000, 45};
-  std::array<RulePlan, kRules> plans;
+  RuleList rules;
   for (std::uint32_t index = 0; index < kRules; ++index) {
-    RulePlan& plan = plans[index];
-    ThresholdRule& rule = plan.rule;
-    plan.cooldownSec = rule.cooldownSec = kCooldowns[index % 8];
-    rule.ruleId = index + 1;
     // Two rules to a group and every group a name of its own: ten groups of twenty slots are watched.
-    rule.processPattern = FormatText(L"%lc-PROCESS?.*", static_cast<wint_t>(L'A' + index / 2));
-    switch (index % 4) {
-      case 0:  // too many threads from the start
-        rule.maxThreads = 100;
-        plan.ageAtFirstBreach = 0;
-        break;
-      case 1:  // handles leak one a cycle
-        rule.maxHandles = kLeakAge;
-        plan.ageAtFirstBreach = kLeakAge;
-        break;
-      case 2:  // one processor of four kept busy, seen from the second cycle on
-        rule.maxCpuPercent = 20.0;
-        plan.ageAtFirstBreach = 1;
-        break;
-      default:  // both memories, in one alert
-        rule.maxWorkingSet = 1;
-        rule.maxPrivateBytes = 1;
-        plan.ageAtFirstBreach = 0;
-        break;
-    }
+    const std::wstring pattern = FormatText(L"%lc-PROCESS?.*", static_cast<wint_t>(L'A' + index / 2));
+    ThresholdRule rule = ThreadRule(index + 1, index % 4 == 0 ? 100 : 0, kCooldowns[index % 8], pattern.c_str());
+    if (index % 4 == 1) rule.maxHandles = 50;
+    if (index % 4 == 2) rule.maxCpuPercent = 20.0;
+    if (index % 4 == 3) rule.maxWorkingSet = rule.maxPrivateBytes = 1;
+    rules.push_back(rule);
   }
-  return plans;
+  return rules;
 }
+
+/// How old a process is when it breaks the rule for the first time; from then on it breaks it for life. It leaks a handle each
+/// cycle, and keeps one processor of four busy, which is seen from its second cycle on.
+std::uint64_t AgeAtFirstBreach(const ThresholdRule& rule) { return rule.maxCpuPercent > 0.0 ? 1 : rule.maxHandles; }
 
 struct Expectation {
   std::array<std::uint64_t, kRules> alerts{};
@@ -94,22 +62,23 @@ struct Expectation {
 };
 
 /// Leaps from one alert of a slot to the next.
-void Expect(const Slot& slot, const RulePlan& plan, std::uint64_t& alerts, std::size_t& cooldownsLeft) {
+void Expect(const Slot& slot, const ThresholdRule& rule, Expectation& expected) {
   constexpr std::uint64_t kNever = ~std::uint64_t{0};
+  const std::uint64_t cooldown = rule.cooldownSec;
   std::uint64_t last = kNever;
   for (std::uint64_t generation = 0; slot.BirthOf(generation) < kDay; ++generation) {
     const std::uint64_t death = std::min(slot.DeathOf(generation), kDay);
     if (!slot.HandsIdOn()) last = kNever;
-    std::uint64_t cycle = slot.BirthOf(generation) + plan.ageAtFirstBreach;
-    if (last != kNever) cycle = std::max(cycle, last + plan.cooldownSec);
-    for (; cycle < death; cycle += plan.cooldownSec) {
-      ++alerts;
+    std::uint64_t cycle = slot.BirthOf(generation) + AgeAtFirstBreach(rule);
+    if (last != kNever) cycle = std::max(cycle, last + cooldown);
+    for (; cycle < death; cycle += cooldown) {
+      ++expected.alerts[rule.ruleId - 1];
       last = cycle;
     }
     // Until the ID has its next process, or for good, a cooldown that runs out is forgotten.
     const std::uint64_t end = slot.HandsIdOn() ? std::min(slot.BirthOf(generation + 1), kDay) : kDay;
-    if (last != kNever && end > death && end - 1 - last >= plan.cooldownSec) last = kNever;
-    if (last != kNever && end == kDay) ++cooldownsLeft;
+    if (last != kNever && end > death && end - 1 - last >= cooldown) last = kNever;
+    if (last != kNever && end == kDay) ++expected.cooldownsLeft;
   }
 }
 
@@ -117,60 +86,40 @@ void Expect(const Slot& slot, const RulePlan& plan, std::uint64_t& alerts, std::
 class Machine {
  public:
   Machine() {
-    for (std::uint32_t number = 0; number < kSlots; ++number) places_.push_back({Slot(number), 0});
+    for (std::uint32_t number = 0; number < kSlots; ++number) places_.push_back({{number}, 0});
   }
 
   void MoveTo(std::uint64_t cycle) {
-    for (Place& place : places_) {
-      if (cycle == place.death) {
-        table->Remove(place.slot.PidOf(place.generation++));
-        place.birth = place.slot.BirthOf(place.generation);
-        place.death = place.slot.DeathOf(place.generation);
-      }
-      if (cycle == place.birth && cycle < place.death) Begin(place);
-      if (place.isWatched && cycle >= place.birth) Live(place);
+    for (auto& [slot, generation] : places_) {
+      if (cycle == slot.DeathOf(generation)) table->Remove(slot.PidOf(generation++));
+      if (cycle == slot.BirthOf(generation)) Begin(slot, generation);
+      if (!slot.IsWatched() || cycle < slot.BirthOf(generation)) continue;
+      SimulatedProcess* const process = table->Find(slot.PidOf(generation));
+      ASSERT_NE(process, nullptr);
+      process->times.userTime += kMsPerCycle * 10'000;
+      ++process->handles;
     }
   }
 
   std::shared_ptr<SimulatedProcessTable> table = std::make_shared<SimulatedProcessTable>();
 
  private:
-  struct Place {
-    Slot slot;
-    std::uint64_t generation;
-    std::uint64_t birth = slot.BirthOf(0);
-    std::uint64_t death = slot.DeathOf(0);
-    bool isWatched = slot.Misbehaves() && slot.Group() < kRules / 2;
-  };
-
-  void Begin(const Place& place) {
-    SimulatedProcess process;
-    process.pid = place.slot.PidOf(place.generation);
-    process.name = FormatText(L"%lc-process%lc.exe", static_cast<wint_t>(L'a' + place.slot.Group()),
-                              static_cast<wint_t>(L'a' + place.slot.number / kGroups));
-    process.threads = place.slot.Misbehaves() ? 101 : 100;
-    process.times = {1 + place.birth, 1, 1};
-    if (place.slot.Misbehaves()) process.memory = {2, 2};
+  void Begin(const Slot& slot, std::uint64_t generation) {
+    const std::wstring name = FormatText(L"%lc-process%lc.exe", static_cast<wint_t>(L'a' + slot.Group()),
+                                         static_cast<wint_t>(L'a' + slot.number / kGroups));
+    SimulatedProcess process =
+        MakeProcess(slot.PidOf(generation), name.c_str(), slot.Misbehaves() ? 101 : 100, {1 + slot.BirthOf(generation), 1, 1});
+    if (slot.Misbehaves()) process.memory = {2, 2};
     table->Put(std::move(process));
   }
 
-  void Live(const Place& place) {
-    SimulatedProcess* const process = table->Find(place.slot.PidOf(place.generation));
-    ASSERT_NE(process, nullptr);
-    process->times.userTime += kMsPerCycle * 10'000;
-    ++process->handles;
-  }
-
-  std::vector<Place> places_;
+  std::vector<std::pair<Slot, std::uint64_t>> places_;
 };
 
 TEST(DayOfCycles, RaisesExactlyWhatTheTimetableSaysInBoundedTables) {
   SetDiagnosticHook([](std::wstring_view) {});
-  const std::array<RulePlan, kRules> plans = MakePlans();
-  RuleList ruleList;
-  for (const RulePlan& plan : plans) ruleList.push_back(plan.rule);
+  const RuleList ruleList = MakeRules();
   const FakeRules rules(ruleList);
-
   struct CountingSink final : IAlertSink {
     void OnAlert(const AlertRecord& record) override { ++alerts[record.ruleId - 1]; }
     std::array<std::uint64_t, kRules> alerts{};
@@ -191,12 +140,9 @@ TEST(DayOfCycles, RaisesExactlyWhatTheTimetableSaysInBoundedTables) {
   }
 
   Expectation expected;
-  for (std::uint32_t number = 0; number < kSlots; ++number) {
-    const Slot slot(number);
-    if (!slot.Misbehaves()) continue;
-    for (std::uint32_t index = 0; index < kRules; ++index) {
-      if (index / 2 == slot.Group()) Expect(slot, plans[index], expected.alerts[index], expected.cooldownsLeft);
-    }
+  for (Slot slot{0}; slot.number < kSlots; ++slot.number) {
+    if (!slot.IsWatched()) continue;
+    for (const std::uint32_t index : {2 * slot.Group(), 2 * slot.Group() + 1}) Expect(slot, ruleList[index], expected);
   }
   EXPECT_EQ(sink.alerts, expected.alerts);
   EXPECT_EQ(engine.CooldownCount(), expected.cooldownsLeft);

@@ -3,7 +3,6 @@
 #include <thread>
 
 #include "core/monitor_engine.h"
-#include "core/simulated_process_table.h"
 #include "tests/core/monitor_doubles.h"
 
 // The window threads change rules and exclusions without pause while the worker runs its cycles. Each change must be one step for
@@ -14,30 +13,22 @@ namespace {
 constexpr int kChanges = 3000;
 constexpr std::size_t kCycles = 300;
 
-RuleList TwoRules(std::uint32_t maxThreads) {
-  RuleList rules(2);
-  for (std::uint32_t index = 0; index < 2; ++index) {
-    rules[index].ruleId = index + 1;
-    rules[index].processPattern = L"*";
-    rules[index].maxThreads = maxThreads;
-    rules[index].cooldownSec = 0;
+class EngineRace : public testing::Test {
+ protected:
+  EngineRace() {
+    table->Put(MakeProcess(10, L"first.exe", 1'000'000));
+    table->Put(MakeProcess(11, L"second.exe", 1'000'000));
   }
-  return rules;
-}
+  static RuleList TwoRules(std::uint32_t maxThreads) { return {ThreadRule(1, maxThreads), ThreadRule(2, maxThreads)}; }
 
-TEST(EngineRace, EveryCycleSeesWholeListsWhileTheyChange) {
-  SetDiagnosticHook([](std::wstring_view) {});
-  const auto table = std::make_shared<SimulatedProcessTable>();
-  for (const std::uint32_t pid : {10u, 11u}) {
-    SimulatedProcess process;
-    process.pid = pid;
-    process.name = pid == 10 ? L"first.exe" : L"second.exe";
-    process.threads = 1'000'000;
-    table->Put(process);
-  }
+  const DiagnosticLines lines;
+  std::shared_ptr<SimulatedProcessTable> table = std::make_shared<SimulatedProcessTable>();
   FakeClock clock;
-  FakeRules rules(TwoRules(1));
+  FakeRules rules{TwoRules(1)};
   RecordingSink sink;
+};
+
+TEST_F(EngineRace, EveryCycleSeesWholeListsWhileTheyChange) {
   std::atomic<std::size_t> cycles{0};
   clock.onWait = [&](Event& event, std::uint32_t) {
     ++cycles;
@@ -69,23 +60,11 @@ TEST(EngineRace, EveryCycleSeesWholeListsWhileTheyChange) {
     ASSERT_EQ(alerts[index].pid, alerts[index + 1].pid);
     ASSERT_EQ(alerts[index].violation, alerts[index + 1].violation);
   }
-  SetDiagnosticHook(nullptr);
 }
 
 // Stop meets the worker at every point of its cycle.
-TEST(EngineRace, StopAtAnyMomentEndsTheWorker) {
-  SetDiagnosticHook([](std::wstring_view) {});
-  const auto table = std::make_shared<SimulatedProcessTable>();
-  SimulatedProcess process;
-  process.pid = 10;
-  process.name = L"busy.exe";
-  process.threads = 5;
-  table->Put(process);
-  const FakeRules rules(TwoRules(1));
-  FakeClock clock;
-  clock.onWait = [](Event& event, std::uint32_t) { return event.Wait(0); };
+TEST_F(EngineRace, StopAtAnyMomentEndsTheWorker) {
   for (int round = 0; round < 100; ++round) {
-    RecordingSink sink;
     MonitorEngine engine(table, clock, 1);
     engine.SetRules(&rules);
     engine.SetSink(&sink);
@@ -94,7 +73,6 @@ TEST(EngineRace, StopAtAnyMomentEndsTheWorker) {
     engine.Stop();
     EXPECT_EQ(engine.CooldownCount(), 0u);
   }
-  SetDiagnosticHook(nullptr);
 }
 
 }  // namespace

@@ -3,81 +3,53 @@
 #include <gtest/gtest.h>
 
 #include "platform/text_encoding.h"
-#include "tests/storage/generated_rules.h"
 #include "tests/storage/throwaway_folder.h"
 
 namespace {
 
-#define BYTES(literal) std::string(literal, sizeof(literal) - 1)
-#define WIDE(literal) std::wstring(literal, sizeof(literal) / sizeof(wchar_t) - 1)
+using namespace std::string_literals;
 
+// In one piece and byte by byte, as a large file comes.
 TEST(TextFile, DecodesWhateverAFileHolds) {
-  struct Case {
+  const struct {
     const char* name;
     std::string bytes;
     std::wstring text;
-  };
-  const Case cases[] = {
+  } cases[] = {
       {"mark and line ends",
-       BYTES("\xEF\xBB\xBF"
-             "a\r\nb\nc\rd\r\r\n\r"),
+       "\xEF\xBB\xBF"
+       "a\r\nb\nc\rd\r\r\n\r"s,
        L"a\nb\nc\rd\r\n\r"},
-      {"second mark is text", BYTES("\xEF\xBB\xBF\xEF\xBB\xBF"), L"\uFEFF"},
-      {"Ctrl+Z ends",
-       BYTES("a\x1A"
-             "b\n"),
-       L"a"},
-      {"NUL stays", BYTES("a\0b"), WIDE(L"a\0b")},
-      {"two to four bytes", BYTES("\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"), L"ä€\U0001F600"},
-      {"overlong", BYTES("\xC0\x80\xE0\x80\x80"), L"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"},
-      {"surrogate", BYTES("\xED\xA0\x80"), L"\xFFFD\xFFFD\xFFFD"},
-      {"beyond the last", BYTES("\xF4\x90\x80\x80\xF5"), L"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"},
-      {"cut sequences", BYTES("\xF0\x9F\x98x\xE2\x82\n\xE2\x82"), L"\xFFFDx\xFFFD\n\xFFFD"},
-      {"lead after lead", BYTES("\xE2\xC3\xA4"), L"\xFFFDä"},
-      {"UTF-16 LE",
-       BYTES("\xFF\xFE"
-             "a\0\r\0\n\0\x3D\xD8\x00\xDE"),
-       L"a\n\U0001F600"},
-      {"UTF-16 BE",
-       BYTES("\xFE\xFF"
-             "\0a\0\r\0\n\xD8\x3D\xDE\x00"),
-       L"a\n\U0001F600"},
+      {"second mark is text", "\xEF\xBB\xBF\xEF\xBB\xBF"s, L"\uFEFF"},
+      {"Ctrl+Z ends, NUL stays", "a\0b\x1A\n"s, L"a\0b"s},
+      {"overlong", "\xC0\x80\xE0\x80\x80"s, L"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"},
+      {"surrogate", "\xED\xA0\x80"s, L"\xFFFD\xFFFD\xFFFD"},
+      {"beyond the last", "\xF4\x90\x80\x80\xF5"s, L"\xFFFD\xFFFD\xFFFD\xFFFD\xFFFD"},
+      {"cut sequences", "\xF0\x9F\x98x\xE2\x82\n\xE2\x82"s, L"\xFFFDx\xFFFD\n\xFFFD"},
+      {"lead after lead", "\xE2\xC3\xA4"s, L"\xFFFDä"},
       {"UTF-16 damaged",
-       BYTES("\xFF\xFE\x3D\xD8"
-             "a\0\x00\xDE\x3D\xD8\x3D"),
+       "\xFF\xFE\x3D\xD8"
+       "a\0\x00\xDE\r\0\n\0\x3D\xD8\x3D"s,
        L"\xFFFD"
-       L"a\xFFFD\xFFFD"},
+       L"a\xFFFD\n\xFFFD"},
   };
-  for (const Case& each : cases) EXPECT_EQ(DecodeTextFile(each.bytes), each.text) << each.name;
-}
-
-TEST(TextFile, DecodesAlikeInPiecesOfAnySize) {
-  Generator generator(1);
-  for (int round = 0; round < 300; ++round) {
-    const std::string bytes = generator.Damage(EncodeTextFile(generator.Pattern(40) + L"\r\n\xE4\u20AC"));
-    for (const TextEncoding encoding : {TextEncoding::kUtf8, TextEncoding::kUtf16LittleEndian, TextEncoding::kUtf16BigEndian}) {
-      TextDecoder whole(encoding);
-      std::wstring expected;
-      whole.Decode(bytes, expected);
-      whole.Finish(expected);
-      TextDecoder pieces(encoding);
-      std::wstring text;
-      for (const char& byte : bytes) pieces.Decode(std::string_view(&byte, 1), text);
-      pieces.Finish(text);
-      ASSERT_EQ(text, expected) << round;
-    }
+  for (const auto& each : cases) {
+    EXPECT_EQ(DecodeTextFile(each.bytes), each.text) << each.name;
+    const TextMark mark = FindTextMark(each.bytes);
+    TextDecoder decoder(mark.encoding);
+    std::wstring text;
+    for (const char& byte : std::string_view(each.bytes).substr(mark.sizeBytes)) decoder.Decode({&byte, 1}, text);
+    decoder.Finish(text);
+    EXPECT_EQ(text.substr(0, text.find(L'\x1A')), each.text) << each.name;
   }
 }
 
 TEST(TextFile, EveryCharacterComesBackInEveryEncoding) {
-  std::string utf32;
   for (const TextEncoding encoding : {TextEncoding::kUtf8, TextEncoding::kUtf16LittleEndian, TextEncoding::kUtf16BigEndian}) {
     for (std::uint32_t codePoint = 0; codePoint <= 0x10FFFF; codePoint += codePoint < 0x20000 ? 1 : 257) {
-      std::wstring text;
+      std::wstring text(1, static_cast<wchar_t>(codePoint));
       if (sizeof(wchar_t) == 2 && codePoint > 0xFFFF) {
         text = {static_cast<wchar_t>(0xD7C0 + (codePoint >> 10)), static_cast<wchar_t>(0xDC00 + (codePoint & 0x3FF))};
-      } else {
-        text = static_cast<wchar_t>(codePoint);
       }
       const bool surrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
       EXPECT_EQ(IsValidText(text), !surrogate);
@@ -95,64 +67,26 @@ TEST(TextFile, EveryCharacterComesBackInEveryEncoding) {
 TEST(TextFile, AppendsInTheEncodingOfTheFile) {
   const ThrowawayFolder folder;
   const std::wstring path = folder.Path("log");
-  const struct {
-    std::string before;
-    std::string after;
-  } cases[] = {
-      {"", BYTES("\xEF\xBB\xBF\xC3\xA4\r\n")},
-      {"x", BYTES("x\xC3\xA4\r\n")},
-      {BYTES("\xFF\xFEx\0"), BYTES("\xFF\xFEx\0\xE4\0\r\0\n\0")},
-      {BYTES("\xFE\xFF\0x"), BYTES("\xFE\xFF\0x\0\xE4\0\r\0\n")},
-  };
-  for (const auto& each : cases) {
-    ThrowawayFolder::Write(path, each.before);
-    EXPECT_EQ(AppendTextFile(path, L"ä\n"), WriteResult::kWritten);
-    EXPECT_EQ(ThrowawayFolder::Read(path), each.after);
-  }
-  EXPECT_TRUE(RemoveFile(path));
   EXPECT_EQ(AppendTextFile(path, L"new\n"), WriteResult::kWritten);
   EXPECT_EQ(ThrowawayFolder::Read(path), "\xEF\xBB\xBFnew\r\n");
-}
-
-TEST(TextFile, AWholeWriteLeavesNothingOfALongerFile) {
-  const ThrowawayFolder folder;
-  const std::wstring path = folder.Path("file");
-  for (const std::wstring& text : {std::wstring(10'000, L'x'), std::wstring(L"short\n"), std::wstring()}) {
-    ASSERT_EQ(WriteTextFile(path, text), WriteResult::kWritten);
-    EXPECT_EQ(ThrowawayFolder::Read(path), "\xEF\xBB\xBF" + EncodeTextFile(text));
-    EXPECT_EQ(ReadTextFile(path), text);
+  for (const auto& [before, after] : {std::pair{""s, "\xEF\xBB\xBF\xC3\xA4\r\n"s},
+                                      {"x"s, "x\xC3\xA4\r\n"s},
+                                      {"\xFF\xFEx\0"s, "\xFF\xFEx\0\xE4\0\r\0\n\0"s},
+                                      {"\xFE\xFF\0x"s, "\xFE\xFF\0x\0\xE4\0\r\0\n"s}}) {
+    ThrowawayFolder::Write(path, before);
+    EXPECT_EQ(AppendTextFile(path, L"ä\n"), WriteResult::kWritten);
+    EXPECT_EQ(ThrowawayFolder::Read(path), after);
   }
 }
 
 TEST(TextFile, AFolderIsNoFile) {
   const ThrowawayFolder folder;
-  const std::wstring path = folder.Path("");
   RandomReadFile file;
-  EXPECT_FALSE(ReadWholeFile(path).has_value());
-  EXPECT_FALSE(file.Open(path));
-  EXPECT_EQ(WriteWholeFile(path, "x"), WriteResult::kCannotOpen);
-  EXPECT_EQ(AppendToFile(path, "x", ""), WriteResult::kCannotOpen);
-  EXPECT_EQ(WriteWholeFile(folder.Path("missing/file"), "x"), WriteResult::kCannotOpen);
-}
-
-TEST(LineReader, GivesReadsOfBoundedLength) {
-  const std::size_t longest = LineReader::kMaxReadChars;
-  struct Case {
-    std::wstring text;
-    std::vector<std::size_t> lengths;
-  };
-  const Case cases[] = {
-      {L"", {}},
-      {L"\n\na", {1, 1, 1}},
-      {std::wstring(longest - 1, L'x') + L"\nz", {longest, 1}},
-      {std::wstring(longest, L'x') + L"\nz", {longest, 1, 1}},
-      {std::wstring(2 * longest + 3, L'x'), {longest, longest, 3}},
-  };
-  for (const Case& each : cases) {
-    LineReader lines(each.text);
-    std::vector<std::size_t> lengths;
-    for (std::wstring_view line; lines.Next(line);) lengths.push_back(line.size());
-    EXPECT_EQ(lengths, each.lengths);
+  EXPECT_FALSE(file.Open(folder.Path("")));
+  for (const std::wstring& nowhere : {folder.Path(""), folder.Path("missing/file")}) {
+    EXPECT_FALSE(ReadTextFile(nowhere).has_value());
+    EXPECT_EQ(WriteTextFile(nowhere, L"x"), WriteResult::kCannotOpen);
+    EXPECT_EQ(AppendTextFile(nowhere, L"x"), WriteResult::kCannotOpen);
   }
 }
 

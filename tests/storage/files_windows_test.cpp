@@ -9,36 +9,33 @@
 
 namespace {
 
+UniqueHandle Open(const std::wstring& path, DWORD access, DWORD share) {
+  return OwnFileHandle(::CreateFileW(path.c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr));
+}
+
 TEST(FilesOnWindows, ThatOthersHoldOrProtectKeepTheirBytes) {
   const ThrowawayFolder folder;
   const std::wstring path = folder.Path("rules.csv");
   ThrowawayFolder::Write(path, "old");
   RuleStore store([&] { return path; });
   const auto expectRefused = [&] {
-    EXPECT_EQ(WriteWholeFile(path, "x"), WriteResult::kCannotOpen);
     EXPECT_EQ(AppendToFile(path, "x", ""), WriteResult::kCannotOpen);
     store.Append({MakeNewRule(1)});
     EXPECT_EQ(ThrowawayFolder::Read(path), "old");
   };
   {
-    const UniqueHandle reader =
-        OwnFileHandle(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
+    const UniqueHandle reader = Open(path, GENERIC_READ, FILE_SHARE_READ);
     ASSERT_NE(reader, nullptr);
     expectRefused();
   }
   ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY);
   // Wine lets its superuser write to a read-only file.
-  const auto openForWriting = [&] {
-    return OwnFileHandle(::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-  };
-  if (openForWriting() == nullptr) expectRefused();
+  if (Open(path, GENERIC_WRITE, 0) == nullptr) expectRefused();
   ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
   EXPECT_TRUE(store.Save(path));
-  EXPECT_TRUE(store.Load(path));
+  const UniqueHandle writer = Open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE);
+  EXPECT_TRUE(store.Load(path)) << "a file that another program still writes can be read";
   EXPECT_FALSE(store.Snapshot()->empty());
-  const UniqueHandle writer = OwnFileHandle(
-      ::CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr));
-  EXPECT_TRUE(ReadWholeFile(path).has_value()) << "a file that another program still writes can be read";
 }
 
 }  // namespace

@@ -50,28 +50,15 @@ class Generator {
     return rule;
   }
 
-  /// Changes, drops, doubles or inserts a few bytes, or cuts the end off.
+  /// Replaces, drops, doubles or inserts a few bytes, or cuts the end off.
   std::string Damage(std::string bytes) {
     static const std::string kBytes("\0\x1A\r\n\t,\"\\-e9\xC3\xED\xFE\xFF", 15);
     for (std::size_t count = Below(8); count > 0 && !bytes.empty(); --count) {
       const std::size_t at = Below(bytes.size());
-      switch (Below(5)) {
-        case 0:
-          bytes[at] = kBytes[Below(kBytes.size())];
-          break;
-        case 1:
-          bytes.erase(at, Below(20));
-          break;
-        case 2:
-          bytes.insert(at, bytes.substr(at, Below(200)));
-          break;
-        case 3:
-          bytes.insert(at, OneIn(9) ? 3000 : 1, kBytes[Below(kBytes.size())]);
-          break;
-        default:
-          if (OneIn(4)) bytes.resize(at);
-          break;
-      }
+      if (OneIn(20)) bytes.resize(at);
+      std::string piece(OneIn(40) ? 3000 : 1, kBytes[Below(kBytes.size())]);
+      if (OneIn(4)) piece = bytes.substr(at, Below(200));
+      bytes.replace(at, OneIn(2) ? Below(20) : 0, piece);
     }
     return bytes;
   }

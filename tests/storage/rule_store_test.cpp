@@ -2,38 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/diagnostics.h"
-#include "platform/text_file.h"
+#include "tests/platform/diagnostic_lines.h"
 #include "tests/storage/throwaway_folder.h"
 
 namespace {
-
-std::vector<std::wstring>* capturedLines = nullptr;
-
-class RuleStoreTest : public testing::Test {
- protected:
-  RuleStoreTest() {
-    capturedLines = &lines_;
-    SetDiagnosticHook([](std::wstring_view line) { capturedLines->emplace_back(line); });
-  }
-  ~RuleStoreTest() override { SetDiagnosticHook(nullptr); }
-
-  std::vector<std::wstring> TakeLines() { return std::exchange(lines_, {}); }
-  std::vector<std::uint32_t> Ids() const {
-    std::vector<std::uint32_t> ids;
-    for (const ThresholdRule& rule : *store_.Snapshot()) ids.push_back(rule.ruleId);
-    return ids;
-  }
-  bool LoadText(const std::wstring& rows) {
-    ThrowawayFolder::Write(path_, EncodeTextFile(L"header\n" + rows));
-    return store_.Load(path_);
-  }
-
-  ThrowawayFolder folder_;
-  std::wstring path_ = folder_.Path("rules.csv");
-  std::vector<std::wstring> lines_;
-  RuleStore store_{[this] { return path_; }};
-};
 
 using Lines = std::vector<std::wstring>;
 using IdList = std::vector<std::uint32_t>;
@@ -44,8 +16,23 @@ ThresholdRule Rule(std::uint32_t ruleId, const wchar_t* pattern) {
   return rule;
 }
 
+class RuleStoreTest : public testing::Test {
+ protected:
+  IdList Ids() const {
+    IdList ids;
+    for (const ThresholdRule& rule : *store_.Snapshot()) ids.push_back(rule.ruleId);
+    return ids;
+  }
+
+  const DiagnosticLines lines_;
+  ThrowawayFolder folder_;
+  const std::wstring path_ = folder_.Path("rules.csv");
+  RuleStore store_{[this] { return path_; }};
+};
+
 TEST_F(RuleStoreTest, IdsAreNeverHandedOutTwiceNorZeroNorInUse) {
-  EXPECT_TRUE(LoadText(L"1,a,1\n2,a,1\n4294967294,b,1\n"));
+  ThrowawayFolder::Write(path_, "header\n1,a,1\n2,a,1\n4294967294,b,1\n");
+  EXPECT_TRUE(store_.Load(path_));
   EXPECT_EQ(store_.TakeRuleId(), 4294967295U);
   EXPECT_EQ(store_.TakeRuleId(), 3U);
   store_.RemoveAll();
@@ -58,21 +45,20 @@ TEST_F(RuleStoreTest, AnImportAppendsSavesOnceAndKeepsAllOrNothing) {
   store_.Append({Rule(store_.TakeRuleId(), L"a"), Rule(store_.TakeRuleId(), L"b,c")});
   const std::wstring json = folder_.Path("rules.json");
   EXPECT_TRUE(store_.ExportJson(json));
-  TakeLines();
+  (void)DiagnosticLines::Take();
   EXPECT_TRUE(store_.ImportJson(json));
-  EXPECT_EQ(TakeLines(),
+  EXPECT_EQ(DiagnosticLines::Take(),
             (Lines{L"RuleStore::ImportJsonString - Imported 2 rules", L"RuleStore::Save - Saved 4 rules to " + path_}));
   EXPECT_EQ(Ids(), (IdList{1, 2, 3, 4}));
   EXPECT_EQ(store_.Snapshot()->back().processPattern, L"b,c");
 
-  const RuleSnapshot before = store_.Snapshot();
   EXPECT_FALSE(store_.ImportJsonString(L"{}"));
   EXPECT_FALSE(store_.ImportJsonString(L"\"rules\" {\"processPattern\":\"\"}"));
   EXPECT_FALSE(store_.ImportJson(folder_.Path("missing")));
-  EXPECT_EQ(TakeLines(),
+  EXPECT_EQ(DiagnosticLines::Take(),
             (Lines{L"RuleStore::ImportJsonString - No 'rules' array found", L"RuleStore::ImportJsonString - No valid rules found",
                    L"RuleStore::ImportJson - Could not open " + folder_.Path("missing")}));
-  EXPECT_EQ(store_.Snapshot(), before);
+  EXPECT_EQ(Ids(), (IdList{1, 2, 3, 4}));
   EXPECT_EQ(store_.NextRuleId(), 5U);
 }
 

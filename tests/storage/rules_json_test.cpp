@@ -3,16 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "tests/storage/generated_rules.h"
 
 namespace {
-
-ThresholdRule OnlyRule(const std::wstring& object) {
-  const std::optional<RuleList> rules = ParseRulesJson(L"\"rules\"" + object);
-  if (!rules || rules->size() != 1) return ThresholdRule();
-  return rules->front();
-}
 
 TEST(RulesJson, WritesOneFixedLayout) {
   EXPECT_EQ(FormatRulesJson({}), L"{\n  \"rules\": [\n  ]\n}\n");
@@ -33,79 +28,67 @@ TEST(RulesJson, WritesOneFixedLayout) {
 }
 
 TEST(RulesJson, FindsObjectsWhereverTheyStand) {
-  const struct {
-    const char* name;
-    std::wstring text;
-    std::size_t rules;
-  } cases[] = {
+  const std::tuple<const char*, std::wstring, std::size_t> cases[] = {
       {"before the word", L"{\"processPattern\":\"a\"} \"rules\"", 0},
       {"after the array", L"\"rules\":[] {\"processPattern\":\"a\"}", 1},
       {"word in a value", L"{\"x\":\"\"rules\"\" {\"processPattern\":\"a\"}", 1},
       {"nested: the first brace closes", L"\"rules\" {\"x\":{\"y\":1}, \"processPattern\":\"a\"} {\"processPattern\":\"b\"}", 1},
       {"outer object lends its key", L"\"rules\" {\"processPattern\":\"a\", \"x\":{}}", 1},
       {"brace in a pattern", L"\"rules\" {\"processPattern\":\"a}b\"} {\"processPattern\":\"b\"}", 1},
-      {"unclosed", L"\"rules\" {\"processPattern\":\"a\"} {\"processPattern\":\"b\"", 1},
       {"no pattern, empty pattern", L"\"rules\" {} {\"processPattern\":\"\"} {\"processPattern\"} {\"processPattern\":\"}", 0},
       {"key case", L"\"rules\" {\"ProcessPattern\":\"a\"}", 0},
       {"too long for the rules file", L"\"rules\" {\"processPattern\":\"" + std::wstring(1700, L'x') + L"\"}", 0},
       {"long", L"\"rules\" {\"processPattern\":\"" + std::wstring(1500, L'x') + L"\"}", 1},
   };
-  for (const auto& each : cases) EXPECT_EQ(ParseRulesJson(each.text).value_or(RuleList(99)).size(), each.rules) << each.name;
+  for (const auto& [name, text, count] : cases) EXPECT_EQ(ParseRulesJson(text).value_or(RuleList(99)).size(), count) << name;
   EXPECT_FALSE(ParseRulesJson(L"{\"Rules\": [{\"processPattern\":\"a\"}]}").has_value());
 }
 
-TEST(RulesJson, ReadsPatternsAsTheScannerDoes) {
+TEST(RulesJson, ReadsPatternsFlagsAndNumbersAsTheScannerDoes) {
   const struct {
-    const wchar_t* object;
-    const wchar_t* pattern;
+    std::wstring object;
+    std::wstring pattern = L"a";
+    bool enabled = false;
+    std::uint32_t handles = 0;
   } cases[] = {
-      {L"{\"processPattern\": \"C:\\\\Tools\\\\*.exe\"}", L"C:\\Tools\\*.exe"},
-      {L"{\"processPattern\": \"a\\\"b\"}", L"a\"b"},
-      {L"{\"processPattern\": \"\\n\\r\\t\\\\n\\u0041\\/\"}", L"\n\r\t\\n\\u0041\\/"},
-      {L"{\"processPattern\": \"a\x01\"}", L"a\\"},
-      {L"{\"processPattern\": 5, \"enabled\": true}", L"enabled"},
-      {L"{\"processPattern\"\"a\", \"b\":1}", L", "},  // the character after the key is passed over unseen
-      {L"{\"processPattern\": \"a\", \"processPattern\": \"b\"}", L"a"},
+      {L"\"processPattern\": \"C:\\\\Tools\\\\*.exe\"", L"C:\\Tools\\*.exe"},
+      {L"\"processPattern\": \"a\\\"b\"", L"a\"b"},
+      {L"\"processPattern\": \"\\n\\r\\t\\\\n\\u0041\\/\"", L"\n\r\t\\n\\u0041\\/"},
+      {L"\"processPattern\": \"a\x01\"", L"a\\"},
+      {L"\"processPattern\": 5, \"enabled\": true", L"enabled", true},
+      {L"\"processPattern\"\"a\", \"b\":1", L", "},  // the character after the key is passed over unseen
+      {L"\"processPattern\": \"a\", \"processPattern\": \"b\""},
+      {L"\"enabled\": true", L"a", true},
+      {L"\"enabled\":true", L"a", true},
+      {L"\"enabled\": trueish", L"a", true},
+      {L"\"enabled\": \"true\"", L"a", true},
+      {L"\"enabled\":\"1\"", L"a", true},
+      {L"\"enabled\" : true"},
+      {L"\"enabled\":  true"},
+      {L"\"enabled\": \"True\""},
+      {L"\"enabled\": 1"},
+      {L"\"maxHandles\": 1500.9", L"a", false, 1500},
+      {L"\"maxHandles\": \"1500\""},
+      {L"\"maxHandles\":-5"},
+      {L"\"maxHandles\" , : \t\n+7e2x", L"a", false, 700},
+      {L"\"maxHandles\": 4294967296", L"a", false, 4294967295U},
+      {L"\"maxHandles\": nan"},
+      {L"\"maxHandles\": 0x10"},
+      {L"\"maxHandles\""},
+      {L"\"maxHandles\": 1e400", L"a", false, 4294967295U},
+      // A pattern that reads like the key is taken for it.
+      {L"\"processPattern\":\"maxHandles\", \"x\": true, \"maxHandles\":5", L"maxHandles"},
   };
-  for (const auto& each : cases) EXPECT_EQ(OnlyRule(each.object).processPattern, each.pattern) << each.object;
-}
-
-TEST(RulesJson, ReadsFlagsAndNumbersTolerantly) {
-  const struct {
-    const wchar_t* value;
-    bool enabled;
-  } flags[] = {{L"\"enabled\": true", true},      {L"\"enabled\":true", true},     {L"\"enabled\": \"true\"", true},
-               {L"\"enabled\":\"1\"", true},      {L"\"enabled\": trueish", true}, {L"\"enabled\" : true", false},
-               {L"\"enabled\":  true", false},    {L"\"enabled\": false", false},  {L"\"enabled\": \"false\"", false},
-               {L"\"enabled\": \"True\"", false}, {L"\"enabled\": 1", false},      {L"\"x\": 1", false}};
-  for (const auto& each : flags) {
-    EXPECT_EQ(OnlyRule(std::wstring(L"{\"processPattern\":\"a\", ") + each.value + L"}").enabled, each.enabled) << each.value;
+  for (const auto& each : cases) {
+    const bool isWhole = each.object.starts_with(L"\"processPattern");
+    const std::wstring object = L"{" + (isWhole ? L"" : std::wstring(L"\"processPattern\":\"a\", ")) + each.object + L"}";
+    const RuleList rules = ParseRulesJson(L"\"rules\"" + object).value_or(RuleList());
+    ThresholdRule expected;
+    expected.processPattern = each.pattern;
+    expected.enabled = each.enabled;
+    expected.maxHandles = each.handles;
+    EXPECT_EQ(rules, RuleList{expected}) << each.object;
   }
-  const struct {
-    const wchar_t* value;
-    std::uint32_t handles;
-  } numbers[] = {{L": 1500.9", 1500},
-                 {L": \"1500\"", 0},
-                 {L":-5", 0},
-                 {L" , : \t\n+7e2x", 700},
-                 {L": 4294967296", 4294967295U},
-                 {L": nan", 0},
-                 {L": 0x10", 0},
-                 {L": null", 0},
-                 {L"", 0},
-                 {L": 1e400", 4294967295U}};
-  for (const auto& each : numbers) {
-    const ThresholdRule rule = OnlyRule(std::wstring(L"{\"processPattern\":\"a\", \"maxHandles\"") + each.value + L"}");
-    EXPECT_EQ(rule.maxHandles, each.handles) << each.value;
-  }
-  for (const wchar_t* pattern : {L"maxHandles", L"x\\\"maxHandles"}) {
-    const std::wstring object = L"{\"processPattern\":\"" + std::wstring(pattern) + L"\", \"enabled\": true, \"maxHandles\":5}";
-    EXPECT_EQ(OnlyRule(object).maxHandles, 0U) << "a pattern that reads like the key is taken for it";
-  }
-  ThresholdRule bare;
-  bare.processPattern = L"a";
-  bare.enabled = false;
-  EXPECT_EQ(OnlyRule(L"{\"processPattern\":\"a\"}"), bare);
 }
 
 TEST(RulesJson, ExportedRulesComeBack) {
@@ -142,7 +125,6 @@ TEST(RulesJson, HostileDocumentsTakeLinearTime) {
   };
   for (const wchar_t* piece : {L"{", L"}", L"{}", L"\"", L"{\"processPattern\":", L"\\", L"{\"processPattern\":\"\\\\\\",
                                L"\"maxHandles\" ", L"{\"processPattern\":\"}", L" ", L"9"}) {
-    (void)ParseRulesJson(repeat(piece));
     (void)ParseRulesJson(repeat(piece) + L"}");
     EXPECT_TRUE(ParseRulesJson(L"\"rules\" {\"maxHandles\":" + repeat(piece) + L"\"processPattern\":\"a\"}").has_value())
         << piece;

@@ -2,8 +2,6 @@
 
 // A folder for one test's files, gone with it. Bytes are read and written past the product's own file code.
 
-#include <atomic>
-#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
