@@ -10,16 +10,19 @@
 #include <string>
 #include <vector>
 
+#include "platform/file.h"
+
 namespace e2e {
 
 inline constexpr wchar_t kSettings[] = L"Software\\Vantora";
 inline constexpr wchar_t kLegacySettings[] = L"Software\\Halvern";
 inline constexpr wchar_t kRun[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
 
-inline constexpr char kMark[] = "\xEF\xBB\xBF";
-inline constexpr char kRulesHeader[] =
+/// How a rules.csv of the program's own begins.
+inline constexpr char kRulesHead[] =
+    "\xEF\xBB\xBF"
     "RuleId,ProcessPattern,Enabled,MaxHandles,MaxWorkingSetMB,MaxPrivateBytesMB,MaxCPU,MaxThreads,MaxGDI,MaxUSER,AlertActions,"
-    "CooldownSec";
+    "CooldownSec\r\n";
 
 /// True where the profile may be thrown away.
 [[nodiscard]] bool ProfileIsThrowaway();
@@ -37,16 +40,15 @@ class Profile {
  public:
   /// Empties the profile; update checks are switched off, so that no test asks a server by accident.
   Profile();
-  ~Profile();
+  ~Profile() { Clear(); }
   Profile(const Profile&) = delete;
   Profile& operator=(const Profile&) = delete;
 
   void Set(const wchar_t* key, const wchar_t* name, const RegistryValue& value) const;
   void Set(const wchar_t* name, DWORD number) const { Set(kSettings, name, RegistryValue::Number(number)); }
+  /// The bytes as they are stored.
   [[nodiscard]] std::optional<RegistryValue> Get(const wchar_t* key, const wchar_t* name) const;
-  void DeleteKey(const wchar_t* key) const;
 
-  /// "...\Vantora" or "...\Halvern" in the roaming folder, and files in them.
   [[nodiscard]] std::wstring DataFolder() const { return roaming_ + L"\\Vantora"; }
   [[nodiscard]] std::wstring LegacyFolder() const { return roaming_ + L"\\Halvern"; }
   [[nodiscard]] std::wstring RulesFile() const { return DataFolder() + L"\\rules.csv"; }
@@ -64,7 +66,7 @@ class Profile {
 /// Creates the file's folder too.
 void WriteFileBytes(const std::wstring& path, const std::string& bytes);
 /// Empty optional: no such file.
-[[nodiscard]] std::optional<std::string> ReadFileBytes(const std::wstring& path);
+[[nodiscard]] inline std::optional<std::string> ReadFileBytes(const std::wstring& path) { return ReadWholeFile(path); }
 [[nodiscard]] bool PathExists(const std::wstring& path);
 
 }  // namespace e2e

@@ -9,49 +9,17 @@ namespace e2e {
 
 namespace {
 
-constexpr UINT kAnswerTimeoutMs = 5'000;
-
-/// 0 when the window does not answer.
-LRESULT Ask(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-  DWORD_PTR result = 0;
-  if (::SendMessageTimeoutW(window, message, wParam, lParam, SMTO_NORMAL, kAnswerTimeoutMs, &result) == 0) return 0;
-  return static_cast<LRESULT>(result);
-}
-
-struct WindowSearch {
-  DWORD processId;
-  const wchar_t* windowClass;
-  const wchar_t* title;
-  bool visibleOnly;
-  HWND found;
-};
-
-BOOL CALLBACK MatchWindow(HWND window, LPARAM parameter) {
-  auto& search = *reinterpret_cast<WindowSearch*>(parameter);
-  DWORD processId = 0;
-  ::GetWindowThreadProcessId(window, &processId);
-  wchar_t windowClass[64]{};
-  ::GetClassNameW(window, windowClass, static_cast<int>(std::size(windowClass)));
-  if (processId != search.processId || ::wcscmp(windowClass, search.windowClass) != 0) return TRUE;
-  if (search.visibleOnly && !::IsWindowVisible(window)) return TRUE;
-  if (search.title != nullptr && TextOf(window) != search.title) return TRUE;
-  search.found = window;
-  return FALSE;
-}
-
-HWND FindProcessWindow(DWORD processId, const wchar_t* windowClass, const wchar_t* title, bool visibleOnly) {
-  WindowSearch search{processId, windowClass, title, visibleOnly, nullptr};
-  ::EnumWindows(&MatchWindow, reinterpret_cast<LPARAM>(&search));
-  return search.found;
-}
+constexpr int kBoxTextId = 1001;
 
 }  // namespace
 
-std::wstring ProgramPath() {
-  wchar_t path[MAX_PATH]{};
-  ::GetFullPathNameW(VANTORA_EXE, MAX_PATH, path, nullptr);
-  return path;
+std::wstring FullPath(const wchar_t* path) {
+  wchar_t full[MAX_PATH]{};
+  ::GetFullPathNameW(path, MAX_PATH, full, nullptr);
+  return full;
 }
+
+std::wstring ProgramPath() { return FullPath(VANTORA_EXE); }
 
 RunningProgram::RunningProgram(const std::wstring& arguments, const std::wstring& path) {
   std::wstring commandLine = L"\"" + path + L"\" " + arguments;
@@ -66,12 +34,10 @@ RunningProgram::RunningProgram(const std::wstring& arguments, const std::wstring
 }
 
 RunningProgram::~RunningProgram() {
-  if (!IsRunning()) return;
+  if (!process_ || WaitForExit(0)) return;
   ::TerminateProcess(process_.get(), 99);
   ::WaitForSingleObject(process_.get(), kPatienceMs);
 }
-
-bool RunningProgram::IsRunning() const { return process_ && ::WaitForSingleObject(process_.get(), 0) == WAIT_TIMEOUT; }
 
 std::optional<DWORD> RunningProgram::WaitForExit(DWORD timeoutMs) const {
   DWORD code = 0;
@@ -80,76 +46,79 @@ std::optional<DWORD> RunningProgram::WaitForExit(DWORD timeoutMs) const {
   return code;
 }
 
-HWND RunningProgram::WaitForTray(DWORD timeoutMs) const {
-  return WaitForResult([&] { return FindProcessWindow(id_, kTrayClass, kTrayTitle, false); }, timeoutMs);
+std::vector<HWND> RunningProgram::Windows(const wchar_t* windowClass) const {
+  std::vector<HWND> windows;
+  for (HWND window = nullptr; (window = ::FindWindowExW(nullptr, window, windowClass, nullptr)) != nullptr;) {
+    DWORD processId = 0;
+    ::GetWindowThreadProcessId(window, &processId);
+    if (processId == id_) windows.push_back(window);
+  }
+  return windows;
 }
 
-HWND RunningProgram::FindVisibleWindow(const wchar_t* windowClass, const wchar_t* title) const {
-  return FindProcessWindow(id_, windowClass, title, true);
+std::vector<HWND> RunningProgram::VisibleWindows(const wchar_t* windowClass) const {
+  std::vector<HWND> windows = Windows(windowClass);
+  std::erase_if(windows, [](HWND window) { return !::IsWindowVisible(window); });
+  return windows;
 }
 
-HWND RunningProgram::WaitForWindow(const wchar_t* windowClass, const wchar_t* title, DWORD timeoutMs) const {
-  return WaitForResult([&] { return FindVisibleWindow(windowClass, title); }, timeoutMs);
+HWND RunningProgram::WaitForTray() const {
+  WaitUntil([&] { return !Windows(kTrayClass).empty(); });
+  const auto windows = Windows(kTrayClass);
+  return windows.empty() ? nullptr : windows.front();
 }
 
-HWND RunningProgram::FindMainWindow() const {
-  struct Search {
-    DWORD processId;
-    HWND found;
-  } search{id_, nullptr};
-  ::EnumWindows(
-      [](HWND window, LPARAM parameter) -> BOOL {
-        auto& wanted = *reinterpret_cast<Search*>(parameter);
-        DWORD processId = 0;
-        ::GetWindowThreadProcessId(window, &processId);
-        if (processId != wanted.processId || !::IsWindowVisible(window)) return TRUE;
-        if (::GetDlgItem(window, IDC_RULE_LIST) == nullptr) return TRUE;
-        wanted.found = window;
-        return FALSE;
-      },
-      reinterpret_cast<LPARAM>(&search));
-  return search.found;
+HWND RunningProgram::FindDialog(int controlId) const {
+  for (HWND window : VisibleWindows()) {
+    if (::GetDlgItem(window, controlId) != nullptr) return window;
+  }
+  return nullptr;
 }
 
-HWND RunningProgram::WaitForMainWindow(DWORD timeoutMs) const {
-  return WaitForResult([&] { return FindMainWindow(); }, timeoutMs);
+HWND RunningProgram::WaitForDialog(int controlId) const {
+  return WaitForResult([&] { return FindDialog(controlId); });
+}
+
+HWND RunningProgram::WaitForMainWindow() const { return WaitForDialog(IDC_RULE_LIST); }
+
+HWND RunningProgram::WaitForBox(const std::wstring& caption, const std::wstring& text) const {
+  return WaitForResult([&]() -> HWND {
+    for (HWND box : VisibleWindows()) {
+      if (TextOf(box) == caption && TextOf(::GetDlgItem(box, kBoxTextId)).starts_with(text)) return box;
+    }
+    return nullptr;
+  });
 }
 
 bool RunningProgram::OpenTrayMenu() const {
-  ::PostMessageW(WaitForTray(), UWM_TRAYICON, 0, WM_RBUTTONUP);
-  return WaitForWindow(kMenuClass, nullptr) != nullptr;
+  PostToTray(UWM_TRAYICON, 0, WM_RBUTTONUP);
+  return WaitUntil([&] { return !VisibleWindows(kMenuClass).empty(); });
 }
 
-bool RunningProgram::DismissMenu() const {
-  ::PostMessageW(WaitForTray(), WM_CANCELMODE, 0, 0);
-  return WaitUntil([&] { return FindVisibleWindow(kMenuClass, nullptr) == nullptr; });
-}
-
-bool RunningProgram::ChooseFromTrayMenu(wchar_t mnemonic) const {
-  if (!OpenTrayMenu()) return false;
-  ::PostMessageW(WaitForTray(), WM_CHAR, mnemonic, 0);
-  return WaitUntil([&] { return FindVisibleWindow(kMenuClass, nullptr) == nullptr; });
+void RunningProgram::ChooseFromTrayMenu(wchar_t mnemonic) const {
+  if (OpenTrayMenu()) PostToTray(WM_CHAR, mnemonic, 0);
 }
 
 bool RunningProgram::End() const {
-  HWND tray = WaitForTray();
-  return tray != nullptr && ::PostMessageW(tray, UWM_TERMINATE, 0, 0) && WaitForExit() == 0u;
+  PostToTray(UWM_TERMINATE, 0, 0);
+  return WaitForExit() == 0u;
 }
 
 std::optional<DWORD> RunToEnd(const std::wstring& arguments) { return RunningProgram(arguments).WaitForExit(); }
 
 std::wstring TextOf(HWND window) {
   wchar_t text[1024]{};
-  Ask(window, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
+  ::SendMessageW(window, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
   return text;
 }
 
-std::wstring ItemTextOf(HWND dialog, int controlId) { return TextOf(::GetDlgItem(dialog, controlId)); }
-
 void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
 
-void PostClick(HWND dialog, int controlId) { ::PostMessageW(::GetDlgItem(dialog, controlId), BM_CLICK, 0, 0); }
+bool CloseBy(HWND dialog, int buttonId) {
+  ::PostMessageW(::GetDlgItem(dialog, buttonId), BM_CLICK, 0, 0);
+  return WaitUntil([&] { return !::IsWindow(dialog); });
+}
 
-int ListRowCount(HWND list) { return static_cast<int>(Ask(list, LVM_GETITEMCOUNT, 0, 0)); }
+int ListRowCount(HWND list) { return static_cast<int>(::SendMessageW(list, LVM_GETITEMCOUNT, 0, 0)); }
 
 }  // namespace e2e

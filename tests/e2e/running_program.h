@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/handles.h"
 #include "tests/e2e/wait.h"
@@ -18,7 +19,8 @@ inline constexpr wchar_t kDialogClass[] = L"#32770";
 inline constexpr wchar_t kMenuClass[] = L"#32768";
 inline constexpr wchar_t kRunningEvent[] = L"Global\\VantoraRunning";
 
-/// Where the build has put the program.
+/// The path in full, of what the build has put in its folder.
+[[nodiscard]] std::wstring FullPath(const wchar_t* path);
 [[nodiscard]] std::wstring ProgramPath();
 
 /// A process that is ended with its owner, when it has not ended before.
@@ -31,29 +33,32 @@ class RunningProgram {
   RunningProgram& operator=(const RunningProgram&) = delete;
 
   [[nodiscard]] DWORD Id() const { return id_; }
-  [[nodiscard]] bool IsRunning() const;
   /// Its exit code once it has ended.
   [[nodiscard]] std::optional<DWORD> WaitForExit(DWORD timeoutMs = kPatienceMs) const;
 
   /// This process's tray window; null when there is none within the time.
-  [[nodiscard]] HWND WaitForTray(DWORD timeoutMs = kPatienceMs) const;
-  /// This process's visible top-level window of the class, with the title unless it is null, once there is one.
-  [[nodiscard]] HWND WaitForWindow(const wchar_t* windowClass, const wchar_t* title, DWORD timeoutMs = kPatienceMs) const;
-  [[nodiscard]] HWND FindVisibleWindow(const wchar_t* windowClass, const wchar_t* title) const;
-  /// The main window, known by its rule list.
-  [[nodiscard]] HWND FindMainWindow() const;
-  [[nodiscard]] HWND WaitForMainWindow(DWORD timeoutMs = kPatienceMs) const;
+  [[nodiscard]] HWND WaitForTray() const;
+  void PostToTray(UINT message, WPARAM wParam, LPARAM lParam) const { ::PostMessageW(WaitForTray(), message, wParam, lParam); }
+
+  /// This process's visible top-level windows of the class.
+  [[nodiscard]] std::vector<HWND> VisibleWindows(const wchar_t* windowClass = kDialogClass) const;
+  /// Of these dialogs the one that holds the control; null when there is none.
+  [[nodiscard]] HWND FindDialog(int controlId) const;
+  [[nodiscard]] HWND WaitForDialog(int controlId) const;
+  [[nodiscard]] HWND WaitForMainWindow() const;
+  /// The message box with the caption, once its text begins with the one expected.
+  [[nodiscard]] HWND WaitForBox(const std::wstring& caption, const std::wstring& text) const;
 
   /// Opens the tray menu. False when it does not come up.
   [[nodiscard]] bool OpenTrayMenu() const;
-  /// Closes an open tray menu without a choice.
-  [[nodiscard]] bool DismissMenu() const;
-  /// Opens the tray menu and chooses the item with the mnemonic. False when the menu does not come up or does not close.
-  [[nodiscard]] bool ChooseFromTrayMenu(wchar_t mnemonic) const;
+  /// Opens the tray menu and chooses the item with the mnemonic. The choice of a greyed one may leave the menu open.
+  void ChooseFromTrayMenu(wchar_t mnemonic) const;
   /// Asks the program to end as "-terminate" does, and waits for it. False when it has not ended with 0.
   [[nodiscard]] bool End() const;
 
  private:
+  [[nodiscard]] std::vector<HWND> Windows(const wchar_t* windowClass) const;
+
   UniqueHandle process_;
   DWORD id_ = 0;
 };
@@ -62,10 +67,10 @@ class RunningProgram {
 [[nodiscard]] std::optional<DWORD> RunToEnd(const std::wstring& arguments);
 
 [[nodiscard]] std::wstring TextOf(HWND window);
-[[nodiscard]] std::wstring ItemTextOf(HWND dialog, int controlId);
 /// Without waiting for what the command does.
 void PostCommand(HWND dialog, int id);
-void PostClick(HWND dialog, int controlId);
+/// Presses the button, which closes the dialog. False when that stays.
+[[nodiscard]] bool CloseBy(HWND dialog, int buttonId);
 /// Of a list view of another process.
 [[nodiscard]] int ListRowCount(HWND list);
 

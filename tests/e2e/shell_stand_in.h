@@ -4,54 +4,67 @@
 // tells the shell about its icon. Keeps the icons as a taskbar does, records every call, and can refuse, forget, and announce
 // itself. Reads the form in which Wine's shell library sends the calls.
 
+#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <mutex>
-#include <optional>
 #include <set>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
+#include "tests/e2e/stand_in_window.h"
 #include "tests/e2e/wait.h"
 
 namespace e2e {
 
-/// One call about an icon. Texts are those of the call whether or not its flags name them.
-struct NotifyCall {
-  DWORD message = 0;  ///< NIM_ADD, NIM_MODIFY, NIM_DELETE
-  HWND window = nullptr;
-  UINT id = 0;
-  UINT flags = 0;
-  UINT callback = 0;
-  std::wstring tip;
-  std::wstring infoTitle;
-  std::wstring info;
-  UINT infoFlags = 0;
-  UINT timeoutMs = 0;
-  SIZE icon{};
-  bool accepted = false;
+/// A text of limited length as it lies in a call.
+template <std::size_t kUnits>
+struct CallText {
+  wchar_t units[kUnits];
 
-  [[nodiscard]] bool IsBalloon() const;
+  operator std::wstring() const { return {units, ::wcsnlen(units, kUnits)}; }
+  friend bool operator==(const CallText& text, const std::wstring& other) { return std::wstring(text) == other; }
+  friend void PrintTo(const CallText& text, std::ostream* out) { *out << testing::PrintToString(std::wstring(text)); }
+};
+
+/// The head of what Wine's shell library sends; the icon's pixels follow. Texts are those of the call whether or not its flags
+/// name them.
+struct NotifyData {
+  std::uint32_t window;
+  UINT id;
+  UINT flags;
+  UINT callback;
+  CallText<128> tip;
+  UINT state;
+  UINT stateMask;
+  CallText<256> info;
+  UINT timeoutMs;
+  CallText<64> infoTitle;
+  UINT infoFlags;
+  GUID guid;
+  std::int32_t iconWidth;
+  std::int32_t iconHeight;
+};
+
+/// One call about an icon.
+struct NotifyCall : NotifyData {
+  DWORD message;  ///< NIM_ADD, NIM_MODIFY, NIM_DELETE
+  bool accepted;
+
+  [[nodiscard]] HWND Window() const { return static_cast<HWND>(ULongToHandle(window)); }
 };
 
 class ShellStandIn {
  public:
-  ShellStandIn();
-  ~ShellStandIn();
-  ShellStandIn(const ShellStandIn&) = delete;
-  ShellStandIn& operator=(const ShellStandIn&) = delete;
-
   /// Whether the shell's calls come here.
   [[nodiscard]] bool IsInPlace() const;
 
-  [[nodiscard]] std::vector<NotifyCall> Calls() const;
-  [[nodiscard]] std::size_t Count(DWORD message) const;
-  /// The balloons so far, oldest first.
+  /// The calls of the kind so far, oldest first.
+  [[nodiscard]] std::vector<NotifyCall> Calls(DWORD message) const;
   [[nodiscard]] std::vector<NotifyCall> Balloons() const;
   /// The n-th balloon, counted from 0, once it has come.
-  [[nodiscard]] std::optional<NotifyCall> WaitForBalloon(std::size_t index, DWORD timeoutMs = kPatienceMs) const;
+  [[nodiscard]] std::optional<NotifyCall> WaitForBalloon(std::size_t index) const;
   /// Icons shown at the moment.
   [[nodiscard]] std::size_t IconCount() const;
 
@@ -61,16 +74,17 @@ class ShellStandIn {
   void Recreate();
 
  private:
-  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-  void Run(HANDLE ready);
-  BOOL Receive(const COPYDATASTRUCT& data);
+  bool Receive(const COPYDATASTRUCT& data);
+  bool Accept(const NotifyCall& call);
 
   mutable std::mutex mutex_;
   std::vector<NotifyCall> calls_;
   std::set<std::pair<HWND, UINT>> icons_;
   bool refusing_ = false;
-  HWND window_ = nullptr;
-  std::thread thread_;
+  StandInWindow window_{L"Shell_TrayWnd", L"", [this](HWND, UINT message, LPARAM lParam) -> std::optional<LRESULT> {
+                          if (message != WM_COPYDATA) return std::nullopt;
+                          return Receive(*reinterpret_cast<const COPYDATASTRUCT*>(lParam));
+                        }};
 };
 
 }  // namespace e2e

@@ -1,12 +1,16 @@
 #pragma once
 
-// The update server that with_update_server has started, as a test uses it: its certificate authority is trusted, the temporary
-// folder is a throwaway one, and the programs that the test starts ask the scenario that it names.
+// The update server that with_update_server has started, as a test uses it: its certificate authority is trusted, and the
+// temporary folder of the test and of the programs it starts is a throwaway one.
 
 #include <windows.h>
 
+#include <wincrypt.h>
+
 #include <string>
 #include <vector>
+
+#include "platform/handles.h"
 
 class TestServer {
  public:
@@ -15,9 +19,11 @@ class TestServer {
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;
 
-  [[nodiscard]] bool IsTrusted() const { return trusted_; }
-  /// From now on updates come from this scenario of the server that with_update_server has put into the variable.
-  static void Use(const std::wstring& scenario, const wchar_t* variable = L"VANTORA_TEST_HTTPS");
+  [[nodiscard]] bool IsTrusted() const { return trusted_ != nullptr; }
+  /// From now on the server answers as in this scenario.
+  static void Use(const std::string& scenario);
+  /// From now on this process, and those that it starts, ask the server that with_update_server has put into the variable.
+  static void UseServer(const wchar_t* variable);
   static void UseTemp(const std::wstring& folder);
 
   /// One line for each request so far.
@@ -30,15 +36,15 @@ class TestServer {
   [[nodiscard]] std::wstring File() const { return Folder() + L"\\vantorasetup.exe"; }
   [[nodiscard]] const std::wstring& Temp() const { return temp_; }
 
+  /// What the fake installer has written about its start; waits for it.
+  [[nodiscard]] std::wstring LaunchRecord() const;
+  /// What it writes when it was started silently, from a system folder, with nothing beside it.
+  [[nodiscard]] std::wstring ProperLaunch() const;
   [[nodiscard]] bool WasLaunched() const;
-  /// What the installer has written about its start, line by line; waits for it.
-  [[nodiscard]] std::vector<std::wstring> LaunchRecord() const;
 
  private:
-  std::string certificate_;
-  bool trusted_ = false;
-  std::wstring temp_;
-  std::wstring record_;
+  const HCERTSTORE roots_;
+  PCCERT_CONTEXT trusted_ = nullptr;
+  const std::wstring temp_;
+  const std::wstring record_ = temp_ + L"\\record";
 };
-
-[[nodiscard]] bool Exists(const std::wstring& path);
