@@ -15,7 +15,6 @@
 #include <list>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "system/logon_trigger.h"
 
@@ -74,14 +73,7 @@ class FakeTaskScheduler {
 
  private:
   using Words = FakeObject::Words;
-
-  static std::wstring Bstr(std::uintptr_t word) { return word != 0 ? reinterpret_cast<BSTR>(word) : L"(null)"; }
-  static std::wstring Variant(std::uintptr_t word) {
-    const auto& value = *reinterpret_cast<const VARIANT*>(word);
-    if (value.vt == VT_EMPTY) return L"empty";
-    return value.vt == VT_BSTR ? L"'" + std::wstring(value.bstrVal) + L"'" : L"?";
-  }
-  static std::wstring Long(std::uintptr_t word) { return std::to_wstring(static_cast<LONG>(word)); }
+  using Outcome = std::function<HRESULT(HRESULT)>;
 
   HRESULT Note(const std::wstring& call, const std::wstring& arguments = {}) {
     log += (arguments.empty() ? call : call + L"=" + arguments) + L"\n";
@@ -109,90 +101,89 @@ class FakeTaskScheduler {
     object.handlers[2] = [this](Words) { return static_cast<HRESULT>(--references); };
     return object;
   }
-  template <class Function>
-  void Text(FakeObject& object, Function function, const wchar_t* name) {
-    object[function] = [this, name](Words words) { return Note(name, Bstr(words[0])); };
+
+  /// An argument as the log shows it; nothing for the place of a result.
+  template <class Argument>
+  static std::wstring Text(std::uintptr_t word) {
+    if constexpr (std::is_same_v<Argument, BSTR>) {
+      return word != 0 ? reinterpret_cast<BSTR>(word) : L"(null)";
+    } else if constexpr (std::is_same_v<Argument, VARIANT>) {
+      const auto& value = *reinterpret_cast<const VARIANT*>(word);
+      if (value.vt == VT_EMPTY) return L"empty";
+      return value.vt == VT_BSTR ? L"'" + std::wstring(value.bstrVal) + L"'" : L"?";
+    } else if constexpr (std::is_pointer_v<Argument>) {
+      return L"";
+    } else {
+      return std::to_wstring(static_cast<LONG>(static_cast<Argument>(word)));
+    }
   }
-  /// A number of the property's own width; a flag is a short.
-  template <class Value, class Function>
-  void Number(FakeObject& object, Function function, const wchar_t* name) {
-    object[function] = [this, name](Words words) { return Note(name, std::to_wstring(static_cast<Value>(words[0]))); };
-  }
-  template <class Function>
-  FakeObject& Part(Function getter, const wchar_t* name) {
-    FakeObject& part = Make(name);
-    definition_[getter] = [this, name, &part](Words words) { return Give(Note(std::wstring(L"get ") + name), part, words[0]); };
-    return part;
-  }
-  template <class Function>
-  FakeObject& Created(FakeObject& collection, Function create, const wchar_t* name) {
-    FakeObject& item = Make(name);
-    collection[create] = [this, name, &item](Words words) {
-      return Give(Note(std::wstring(L"create ") + name, Long(words[0])), item, words[1]);
+  /// The function notes its call; when that succeeds, it gives the object, if any, to the place that its last argument names.
+  template <class Interface, class... Arguments>
+  void On(FakeObject& object, HRESULT (STDMETHODCALLTYPE Interface::*function)(Arguments...), const std::wstring& name,
+          FakeObject* given = nullptr, const Outcome& outcome = {}) {
+    object[function] = [=, this](Words words) {
+      std::wstring text;
+      const auto add = [&text](const std::wstring& part) { text += (text.empty() || part.empty() ? L"" : L" ") + part; };
+      const Words first = words;
+      (add(Text<Arguments>(*words++)), ...);
+      HRESULT result = Note(name, text);
+      if (outcome) result = outcome(result);
+      return given != nullptr ? Give(result, *given, first[sizeof...(Arguments) - 1]) : result;
     };
-    return item;
+  }
+  template <class Function>
+  FakeObject& Part(FakeObject& whole, Function getter, const std::wstring& name, const wchar_t* verb = L"get ") {
+    FakeObject& part = Make(name);
+    On(whole, getter, verb + name, &part);
+    return part;
   }
 
   void BuildService() {
+    constexpr HRESULT kNoTask = HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
     FakeObject& service = Make(L"service");
     FakeObject& root = Make(L"root");
     FakeObject& task = Make(L"task");
     factory_[&IClassFactory::CreateInstance] = [this, &service](Words words) { return Give(Note(L"Create"), service, words[2]); };
-    service[&ITaskService::Connect] = [this](Words words) {
-      return Note(L"Connect", Variant(words[0]) + Variant(words[1]) + Variant(words[2]) + Variant(words[3]));
-    };
-    service[&ITaskService::GetFolder] = [this, &root](Words words) {
-      return Give(Note(L"GetFolder", Bstr(words[0])), root, words[1]);
-    };
-    service[&ITaskService::NewTask] = [this](Words words) {
-      return Give(Note(L"NewTask", Long(words[0])), definition_, words[1]);
-    };
-    constexpr HRESULT kNoTask = HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
-    root[&ITaskFolder::GetTask] = [this, &task](Words words) {
-      const HRESULT result = Note(L"GetTask", Bstr(words[0]));
-      return Give(taskExists ? result : kNoTask, task, words[1]);
-    };
-    root[&ITaskFolder::DeleteTask] = [this](Words words) {
-      const HRESULT result = Note(L"DeleteTask", Bstr(words[0]) + L" " + Long(words[1]));
+    On(service, &ITaskService::Connect, L"Connect");
+    On(service, &ITaskService::GetFolder, L"GetFolder", &root);
+    On(service, &ITaskService::NewTask, L"NewTask", &definition_);
+    On(root, &ITaskFolder::GetTask, L"GetTask", &task, [this](HRESULT result) { return taskExists ? result : kNoTask; });
+    On(root, &ITaskFolder::DeleteTask, L"DeleteTask", nullptr, [this](HRESULT result) {
       if (FAILED(result)) return result;
       return std::exchange(taskExists, false) ? S_OK : kNoTask;
-    };
-    root[&ITaskFolder::RegisterTaskDefinition] = [this, &task](Words words) {
-      const bool ours = words[1] == reinterpret_cast<std::uintptr_t>(&definition_);
-      const HRESULT result =
-          Note(L"Register", Bstr(words[0]) + (ours ? L" " : L" another ") + Long(words[2]) + L" " + Variant(words[3]) + L" " +
-                                Variant(words[4]) + L" " + Long(words[5]) + L" " + Variant(words[6]));
+    });
+    On(root, &ITaskFolder::RegisterTaskDefinition, L"Register", &task, [this](HRESULT result) {
       taskExists = taskExists || SUCCEEDED(result);
-      return Give(result, task, words[7]);
-    };
+      return result;
+    });
   }
 
   void BuildDefinition() {
-    FakeObject& info = Part(&ITaskDefinition::get_RegistrationInfo, L"info");
-    Text(info, &IRegistrationInfo::put_Author, L"author");
-    Text(info, &IRegistrationInfo::put_Description, L"description");
-    FakeObject& principal = Part(&ITaskDefinition::get_Principal, L"principal");
-    Text(principal, &IPrincipal::put_Id, L"principal id");
-    Number<LONG>(principal, &IPrincipal::put_LogonType, L"logon type");
-    Number<LONG>(principal, &IPrincipal::put_RunLevel, L"run level");
-    Text(principal, &IPrincipal::put_UserId, L"principal user");
-    FakeObject& settings = Part(&ITaskDefinition::get_Settings, L"settings");
-    Number<short>(settings, &ITaskSettings::put_StartWhenAvailable, L"start when available");
-    Number<short>(settings, &ITaskSettings::put_DisallowStartIfOnBatteries, L"disallow on batteries");
-    Number<short>(settings, &ITaskSettings::put_StopIfGoingOnBatteries, L"stop on batteries");
-    Number<short>(settings, &ITaskSettings::put_AllowDemandStart, L"demand start");
-    Number<short>(settings, &ITaskSettings::put_Enabled, L"enabled");
-    Number<short>(settings, &ITaskSettings::put_Hidden, L"hidden");
-    Text(settings, &ITaskSettings::put_ExecutionTimeLimit, L"time limit");
-    Number<LONG>(settings, &ITaskSettings::put_MultipleInstances, L"instances");
-    FakeObject& triggers = Part(&ITaskDefinition::get_Triggers, L"triggers");
-    FakeObject& trigger = Created(triggers, &ITriggerCollection::Create, L"trigger");
-    Text(trigger, &ILogonTrigger::put_Id, L"trigger id");
-    Text(trigger, &ILogonTrigger::put_UserId, L"trigger user");
-    FakeObject& actions = Part(&ITaskDefinition::get_Actions, L"actions");
-    FakeObject& action = Created(actions, &IActionCollection::Create, L"action");
-    Text(action, &IExecAction::put_Path, L"path");
-    Text(action, &IExecAction::put_Arguments, L"arguments");
+    FakeObject& info = Part(definition_, &ITaskDefinition::get_RegistrationInfo, L"info");
+    On(info, &IRegistrationInfo::put_Author, L"author");
+    On(info, &IRegistrationInfo::put_Description, L"description");
+    FakeObject& principal = Part(definition_, &ITaskDefinition::get_Principal, L"principal");
+    On(principal, &IPrincipal::put_Id, L"principal id");
+    On(principal, &IPrincipal::put_LogonType, L"logon type");
+    On(principal, &IPrincipal::put_RunLevel, L"run level");
+    On(principal, &IPrincipal::put_UserId, L"principal user");
+    FakeObject& settings = Part(definition_, &ITaskDefinition::get_Settings, L"settings");
+    On(settings, &ITaskSettings::put_StartWhenAvailable, L"start when available");
+    On(settings, &ITaskSettings::put_DisallowStartIfOnBatteries, L"disallow on batteries");
+    On(settings, &ITaskSettings::put_StopIfGoingOnBatteries, L"stop on batteries");
+    On(settings, &ITaskSettings::put_AllowDemandStart, L"demand start");
+    On(settings, &ITaskSettings::put_Enabled, L"enabled");
+    On(settings, &ITaskSettings::put_Hidden, L"hidden");
+    On(settings, &ITaskSettings::put_ExecutionTimeLimit, L"time limit");
+    On(settings, &ITaskSettings::put_MultipleInstances, L"instances");
+    FakeObject& triggers = Part(definition_, &ITaskDefinition::get_Triggers, L"triggers");
+    FakeObject& trigger = Part(triggers, &ITriggerCollection::Create, L"trigger", L"create ");
+    On(trigger, &ILogonTrigger::put_Id, L"trigger id");
+    On(trigger, &ILogonTrigger::put_UserId, L"trigger user");
+    FakeObject& actions = Part(definition_, &ITaskDefinition::get_Actions, L"actions");
+    FakeObject& action = Part(actions, &IActionCollection::Create, L"action", L"create ");
+    On(action, &IExecAction::put_Path, L"path");
+    On(action, &IExecAction::put_Arguments, L"arguments");
   }
 
   std::list<FakeObject> objects_;
