@@ -5,7 +5,6 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -28,7 +27,7 @@ class DebugLines {
     std::lock_guard lock(mutex_);
     std::vector<std::size_t> places;
     for (std::size_t i = 0; i < lines_.size(); ++i) {
-      if (lines_[i].processId == processId && lines_[i].text.find(text) != std::string::npos) places.push_back(i);
+      if (lines_[i].first == processId && lines_[i].second.find(text) != std::string::npos) places.push_back(i);
     }
     return places;
   }
@@ -39,33 +38,29 @@ class DebugLines {
 
  private:
   /// The channel's layout; the text ends with a terminator.
-  struct Line {
+  struct Channel {
     DWORD processId;
     char text[4092];
   };
-  struct ReadLine {
-    DWORD processId;
-    std::string text;
-  };
 
   void Read() {
-    const auto* line = static_cast<const Line*>(::MapViewOfFile(mapping_.get(), FILE_MAP_READ, 0, 0, sizeof(Line)));
+    const auto* channel = static_cast<const Channel*>(::MapViewOfFile(mapping_.get(), FILE_MAP_READ, 0, 0, sizeof(Channel)));
     const HANDLE waits[] = {end_.get(), dataReady_.get()};
     ::SetEvent(bufferReady_.get());
-    while (line != nullptr && ::WaitForMultipleObjects(2, waits, FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
+    while (channel != nullptr && ::WaitForMultipleObjects(2, waits, FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
       {
         std::lock_guard lock(mutex_);
-        lines_.push_back({line->processId, std::string(line->text, ::strnlen(line->text, sizeof(line->text)))});
+        lines_.emplace_back(channel->processId, channel->text);
       }
       ::SetEvent(bufferReady_.get());
     }
-    ::UnmapViewOfFile(line);
+    ::UnmapViewOfFile(channel);
   }
 
   mutable std::mutex mutex_;
-  std::vector<ReadLine> lines_;
+  std::vector<std::pair<DWORD, std::string>> lines_;
   const UniqueHandle mapping_{
-      ::CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(Line), L"DBWIN_BUFFER")};
+      ::CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(Channel), L"DBWIN_BUFFER")};
   const UniqueHandle bufferReady_{::CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_BUFFER_READY")};
   const UniqueHandle dataReady_{::CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_DATA_READY")};
   const UniqueHandle end_{::CreateEventW(nullptr, TRUE, FALSE, nullptr)};

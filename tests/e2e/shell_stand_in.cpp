@@ -6,6 +6,37 @@
 
 namespace e2e {
 
+constexpr wchar_t kTaskbarClass[] = L"Shell_TrayWnd";
+
+ShellStandIn::ShellStandIn() { ::WaitForSingleObject(ready_.get(), kPatienceMs); }
+
+ShellStandIn::~ShellStandIn() {
+  ::PostMessageW(window_, WM_CLOSE, 0, 0);
+  thread_.join();
+}
+
+void ShellStandIn::Run() {
+  WNDCLASSW description{};
+  description.lpfnWndProc = &ShellStandIn::Procedure;
+  description.hInstance = ::GetModuleHandleW(nullptr);
+  description.lpszClassName = kTaskbarClass;
+  ::RegisterClassW(&description);
+  window_ = ::CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_TOPMOST, kTaskbarClass, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
+                              description.hInstance, nullptr);
+  ::SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+  ::SetEvent(ready_.get());
+  MSG message{};
+  while (::GetMessageW(&message, nullptr, 0, 0) > 0) ::DispatchMessageW(&message);
+  ::UnregisterClassW(kTaskbarClass, description.hInstance);
+}
+
+LRESULT CALLBACK ShellStandIn::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  auto* self = reinterpret_cast<ShellStandIn*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
+  if (message == WM_COPYDATA && self != nullptr) return self->Receive(*reinterpret_cast<const COPYDATASTRUCT*>(lParam));
+  if (message == WM_DESTROY) ::PostQuitMessage(0);
+  return ::DefWindowProcW(window, message, wParam, lParam);
+}
+
 bool ShellStandIn::Accept(const NotifyCall& call) {
   const std::pair icon(call.Window(), call.id);
   if (refusing_) return false;
@@ -24,7 +55,7 @@ bool ShellStandIn::Receive(const COPYDATASTRUCT& data) {
   return call.accepted;
 }
 
-bool ShellStandIn::IsInPlace() const { return ::FindWindowW(L"Shell_TrayWnd", nullptr) == window_.Window(); }
+bool ShellStandIn::IsInPlace() const { return ::FindWindowW(kTaskbarClass, nullptr) == window_; }
 
 std::vector<NotifyCall> ShellStandIn::Calls(DWORD message) const {
   std::lock_guard lock(mutex_);

@@ -8,12 +8,14 @@
 #include <windows.h>
 
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
-#include "tests/e2e/stand_in_window.h"
+#include "platform/handles.h"
 #include "tests/e2e/wait.h"
 
 namespace e2e {
@@ -57,6 +59,11 @@ struct NotifyCall : NotifyData {
 
 class ShellStandIn {
  public:
+  ShellStandIn();
+  ~ShellStandIn();
+  ShellStandIn(const ShellStandIn&) = delete;
+  ShellStandIn& operator=(const ShellStandIn&) = delete;
+
   /// Whether the shell's calls come here.
   [[nodiscard]] bool IsInPlace() const;
 
@@ -74,6 +81,8 @@ class ShellStandIn {
   void Recreate();
 
  private:
+  static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+  void Run();
   bool Receive(const COPYDATASTRUCT& data);
   bool Accept(const NotifyCall& call);
 
@@ -81,10 +90,9 @@ class ShellStandIn {
   std::vector<NotifyCall> calls_;
   std::set<std::pair<HWND, UINT>> icons_;
   bool refusing_ = false;
-  StandInWindow window_{L"Shell_TrayWnd", L"", [this](HWND, UINT message, LPARAM lParam) -> std::optional<LRESULT> {
-                          if (message != WM_COPYDATA) return std::nullopt;
-                          return Receive(*reinterpret_cast<const COPYDATASTRUCT*>(lParam));
-                        }};
+  HWND window_ = nullptr;
+  const UniqueHandle ready_{::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  std::thread thread_{[this] { Run(); }};
 };
 
 }  // namespace e2e

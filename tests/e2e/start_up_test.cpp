@@ -150,16 +150,18 @@ TEST_F(StartUp, TheEarlierProductIsAskedToCloseAndItsSettingsFolderAndAutostartA
   }
   profile_.Set(kRun, L"Halvern", RegistryValue::Text(L"old.exe"));
   WriteFileBytes(profile_.LegacyFolder() + L"\\rules.csv", rules);
-  std::atomic<int> asked{0};
-  const StandInWindow legacy(L"HALVERNW", L"Halvern", [&](HWND window, UINT message, LPARAM) -> std::optional<LRESULT> {
-    if (message != UWM_TERMINATE) return std::nullopt;
-    ++asked;
-    return ::DestroyWindow(window);
-  });
+  // A window of the test's own stands for the running instance; what is posted to it waits in this thread's queue.
+  WNDCLASSW legacy{};
+  legacy.lpfnWndProc = ::DefWindowProcW;
+  legacy.lpszClassName = L"HALVERNW";
+  ASSERT_NE(::RegisterClassW(&legacy), 0);
+  HWND window = ::CreateWindowExW(0, legacy.lpszClassName, L"Halvern", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
   const RunningProgram program;
+  MSG asked{};
+  ASSERT_TRUE(WaitUntil([&] { return ::PeekMessageW(&asked, window, UWM_TERMINATE, UWM_TERMINATE, PM_REMOVE) != FALSE; }));
+  EXPECT_TRUE(NeverWithin(300, [&] { return ::FindWindowW(kTrayClass, kTrayTitle) != nullptr; })) << "waits for the end";
+  ::DestroyWindow(window);
   ASSERT_NE(program.WaitForTray(), nullptr);
-  EXPECT_EQ(asked, 1);
-  EXPECT_FALSE(::IsWindow(legacy.Window()));
   EXPECT_TRUE(program.End());
   for (const wchar_t* key : {kSettings, kLegacySettings}) {
     EXPECT_EQ(profile_.Get(key, L"NotificationThrottleSec"), RegistryValue::Number(77));
