@@ -7,6 +7,8 @@
 #include <tlhelp32.h>
 
 #include <cstdio>
+#include <ctime>
+#include <filesystem>
 #include <regex>
 
 #include "res/resource.h"
@@ -25,8 +27,7 @@ std::string Narrow(const std::wstring& text) {
 std::string OwnName() {
   char path[MAX_PATH]{};
   ::GetModuleFileNameA(nullptr, path, MAX_PATH);
-  const std::string full = path;
-  return full.substr(full.rfind('\\') + 1);
+  return std::filesystem::path(path).filename().string();
 }
 
 /// As the system's process list counts them.
@@ -40,12 +41,9 @@ std::string OwnThreadCount() {
 }
 
 std::string LocalTimeText() {
-  SYSTEMTIME now{};
-  ::GetLocalTime(&now);
+  const std::time_t now = std::time(nullptr);
   char text[32];
-  std::snprintf(text, sizeof(text), "%04d-%02d-%02d %02d:%02d:%02d", now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute,
-                now.wSecond);
-  return text;
+  return {text, std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", std::localtime(&now))};
 }
 
 class Alerts : public EndToEndTest {

@@ -90,6 +90,12 @@ HWND RunningProgram::WaitForBox(const std::wstring& caption, const std::wstring&
   });
 }
 
+bool RunningProgram::AnswerBox(const std::wstring& caption, const std::wstring& text, int buttonId) const {
+  HWND box = WaitForBox(caption, text);
+  ::PostMessageW(::GetDlgItem(box, buttonId), BM_CLICK, 0, 0);
+  return box != nullptr && WaitUntil([&] { return !::IsWindow(box); });
+}
+
 bool RunningProgram::OpenTrayMenu() const {
   PostToTray(UWM_TRAYICON, 0, WM_RBUTTONUP);
   return WaitUntil([&] { return !VisibleWindows(kMenuClass).empty(); });
@@ -113,11 +119,6 @@ std::wstring TextOf(HWND window) {
 }
 
 void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
-
-bool CloseBy(HWND dialog, int buttonId) {
-  ::PostMessageW(::GetDlgItem(dialog, buttonId), BM_CLICK, 0, 0);
-  return WaitUntil([&] { return !::IsWindow(dialog); });
-}
 
 int ListRowCount(HWND list) { return static_cast<int>(::SendMessageW(list, LVM_GETITEMCOUNT, 0, 0)); }
 

@@ -48,6 +48,8 @@ class RunningProgram {
   [[nodiscard]] HWND WaitForMainWindow() const;
   /// The message box with the caption, once its text begins with the one expected.
   [[nodiscard]] HWND WaitForBox(const std::wstring& caption, const std::wstring& text) const;
+  /// Waits for it and presses one of its buttons. False when it does not come or does not go.
+  [[nodiscard]] bool AnswerBox(const std::wstring& caption, const std::wstring& text, int buttonId) const;
 
   /// Opens the tray menu. False when it does not come up.
   [[nodiscard]] bool OpenTrayMenu() const;
@@ -69,8 +71,6 @@ class RunningProgram {
 [[nodiscard]] std::wstring TextOf(HWND window);
 /// Without waiting for what the command does.
 void PostCommand(HWND dialog, int id);
-/// Presses the button, which closes the dialog. False when that stays.
-[[nodiscard]] bool CloseBy(HWND dialog, int buttonId);
 /// Of a list view of another process.
 [[nodiscard]] int ListRowCount(HWND list);
 

@@ -22,17 +22,6 @@ std::wstring ShellFolder(int id) {
   return folder;
 }
 
-/// "a.b.c.d" of a program's version resource.
-std::wstring FileVersion(const std::wstring& path) {
-  std::vector<BYTE> resource(::GetFileVersionInfoSizeW(path.c_str(), nullptr));
-  VS_FIXEDFILEINFO* fixed = nullptr;
-  UINT size = 0;
-  ::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data());
-  if (!::VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&fixed), &size)) return L"none";
-  const auto text = [](DWORD pair) { return std::to_wstring(HIWORD(pair)) + L"." + std::to_wstring(LOWORD(pair)); };
-  return text(fixed->dwFileVersionMS) + L"." + text(fixed->dwFileVersionLS);
-}
-
 class Installer : public EndToEndTest {
  protected:
   void SetUp() override {
@@ -79,7 +68,6 @@ TEST_F(Installer, InstallsForTheUserWithAFullEntry) {
   EXPECT_TRUE(PathExists(shortcut_));
   EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
   ExpectVersion(AppVersion);
-  for (const std::wstring& file : {program_, FullPath(VANTORA_SETUP)}) EXPECT_EQ(FileVersion(file), AppVersion);
 
   const std::pair<const wchar_t*, std::wstring> texts[] = {
       {L"DisplayName", L"Vantora"},
@@ -139,21 +127,36 @@ TEST_F(Installer, UninstallEndsTheProgramAndKeepsWhatIsTheUsersOwn) {
   }
 }
 
-TEST_F(Installer, TheProgramsOwnUpdateRunsItWhole) {
+TEST_F(Installer, TheProgramsOwnUpdateRunsItWholeByTheBalloonOrByTheQuestion) {
   const TestServer server;
-  ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
-  profile_.Set(L"UpdateChecksDisabled", 0);
-  {
-    const RunningProgram old(L"/tray", FullPath(VANTORA_UPDATED_EXE));
-    ASSERT_TRUE(shell_.WaitForBalloon(0).has_value());
-    old.PostToTray(UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK);
-    EXPECT_EQ(old.WaitForExit(), 0u);
+  for (const bool byBalloon : {true, false}) {
+    SCOPED_TRACE(byBalloon);
+    ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
+    profile_.Set(L"UpdateChecksDisabled", 0);
+    const std::size_t before = shell_.Balloons().size();
+    {
+      const RunningProgram old(L"/tray", FullPath(VANTORA_UPDATED_EXE));
+      const auto offer = shell_.WaitForBalloon(before);
+      ASSERT_TRUE(offer.has_value());
+      EXPECT_EQ(offer->infoTitle, L"Vantora Update Available");
+      EXPECT_EQ(offer->info, L"Click here to update to version 0.0.2.9.");
+      if (byBalloon) {
+        old.PostToTray(UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK);
+      } else {
+        old.PostToTray(UWM_CHECK_FOR_UPDATES, 1, 0);
+        EXPECT_TRUE(old.AnswerBox(L"Vantora Update Available", L"Version 0.0.2.9 is available. Update now?", IDYES));
+      }
+      EXPECT_EQ(old.WaitForExit(), 0u);
+      EXPECT_EQ(debug_.Count(old.Id(), "RuleStore::Save - Saved"), 1u) << "an orderly end";
+    }
+    const auto updated = shell_.WaitForBalloon(before + 1);
+    ASSERT_TRUE(updated.has_value()) << "started again by the installer";
+    EXPECT_EQ(updated->infoTitle, L"Vantora Updated");
+    EXPECT_EQ(updated->info, L"Newly installed version is 0.0.2.7 BETA.");
+    ExpectVersion(AppVersion);
+    EXPECT_EQ(profile_.Get(kSettings, L"UpdateFinished"), RegistryValue::Number(0));
+    EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
   }
-  const auto updated = shell_.WaitForBalloon(1);
-  ASSERT_TRUE(updated.has_value()) << "started again by the installer";
-  EXPECT_EQ(updated->infoTitle, L"Vantora Updated");
-  ExpectVersion(AppVersion);
-  EXPECT_EQ(profile_.Get(kSettings, L"UpdateFinished"), RegistryValue::Number(0));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-
 #include <set>
 #include <sstream>
 
@@ -18,21 +17,25 @@ std::wstring UserName() {
   return name;
 }
 
+/// What a whole installation asks of the Task Scheduler.
+std::wstring WholeLog() {
+  // clang-format off
+  return L"Create\nConnect=empty empty empty empty\nGetFolder=\\\nDeleteTask=VantoraAdminAutoStart 0\nNewTask=0\n"
+         L"get info\nauthor=Vantora\ndescription=Starts Vantora with administrator privileges at user logon\n"
+         L"get principal\nprincipal id=Principal\nlogon type=3\nrun level=1\nprincipal user=" + UserName() + L"\n"
+         L"get settings\nstart when available=-1\ndisallow on batteries=0\nstop on batteries=0\ndemand start=-1\n"
+         L"enabled=-1\nhidden=0\ntime limit=PT0S\ninstances=2\n"
+         L"get triggers\ncreate trigger=9\nquery trigger\ntrigger id=LogonTrigger\ntrigger user=" + UserName() + L"\n"
+         L"get actions\ncreate action=0\nquery action\npath=" + OwnExecutablePath() + L"\narguments=/tray\n"
+         L"Register=VantoraAdminAutoStart 6 empty empty 3 ''\n";
+  // clang-format on
+}
+
 TEST(LogonTask, InstallSetsEveryPropertyInOrder) {
   FakeTaskScheduler scheduler;
   scheduler.taskExists = true;  // one of an earlier version is replaced
   EXPECT_TRUE(InstallAdminTask());
-  // clang-format off
-  EXPECT_EQ(scheduler.log,
-            L"Create\nConnect=empty empty empty empty\nGetFolder=\\\nDeleteTask=VantoraAdminAutoStart 0\nNewTask=0\n"
-            L"get info\nauthor=Vantora\ndescription=Starts Vantora with administrator privileges at user logon\n"
-            L"get principal\nprincipal id=Principal\nlogon type=3\nrun level=1\nprincipal user=" + UserName() + L"\n"
-            L"get settings\nstart when available=-1\ndisallow on batteries=0\nstop on batteries=0\ndemand start=-1\n"
-            L"enabled=-1\nhidden=0\ntime limit=PT0S\ninstances=2\n"
-            L"get triggers\ncreate trigger=9\nquery trigger\ntrigger id=LogonTrigger\ntrigger user=" + UserName() + L"\n"
-            L"get actions\ncreate action=0\nquery action\npath=" + OwnExecutablePath() + L"\narguments=/tray\n"
-            L"Register=VantoraAdminAutoStart 6 empty empty 3 ''\n");
-  // clang-format on
+  EXPECT_EQ(scheduler.log, WholeLog());
   EXPECT_TRUE(scheduler.taskExists);
   EXPECT_EQ(scheduler.references, 0);
 }
@@ -41,12 +44,7 @@ TEST(LogonTask, InstallStopsWhereItCannotGoOn) {
   std::set<std::wstring> needed = {L"Create",        L"Connect",       L"GetFolder",    L"NewTask",
                                    L"get principal", L"get settings",  L"get triggers", L"create trigger",
                                    L"get actions",   L"create action", L"query action", L"Register"};
-  std::wistringstream calls;
-  {
-    FakeTaskScheduler scheduler;
-    ASSERT_TRUE(InstallAdminTask());
-    calls.str(scheduler.log);
-  }
+  std::wistringstream calls(WholeLog());
   for (std::wstring call; std::getline(calls, call);) {
     call = call.substr(0, call.find(L'='));
     SCOPED_TRACE(testing::PrintToString(call));
