@@ -13,6 +13,12 @@ bool ProfileIsThrowaway() {
   return wine || ::GetEnvironmentVariableW(L"VANTORA_E2E_ON_WINDOWS", nullptr, 0) != 0;
 }
 
+std::wstring ShellFolder(int id) {
+  wchar_t folder[MAX_PATH]{};
+  ::SHGetFolderPathW(nullptr, id, nullptr, 0, folder);
+  return folder;
+}
+
 RegistryValue RegistryValue::Number(DWORD number) {
   const auto* bytes = reinterpret_cast<const BYTE*>(&number);
   return {REG_DWORD, {bytes, bytes + sizeof(number)}};
@@ -23,10 +29,7 @@ RegistryValue RegistryValue::Text(const std::wstring& text, DWORD type) {
   return {type, {bytes, bytes + (text.size() + 1) * sizeof(wchar_t)}};
 }
 
-Profile::Profile() {
-  wchar_t folder[MAX_PATH]{};
-  ::SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, folder);
-  roaming_ = folder;
+Profile::Profile() : roaming_(ShellFolder(CSIDL_APPDATA)) {
   Clear();
   if (ProfileIsThrowaway()) Set(L"UpdateChecksDisabled", 1);
 }

@@ -27,6 +27,8 @@ inline constexpr char kRulesHead[] =
 /// True where the profile may be thrown away.
 [[nodiscard]] bool ProfileIsThrowaway();
 
+[[nodiscard]] std::wstring ShellFolder(int id);
+
 struct RegistryValue {
   DWORD type = REG_NONE;
   std::vector<BYTE> bytes;
@@ -60,7 +62,7 @@ class Profile {
  private:
   void Clear() const;
 
-  std::wstring roaming_;
+  const std::wstring roaming_;
 };
 
 /// Creates the file's folder too.

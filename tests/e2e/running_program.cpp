@@ -7,11 +7,7 @@
 
 namespace e2e {
 
-namespace {
-
 constexpr int kBoxTextId = 1001;
-
-}  // namespace
 
 std::wstring FullPath(const wchar_t* path) {
   wchar_t full[MAX_PATH]{};
@@ -63,20 +59,19 @@ std::vector<HWND> RunningProgram::VisibleWindows(const wchar_t* windowClass) con
 }
 
 HWND RunningProgram::WaitForTray() const {
-  WaitUntil([&] { return !Windows(kTrayClass).empty(); });
-  const auto windows = Windows(kTrayClass);
-  return windows.empty() ? nullptr : windows.front();
-}
-
-HWND RunningProgram::FindDialog(int controlId) const {
-  for (HWND window : VisibleWindows()) {
-    if (::GetDlgItem(window, controlId) != nullptr) return window;
-  }
-  return nullptr;
+  return WaitForResult([&] {
+    const auto windows = Windows(kTrayClass);
+    return windows.empty() ? nullptr : windows.front();
+  });
 }
 
 HWND RunningProgram::WaitForDialog(int controlId) const {
-  return WaitForResult([&] { return FindDialog(controlId); });
+  return WaitForResult([&]() -> HWND {
+    for (HWND window : VisibleWindows()) {
+      if (::GetDlgItem(window, controlId) != nullptr) return window;
+    }
+    return nullptr;
+  });
 }
 
 HWND RunningProgram::WaitForMainWindow() const { return WaitForDialog(IDC_RULE_LIST); }

@@ -42,8 +42,7 @@ class RunningProgram {
 
   /// This process's visible top-level windows of the class.
   [[nodiscard]] std::vector<HWND> VisibleWindows(const wchar_t* windowClass = kDialogClass) const;
-  /// Of these dialogs the one that holds the control; null when there is none.
-  [[nodiscard]] HWND FindDialog(int controlId) const;
+  /// Of these dialogs the one that holds the control, once there is one.
   [[nodiscard]] HWND WaitForDialog(int controlId) const;
   [[nodiscard]] HWND WaitForMainWindow() const;
   /// The message box with the caption, once its text begins with the one expected.

@@ -39,7 +39,7 @@ LRESULT CALLBACK ShellStandIn::Procedure(HWND window, UINT message, WPARAM wPara
 
 bool ShellStandIn::Accept(const NotifyCall& call) {
   const std::pair icon(call.Window(), call.id);
-  if (refusing_) return false;
+  if (refusing) return false;
   if (call.message == NIM_ADD) return icons_.insert(icon).second;
   return call.message == NIM_DELETE ? icons_.erase(icon) != 0 : icons_.contains(icon);
 }
@@ -78,11 +78,6 @@ std::optional<NotifyCall> ShellStandIn::WaitForBalloon(std::size_t index) const 
 std::size_t ShellStandIn::IconCount() const {
   std::lock_guard lock(mutex_);
   return icons_.size();
-}
-
-void ShellStandIn::SetRefusing(bool refusing) {
-  std::lock_guard lock(mutex_);
-  refusing_ = refusing;
 }
 
 void ShellStandIn::Recreate() {

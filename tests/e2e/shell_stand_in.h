@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <atomic>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -75,8 +76,8 @@ class ShellStandIn {
   /// Icons shown at the moment.
   [[nodiscard]] std::size_t IconCount() const;
 
-  /// From now on every call is refused, as while there is no taskbar.
-  void SetRefusing(bool refusing);
+  /// While it holds, every call is refused, as when there is no taskbar.
+  std::atomic<bool> refusing{false};
   /// The taskbar starts anew: its icons are gone, and every window is told.
   void Recreate();
 
@@ -89,7 +90,6 @@ class ShellStandIn {
   mutable std::mutex mutex_;
   std::vector<NotifyCall> calls_;
   std::set<std::pair<HWND, UINT>> icons_;
-  bool refusing_ = false;
   HWND window_ = nullptr;
   const UniqueHandle ready_{::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
   std::thread thread_{[this] { Run(); }};

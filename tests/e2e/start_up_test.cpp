@@ -40,11 +40,11 @@ TEST_F(StartUp, ShowsIconAndMainWindowOnOlderAndNewerWindowsUntilTerminated) {
 }
 
 TEST_F(StartUp, AMissingTaskbarIsTriedTwentyTimesMoreAndThenAwaitedAndARecreatedOneGetsTheIconAgain) {
-  shell_.SetRefusing(true);
+  shell_.refusing = true;
   const RunningProgram program;
   ASSERT_TRUE(WaitUntil([&] { return shell_.Calls(NIM_ADD).size() == 21; }));
   EXPECT_TRUE(NeverWithin(700, [&] { return shell_.Calls(NIM_ADD).size() > 21; }));
-  shell_.SetRefusing(false);
+  shell_.refusing = false;
   for (const std::size_t calls : {22u, 23u}) {
     shell_.Recreate();
     ASSERT_TRUE(WaitUntil([&] { return shell_.Calls(NIM_ADD).size() == calls; }));

@@ -21,7 +21,6 @@ class Updates : public EndToEndTest {
  protected:
   void SetUp() override {
     EndToEndTest::SetUp();
-    ASSERT_TRUE(server_.IsTrusted());
     profile_.Set(L"UpdateChecksDisabled", 0);
   }
   std::optional<RegistryValue> Finished() const { return profile_.Get(kSettings, L"UpdateFinished"); }

@@ -16,12 +16,6 @@ namespace {
 constexpr wchar_t kEntry[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Vantora";
 constexpr DWORD kGiveUpMs = 40'000;
 
-std::wstring ShellFolder(int id) {
-  wchar_t folder[MAX_PATH]{};
-  ::SHGetFolderPathW(nullptr, id, nullptr, 0, folder);
-  return folder;
-}
-
 class Installer : public EndToEndTest {
  protected:
   void SetUp() override {

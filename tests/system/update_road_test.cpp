@@ -25,7 +25,6 @@ class UpdateRoad : public testing::Test {
   UpdateRoad() {
     std::uint32_t error = 0;
     EXPECT_TRUE(done_.Create(Event::Reset::kAuto, error));
-    EXPECT_TRUE(server_.IsTrusted());
     profile_.Set(L"UpdateChecksDisabled", 0);
   }
 
@@ -85,24 +84,6 @@ TEST_F(UpdateRoad, CheckAsksTheChannelOfTheSettingsOrNobody) {
   settings_.Update([](AppSettings& settings) { settings.includeBetas = false; });
   EXPECT_EQ(Check(L"Returned download size of 7 bytes"), L"0.0.2.8");
   EXPECT_EQ(TestServer::Requests(), "/versioninfo/vantora/ Vantora\n");
-}
-
-TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilently) {
-  // Left by somebody else for the installer to load.
-  ::CreateDirectoryW(server_.Folder().c_str(), nullptr);
-  ::CreateDirectoryW((server_.File() + L".local").c_str(), nullptr);
-  const std::wstring hidden = server_.Folder() + L"\\version.dll";
-  for (const std::wstring& planted : {hidden, server_.File() + L".local\\comctl32.dll", server_.File()}) Plant(planted);
-  ::SetFileAttributesW(hidden.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
-
-  const CapturedLines lines;
-  ASSERT_TRUE(DownloadAndInstallUpdate(settings_));
-  EXPECT_EQ(server_.LaunchRecord(), server_.ProperLaunch());
-  EXPECT_TRUE(lines.Has(L"Download save path: " + server_.File()));
-  EXPECT_TRUE(lines.Has(L"Launching installer: " + server_.File()));
-  EXPECT_EQ(TestServer::Requests(), "/files/beta/vantorasetup.exe Vantora\n");
-  EXPECT_TRUE(TakeUpdateFinished());
-  EXPECT_FALSE(TakeUpdateFinished());
 }
 
 BOOL WINAPI WriteToFullDisk(HANDLE, const void*, DWORD, DWORD* written, OVERLAPPED*) {
@@ -180,25 +161,31 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
   EXPECT_FALSE(server_.WasLaunched()) << "something was started";
 }
 
-TEST_F(UpdateRoad, NobodySwapsTheFileOnceItIsVerified) {
+TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilentlyAndNobodySwapsIt) {
+  // Left by somebody else for the installer to load.
+  ::CreateDirectoryW(server_.Folder().c_str(), nullptr);
+  ::CreateDirectoryW((server_.File() + L".local").c_str(), nullptr);
+  const std::wstring hidden = server_.Folder() + L"\\version.dll";
   const std::wstring other = server_.Temp() + L"\\other.exe";
-  Plant(other);
+  for (const std::wstring& planted : {hidden, server_.File() + L".local\\comctl32.dll", server_.File(), other}) Plant(planted);
+  ::SetFileAttributesW(hidden.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN);
+
   const auto folderMoves = [this] {
     return ::MoveFileW(server_.Folder().c_str(), (server_.Folder() + L".old").c_str()) != FALSE;
   };
   int refused = 0;
   const auto attack = [&] {
-    const auto openFor = [&](DWORD access) {
+    const auto opensFor = [&](DWORD access) {
       const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
       return OwnFileHandle(::CreateFileW(server_.File().c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr)) != nullptr;
     };
-    EXPECT_FALSE(openFor(GENERIC_WRITE));
-    EXPECT_FALSE(openFor(DELETE));
+    EXPECT_FALSE(opensFor(GENERIC_WRITE));
+    EXPECT_FALSE(opensFor(DELETE));
     EXPECT_FALSE(::DeleteFileW(server_.File().c_str()));
     EXPECT_FALSE(::MoveFileExW(other.c_str(), server_.File().c_str(), MOVEFILE_REPLACE_EXISTING));
     EXPECT_FALSE(::MoveFileW(server_.File().c_str(), (server_.File() + L".old").c_str()));
     EXPECT_FALSE(folderMoves());
-    EXPECT_TRUE(openFor(GENERIC_READ)) << "the system itself must get at it";
+    EXPECT_TRUE(opensFor(GENERIC_READ)) << "the system itself must get at it";
     ++refused;
   };
   InstallationSteps steps = SystemInstallationSteps();
@@ -210,9 +197,15 @@ TEST_F(UpdateRoad, NobodySwapsTheFileOnceItIsVerified) {
     attack();
     return launch(path);
   };
-  EXPECT_TRUE(DownloadAndInstallUpdate(steps, true));
+  const CapturedLines lines;
+  ASSERT_TRUE(DownloadAndInstallUpdate(steps, true));
   EXPECT_EQ(refused, 2);
   EXPECT_EQ(server_.LaunchRecord(), server_.ProperLaunch());
+  EXPECT_TRUE(lines.Has(L"Download save path: " + server_.File()));
+  EXPECT_TRUE(lines.Has(L"Launching installer: " + server_.File()));
+  EXPECT_EQ(TestServer::Requests(), "/files/beta/vantorasetup.exe Vantora\n");
+  EXPECT_TRUE(TakeUpdateFinished());
+  EXPECT_FALSE(TakeUpdateFinished());
   // The installer itself may take a moment more to end.
   EXPECT_TRUE(e2e::WaitUntil(folderMoves)) << "everything is let go afterwards";
 }

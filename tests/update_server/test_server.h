@@ -19,7 +19,6 @@ class TestServer {
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;
 
-  [[nodiscard]] bool IsTrusted() const { return trusted_ != nullptr; }
   /// From now on the server answers as in this scenario.
   static void Use(const std::string& scenario);
   /// From now on this process, and those that it starts, ask the server that with_update_server has put into the variable.
