@@ -9,7 +9,7 @@
 #include "app/messages.h"
 #include "res/resource.h"
 #include "tests/e2e/fixture.h"
-#include "update_server/test_server.h"
+#include "tests/update_server/test_server.h"
 
 namespace e2e {
 namespace {

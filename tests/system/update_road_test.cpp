@@ -12,7 +12,7 @@
 #include "system/version_number.h"
 #include "tests/e2e/profile.h"
 #include "tests/e2e/wait.h"
-#include "update_server/test_server.h"
+#include "tests/update_server/test_server.h"
 
 namespace {
 
