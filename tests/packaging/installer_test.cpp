@@ -49,35 +49,34 @@ class Installer : public EndToEndTest {
     EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(version));
     EXPECT_FALSE(PathExists(program_ + L".new"));
   }
+  /// What an installation leaves where nothing ran.
+  void ExpectInstalled() const {
+    EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath()));
+    EXPECT_TRUE(PathExists(shortcut_));
+    EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
+    ExpectVersion(AppVersion);
+
+    const std::pair<const wchar_t*, std::wstring> texts[] = {
+        {L"DisplayName", L"Vantora"},
+        {L"Publisher", L"Vantora"},
+        {L"DisplayIcon", program_ + L",0"},
+        {L"InstallLocation", folder_},
+        {L"UninstallString", L"\"" + uninstaller_ + L"\""},
+        {L"QuietUninstallString", L"\"" + uninstaller_ + L"\" /S"},
+    };
+    for (const auto& [name, text] : texts) EXPECT_EQ(Entry(name), RegistryValue::Text(text)) << testing::PrintToString(name);
+    for (const wchar_t* name : {L"NoModify", L"NoRepair"}) EXPECT_EQ(Entry(name), RegistryValue::Number(1));
+    const auto size = Entry(L"EstimatedSize");
+    ASSERT_TRUE(size && size->bytes.size() == 4);
+    const auto sizeKb = *reinterpret_cast<const DWORD*>(size->bytes.data());
+    EXPECT_NEAR(sizeKb, static_cast<DWORD>((ReadFileBytes(program_)->size() + ReadFileBytes(uninstaller_)->size()) / 1024), 100);
+  }
 
   const std::wstring folder_ = ShellFolder(CSIDL_LOCAL_APPDATA) + L"\\Programs\\Vantora";
   const std::wstring program_ = folder_ + L"\\vantora.exe";
   const std::wstring uninstaller_ = folder_ + L"\\uninstall.exe";
   const std::wstring shortcut_ = ShellFolder(CSIDL_PROGRAMS) + L"\\Vantora.lnk";
 };
-
-TEST_F(Installer, InstallsForTheUserWithAFullEntry) {
-  ASSERT_EQ(Install(VANTORA_SETUP), 0u);
-  EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath()));
-  EXPECT_TRUE(PathExists(shortcut_));
-  EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
-  ExpectVersion(AppVersion);
-
-  const std::pair<const wchar_t*, std::wstring> texts[] = {
-      {L"DisplayName", L"Vantora"},
-      {L"Publisher", L"Vantora"},
-      {L"DisplayIcon", program_ + L",0"},
-      {L"InstallLocation", folder_},
-      {L"UninstallString", L"\"" + uninstaller_ + L"\""},
-      {L"QuietUninstallString", L"\"" + uninstaller_ + L"\" /S"},
-  };
-  for (const auto& [name, text] : texts) EXPECT_EQ(Entry(name), RegistryValue::Text(text)) << testing::PrintToString(name);
-  for (const wchar_t* name : {L"NoModify", L"NoRepair"}) EXPECT_EQ(Entry(name), RegistryValue::Number(1));
-  const auto size = Entry(L"EstimatedSize");
-  ASSERT_TRUE(size && size->bytes.size() == 4);
-  const auto sizeKb = *reinterpret_cast<const DWORD*>(size->bytes.data());
-  EXPECT_NEAR(sizeKb, static_cast<DWORD>((ReadFileBytes(program_)->size() + ReadFileBytes(uninstaller_)->size()) / 1024), 100);
-}
 
 TEST_F(Installer, UpgradesOverTheRunningProgramOnceThatHasEndedAndStartsItAgain) {
   ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
@@ -101,10 +100,11 @@ TEST_F(Installer, UpgradesOverTheRunningProgramOnceThatHasEndedAndStartsItAgain)
   EXPECT_TRUE(NeverWithin(1'000, [&] { return debug_.Count(restarted, "MainDialogThread") != 0; })) << "in the tray only";
 }
 
-TEST_F(Installer, UninstallEndsTheProgramAndKeepsWhatIsTheUsersOwn) {
+TEST_F(Installer, InstallsForTheUserAndUninstallsAllButWhatIsTheUsersOwn) {
   for (const bool purge : {false, true}) {
     SCOPED_TRACE(purge);
     ASSERT_EQ(Install(VANTORA_SETUP), 0u);
+    ExpectInstalled();
     WriteFileBytes(profile_.DataFolder() + L"\\my notes.txt", "mine");
     for (const wchar_t* name : {L"Vantora", L"Other"}) profile_.Set(kRun, name, RegistryValue::Text(program_));
     const RunningProgram program(L"/tray", program_);

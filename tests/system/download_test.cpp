@@ -36,7 +36,6 @@ TEST(Download, ReturnsTheBodyWhateverItsSizeAndPiecesAsFarAsItCame) {
       EXPECT_EQ(body, Pattern(size));
       EXPECT_EQ(http.largestRead, 16'384U);
       EXPECT_EQ(http.timeoutMs, 30'000U) << "set before the address was opened";
-      EXPECT_EQ(http.agent, L"Vantora");
       EXPECT_EQ(http.closes, 1);
       const std::vector<std::wstring> expected = {L"DownloadFile URL: https://localhost/file\n",
                                                   L"Returned download size of " + std::to_wstring(size) + L" bytes"};

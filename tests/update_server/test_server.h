@@ -67,9 +67,7 @@ class TestServer {
     return ReadTextFile(record_).value_or(L"");
   }
   /// What it writes when it was started silently, from a system folder, with nothing beside it.
-  [[nodiscard]] std::wstring ProperLaunch() const {
-    return L"\"" + File() + L"\" /S\nC:\\windows\\system32\n" + File() + L"\nvantorasetup.exe\n";
-  }
+  [[nodiscard]] std::wstring ProperLaunch() const { return L"\"" + File() + L"\" /S\nC:\\windows\\system32\n" + File() + L"\n"; }
 
  private:
   static std::wstring EnvironmentText(const wchar_t* name) {
