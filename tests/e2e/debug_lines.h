@@ -35,6 +35,10 @@ class DebugLines {
   [[nodiscard]] bool WaitFor(DWORD processId, const std::string& text, std::size_t count = 1) const {
     return WaitUntil([&] { return Count(processId, text) >= count; });
   }
+  /// True when the text comes, and comes once: a process may be gone a moment before its last line has been read.
+  [[nodiscard]] bool ComesOnce(DWORD processId, const std::string& text) const {
+    return WaitFor(processId, text) && Count(processId, text) == 1;
+  }
 
  private:
   /// The channel's layout; the text ends with a terminator.

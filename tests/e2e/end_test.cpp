@@ -70,8 +70,8 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
     row.open(program);
     row.end(program);
     EXPECT_EQ(program.WaitForExit(kPromptlyMs), 0u);
-    EXPECT_EQ(debug_.Count(program.Id(), "MonitorEngine::Stop - Stopped"), 1u);
-    EXPECT_EQ(debug_.Count(program.Id(), "RuleStore::Save - Saved"), 1u);
+    EXPECT_TRUE(debug_.ComesOnce(program.Id(), "MonitorEngine::Stop - Stopped"));
+    EXPECT_TRUE(debug_.ComesOnce(program.Id(), "RuleStore::Save - Saved"));
     EXPECT_EQ(shell_.IconCount(), 0u);
     EXPECT_EQ(profile_.Get(kSettings, L"PollIntervalSec"), RegistryValue::Number(30));
     EXPECT_EQ(ReadFileBytes(profile_.RulesFile()), kRulesHead + rule + "\r\n");

@@ -63,7 +63,7 @@ TEST_F(StartUp, EveryRequestForTheMainWindowLeadsToTheOneOfTheFirstInstance) {
 
   const RunningProgram second(L"/tray");
   EXPECT_EQ(second.WaitForExit(), 0u);
-  EXPECT_EQ(debug_.Count(second.Id(), "Existing instance found, invoking settings dialog"), 1u);
+  EXPECT_TRUE(debug_.ComesOnce(second.Id(), "Existing instance found, invoking settings dialog"));
   EXPECT_EQ(debug_.Count(second.Id(), "RuleStore::Load"), 0u);
   HWND window = first.WaitForMainWindow();
   ASSERT_NE(window, nullptr);
