@@ -17,31 +17,58 @@ namespace e2e {
 
 class DebugLines {
  public:
-  DebugLines();
-  ~DebugLines();
-  DebugLines(const DebugLines&) = delete;
-  DebugLines& operator=(const DebugLines&) = delete;
+  ~DebugLines() {
+    ::SetEvent(end_.get());
+    reader_.join();
+  }
 
-  /// The lines of one process so far, in order; 0: of all.
-  [[nodiscard]] std::vector<std::string> Of(DWORD processId) const;
-  /// How many of the process's lines hold the text.
-  [[nodiscard]] std::size_t Count(DWORD processId, const std::string& text) const;
-  [[nodiscard]] bool WaitFor(DWORD processId, const std::string& text, DWORD timeoutMs = kPatienceMs) const;
+  /// The places, among the lines of all processes, of those of one process that hold the text.
+  [[nodiscard]] std::vector<std::size_t> Places(DWORD processId, const std::string& text) const {
+    std::lock_guard lock(mutex_);
+    std::vector<std::size_t> places;
+    for (std::size_t i = 0; i < lines_.size(); ++i) {
+      if (lines_[i].first == processId && lines_[i].second.find(text) != std::string::npos) places.push_back(i);
+    }
+    return places;
+  }
+  [[nodiscard]] std::size_t Count(DWORD processId, const std::string& text) const { return Places(processId, text).size(); }
+  [[nodiscard]] bool WaitFor(DWORD processId, const std::string& text, std::size_t count = 1) const {
+    return WaitUntil([&] { return Count(processId, text) >= count; });
+  }
+  /// True when the text comes, and comes once: a process may be gone a moment before its last line has been read.
+  [[nodiscard]] bool ComesOnce(DWORD processId, const std::string& text) const {
+    return WaitFor(processId, text) && Count(processId, text) == 1;
+  }
 
  private:
-  struct Line {
+  /// The channel's layout; the text ends with a terminator.
+  struct Channel {
     DWORD processId;
-    std::string text;
+    char text[4092];
   };
-  void Read();
+
+  void Read() {
+    const auto* channel = static_cast<const Channel*>(::MapViewOfFile(mapping_.get(), FILE_MAP_READ, 0, 0, sizeof(Channel)));
+    const HANDLE waits[] = {end_.get(), dataReady_.get()};
+    ::SetEvent(bufferReady_.get());
+    while (channel != nullptr && ::WaitForMultipleObjects(2, waits, FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
+      {
+        std::lock_guard lock(mutex_);
+        lines_.emplace_back(channel->processId, channel->text);
+      }
+      ::SetEvent(bufferReady_.get());
+    }
+    ::UnmapViewOfFile(channel);
+  }
 
   mutable std::mutex mutex_;
-  std::vector<Line> lines_;
-  UniqueHandle mapping_;
-  UniqueHandle bufferReady_;
-  UniqueHandle dataReady_;
-  UniqueHandle end_;
-  std::thread reader_;
+  std::vector<std::pair<DWORD, std::string>> lines_;
+  const UniqueHandle mapping_{
+      ::CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(Channel), L"DBWIN_BUFFER")};
+  const UniqueHandle bufferReady_{::CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_BUFFER_READY")};
+  const UniqueHandle dataReady_{::CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_DATA_READY")};
+  const UniqueHandle end_{::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  std::thread reader_{[this] { Read(); }};
 };
 
 }  // namespace e2e

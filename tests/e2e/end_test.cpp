@@ -1,8 +1,6 @@
-// The program ends promptly and in order whatever is open.
+// The program ends promptly and in order, by whatever way and whatever is open.
 
 #include <windows.h>
-
-#include <shellapi.h>
 
 #include "app/messages.h"
 #include "res/resource.h"
@@ -13,117 +11,71 @@ namespace {
 
 constexpr DWORD kPromptlyMs = 5'000;
 
-struct OpenWindowsCase {
-  const char* name;
-  std::vector<int> commands;  ///< to the main window, each of which opens something
-  std::size_t windows;        ///< visible dialogs then
-};
-
 class End : public EndToEndTest {
  protected:
-  static std::size_t CountDialogs(const RunningProgram& program) {
-    struct Search {
-      DWORD processId;
-      std::size_t count;
-    } search{program.Id(), 0};
-    ::EnumWindows(
-        [](HWND window, LPARAM parameter) -> BOOL {
-          auto& counted = *reinterpret_cast<Search*>(parameter);
-          DWORD processId = 0;
-          ::GetWindowThreadProcessId(window, &processId);
-          wchar_t windowClass[16]{};
-          ::GetClassNameW(window, windowClass, 16);
-          if (processId == counted.processId && ::IsWindowVisible(window) && ::wcscmp(windowClass, kDialogClass) == 0) {
-            ++counted.count;
-          }
-          return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.count;
-  }
+  using Step = std::function<void(const RunningProgram&)>;
 
-  void ExpectSavedOnce(const RunningProgram& program) {
-    EXPECT_EQ(debug_.Count(program.Id(), "MonitorEngine::Stop - Stopped"), 1u);
-    EXPECT_EQ(debug_.Count(program.Id(), "RuleStore::Save - Saved"), 1u);
-    EXPECT_EQ(shell_.IconCount(), 0u);
-    EXPECT_EQ(profile_.Get(kSettings, L"PollIntervalSec"), RegistryValue::Number(30));
+  /// Sends the main window commands, each of which opens a dialog.
+  static Step Dialogs(const std::vector<int>& commands) {
+    return [commands](const RunningProgram& program) {
+      for (const int command : commands) PostCommand(program.WaitForMainWindow(), command);
+      EXPECT_TRUE(WaitUntil([&] { return program.VisibleWindows().size() == commands.size() + 1; }))
+          << program.VisibleWindows().size();
+    };
   }
+  /// Types into the pattern's cell of the first rule.
+  static void EditCell(const RunningProgram& program) {
+    HWND list = ::GetDlgItem(program.WaitForMainWindow(), IDC_RULE_LIST);
+    ASSERT_TRUE(WaitUntil([&] { return ListRowCount(list) == 1; }));
+    // Right of the first column, in the row below the header.
+    constexpr LPARAM kCell = MAKELPARAM(120, 28);
+    for (const UINT message : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONUP}, UINT{WM_LBUTTONDBLCLK}, UINT{WM_LBUTTONUP}}) {
+      ::PostMessageW(list, message, message == WM_LBUTTONUP ? WPARAM{0} : WPARAM{MK_LBUTTON}, kCell);
+    }
+    HWND box = WaitForResult([&] { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); });
+    ASSERT_EQ(TextOf(box), L"a.exe");
+    ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
+  }
+  static void ChooseExit(const RunningProgram& program) { program.ChooseFromTrayMenu(L'x'); }
+  static void Terminate(const RunningProgram&) { EXPECT_EQ(RunToEnd(L"-terminate"), 0u); }
 };
 
-TEST_F(End, TrayExitWithWindowsOpenEndsPromptlyAndSavesOnce) {
-  const OpenWindowsCase cases[] = {
-      {"main window", {}, 1},
-      {"rule editor", {IDM_ADD_RULE}, 2},
-      {"message box", {IDM_RESET_RULES}, 2},
-      {"About box", {IDM_ABOUT}, 2},
-      {"exclusions", {IDM_EXCLUSIONS}, 2},
-      {"file chooser", {IDM_EXPORT_RULES}, 2},
-      {"two alert logs", {IDM_ALERT_LOG, IDM_ALERT_LOG}, 3},
+TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
+  const struct {
+    const char* name;
+    Step open;
+    Step end;
+  } rows[] = {
+      {"rule editor and two alert logs", Dialogs({IDM_ALERT_LOG, IDM_ALERT_LOG, IDM_ADD_RULE}), ChooseExit},
+      {"About box", Dialogs({IDM_ABOUT}), ChooseExit},
+      {"exclusions", Dialogs({IDM_EXCLUSIONS}), ChooseExit},
+      {"message box", Dialogs({IDM_RESET_RULES}), ChooseExit},
+      {"file chooser", Dialogs({IDM_EXPORT_RULES}), ChooseExit},
+      {"cell under edit", EditCell, [](const auto& program) { PostCommand(program.WaitForMainWindow(), IDM_EXIT); }},
+      {"tray menu", [](const auto& program) { EXPECT_TRUE(program.OpenTrayMenu()); }, Terminate},
+      // Checks are switched off, so this one ends at once with its message box, which runs on the tray window's own thread.
+      {"message box of an update check",
+       [](const auto& program) {
+         program.PostToTray(UWM_CHECK_FOR_UPDATES, 1, 0);
+         EXPECT_NE(program.WaitForBox(L"Vantora", L"No updates available."), nullptr);
+       },
+       Terminate},
   };
-  for (const OpenWindowsCase& c : cases) {
-    SCOPED_TRACE(c.name);
+  const std::string rule = "1,a.exe,1,0,0.0,0.0,0.0,5,0,0,3,60";
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    profile_.WriteRules({rule});
     const RunningProgram program(L"");
-    HWND window = program.WaitForMainWindow();
-    ASSERT_NE(window, nullptr);
-    for (const int command : c.commands) PostCommand(window, command);
-    ASSERT_TRUE(WaitUntil([&] { return CountDialogs(program) == c.windows; })) << CountDialogs(program);
-    ASSERT_TRUE(program.OpenTrayMenu());
-    ::PostMessageW(program.WaitForTray(), WM_CHAR, L'x', 0);
+    ASSERT_NE(program.WaitForMainWindow(), nullptr);
+    row.open(program);
+    row.end(program);
     EXPECT_EQ(program.WaitForExit(kPromptlyMs), 0u);
-    ExpectSavedOnce(program);
+    EXPECT_TRUE(debug_.ComesOnce(program.Id(), "MonitorEngine::Stop - Stopped"));
+    EXPECT_TRUE(debug_.ComesOnce(program.Id(), "RuleStore::Save - Saved"));
+    EXPECT_EQ(shell_.IconCount(), 0u);
+    EXPECT_EQ(profile_.Get(kSettings, L"PollIntervalSec"), RegistryValue::Number(30));
+    EXPECT_EQ(ReadFileBytes(profile_.RulesFile()), kRulesHead + rule + "\r\n");
   }
-}
-
-TEST_F(End, ACellUnderEditIsLeftAsItWas) {
-  const std::string row = "1,a.exe,1,0,0.0,0.0,0.0,5,0,0,3,60";
-  profile_.WriteRules({row});
-  const RunningProgram program(L"");
-  HWND window = program.WaitForMainWindow();
-  ASSERT_NE(window, nullptr);
-  HWND list = ::GetDlgItem(window, IDC_RULE_LIST);
-  ASSERT_TRUE(WaitUntil([&] { return ListRowCount(list) == 1; }));
-  // The pattern's cell: right of the first column, in the row below the header.
-  constexpr LPARAM kCell = MAKELPARAM(120, 28);
-  for (const UINT message : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONUP}, UINT{WM_LBUTTONDBLCLK}, UINT{WM_LBUTTONUP}}) {
-    ::PostMessageW(list, message, message == WM_LBUTTONUP ? WPARAM{0} : WPARAM{MK_LBUTTON}, kCell);
-  }
-  HWND box = WaitForResult([&] { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); });
-  ASSERT_NE(box, nullptr);
-  ASSERT_EQ(TextOf(box), L"a.exe");
-  ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
-  ASSERT_TRUE(program.End());
-  const auto saved = ReadFileBytes(profile_.RulesFile());
-  ASSERT_TRUE(saved);
-  EXPECT_EQ(*saved, std::string(kMark) + kRulesHeader + "\r\n" + row + "\r\n");
-}
-
-TEST_F(End, AnUpdateCheckAndItsMessageBoxDoNotHoldTheEndUp) {
-  // Checks are switched off, so this one ends at once with its message box, which runs on the tray window's own thread.
-  const RunningProgram program(L"/tray");
-  HWND tray = program.WaitForTray();
-  ::PostMessageW(tray, UWM_CHECK_FOR_UPDATES, 1, 0);
-  ASSERT_TRUE(debug_.WaitFor(program.Id(), "Update check finished. Handling results."));
-  ASSERT_NE(program.WaitForWindow(kDialogClass, nullptr), nullptr);
-  EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
-  EXPECT_EQ(program.WaitForExit(kPromptlyMs), 0u);
-  ExpectSavedOnce(program);
-}
-
-TEST_F(End, TheOpenTrayMenuDoesNotHoldTheEndUp) {
-  const RunningProgram program(L"/tray");
-  ASSERT_TRUE(program.OpenTrayMenu());
-  EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
-  EXPECT_EQ(program.WaitForExit(kPromptlyMs), 0u);
-  ExpectSavedOnce(program);
-}
-
-TEST_F(End, FileExitInTheMainWindowEndsTheProgram) {
-  const RunningProgram program(L"");
-  HWND window = program.WaitForMainWindow();
-  ASSERT_NE(window, nullptr);
-  PostCommand(window, IDM_EXIT);
-  EXPECT_EQ(program.WaitForExit(kPromptlyMs), 0u);
-  EXPECT_EQ(shell_.IconCount(), 0u);
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include "tests/e2e/profile.h"
 #include "tests/e2e/running_program.h"
 #include "tests/e2e/shell_stand_in.h"
-#include "tests/e2e/wait.h"
 
 namespace e2e {
 

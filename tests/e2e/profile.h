@@ -6,9 +6,15 @@
 
 #include <windows.h>
 
+#include <shlobj.h>
+
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "platform/file.h"
+#include "platform/handles.h"
 
 namespace e2e {
 
@@ -16,55 +22,97 @@ inline constexpr wchar_t kSettings[] = L"Software\\Vantora";
 inline constexpr wchar_t kLegacySettings[] = L"Software\\Halvern";
 inline constexpr wchar_t kRun[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Run";
 
-inline constexpr char kMark[] = "\xEF\xBB\xBF";
-inline constexpr char kRulesHeader[] =
+/// How a rules.csv of the program's own begins.
+inline constexpr char kRulesHead[] =
+    "\xEF\xBB\xBF"
     "RuleId,ProcessPattern,Enabled,MaxHandles,MaxWorkingSetMB,MaxPrivateBytesMB,MaxCPU,MaxThreads,MaxGDI,MaxUSER,AlertActions,"
-    "CooldownSec";
+    "CooldownSec\r\n";
 
 /// True where the profile may be thrown away.
-[[nodiscard]] bool ProfileIsThrowaway();
+inline bool ProfileIsThrowaway() {
+  const bool wine = ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+  return wine || ::GetEnvironmentVariableW(L"VANTORA_E2E_ON_WINDOWS", nullptr, 0) != 0;
+}
+
+inline std::wstring ShellFolder(int id) {
+  wchar_t folder[MAX_PATH]{};
+  ::SHGetFolderPathW(nullptr, id, nullptr, 0, folder);
+  return folder;
+}
+
+inline bool PathExists(const std::wstring& path) { return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+/// Empty optional: no such file.
+inline std::optional<std::string> ReadFileBytes(const std::wstring& path) { return ReadWholeFile(path); }
+/// Creates the file's folder too.
+inline void WriteFileBytes(const std::wstring& path, const std::string& bytes) {
+  ::CreateDirectoryW(path.substr(0, path.rfind(L'\\')).c_str(), nullptr);
+  (void)WriteWholeFile(path, bytes);
+}
 
 struct RegistryValue {
   DWORD type = REG_NONE;
   std::vector<BYTE> bytes;
 
   bool operator==(const RegistryValue&) const = default;
-  [[nodiscard]] static RegistryValue Number(DWORD number);
-  [[nodiscard]] static RegistryValue Text(const std::wstring& text, DWORD type = REG_SZ);
+  static RegistryValue Number(DWORD number) {
+    const auto* bytes = reinterpret_cast<const BYTE*>(&number);
+    return {REG_DWORD, {bytes, bytes + sizeof(number)}};
+  }
+  static RegistryValue Text(const std::wstring& text, DWORD type = REG_SZ) {
+    const auto* bytes = reinterpret_cast<const BYTE*>(text.c_str());
+    return {type, {bytes, bytes + (text.size() + 1) * sizeof(wchar_t)}};
+  }
 };
 
 class Profile {
  public:
   /// Empties the profile; update checks are switched off, so that no test asks a server by accident.
-  Profile();
-  ~Profile();
+  Profile() {
+    Clear();
+    if (ProfileIsThrowaway()) Set(L"UpdateChecksDisabled", 1);
+  }
+  ~Profile() { Clear(); }
   Profile(const Profile&) = delete;
   Profile& operator=(const Profile&) = delete;
 
-  void Set(const wchar_t* key, const wchar_t* name, const RegistryValue& value) const;
   void Set(const wchar_t* name, DWORD number) const { Set(kSettings, name, RegistryValue::Number(number)); }
-  [[nodiscard]] std::optional<RegistryValue> Get(const wchar_t* key, const wchar_t* name) const;
-  void DeleteKey(const wchar_t* key) const;
+  void Set(const wchar_t* key, const wchar_t* name, const RegistryValue& value) const {
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, key, name, value.type, value.bytes.data(), static_cast<DWORD>(value.bytes.size()));
+  }
+  /// The bytes as they are stored: calls that are easier to use add a terminator that is not there.
+  [[nodiscard]] std::optional<RegistryValue> Get(const wchar_t* key, const wchar_t* name) const {
+    HKEY opened = nullptr;
+    if (::RegOpenKeyExW(HKEY_CURRENT_USER, key, 0, KEY_READ, &opened) != ERROR_SUCCESS) return std::nullopt;
+    const UniqueKey owned(opened);
+    DWORD size = 65'536;
+    RegistryValue value{REG_NONE, std::vector<BYTE>(size)};
+    if (::RegQueryValueExW(opened, name, nullptr, &value.type, value.bytes.data(), &size) != ERROR_SUCCESS) return std::nullopt;
+    value.bytes.resize(size);
+    return value;
+  }
 
-  /// "...\Vantora" or "...\Halvern" in the roaming folder, and files in them.
   [[nodiscard]] std::wstring DataFolder() const { return roaming_ + L"\\Vantora"; }
   [[nodiscard]] std::wstring LegacyFolder() const { return roaming_ + L"\\Halvern"; }
   [[nodiscard]] std::wstring RulesFile() const { return DataFolder() + L"\\rules.csv"; }
   [[nodiscard]] std::wstring LogFile() const { return DataFolder() + L"\\alerts.log"; }
 
   /// rules.csv with these rows, as the program itself would write it.
-  void WriteRules(const std::vector<std::string>& rows) const;
+  void WriteRules(const std::vector<std::string>& rows) const {
+    std::string bytes = kRulesHead;
+    for (const std::string& row : rows) bytes += row + "\r\n";
+    WriteFileBytes(RulesFile(), bytes);
+  }
 
  private:
-  void Clear() const;
+  void Clear() const {
+    if (!ProfileIsThrowaway()) return;
+    for (const wchar_t* key : {kSettings, kLegacySettings}) ::RegDeleteTreeW(HKEY_CURRENT_USER, key);
+    for (const wchar_t* name : {L"Vantora", L"Halvern"}) ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRun, name);
+    std::error_code ignored;
+    for (const std::wstring& folder : {DataFolder(), LegacyFolder()}) std::filesystem::remove_all(folder, ignored);
+  }
 
-  std::wstring roaming_;
+  const std::wstring roaming_ = ShellFolder(CSIDL_APPDATA);
 };
-
-/// Creates the file's folder too.
-void WriteFileBytes(const std::wstring& path, const std::string& bytes);
-/// Empty optional: no such file.
-[[nodiscard]] std::optional<std::string> ReadFileBytes(const std::wstring& path);
-[[nodiscard]] bool PathExists(const std::wstring& path);
 
 }  // namespace e2e

@@ -4,10 +4,16 @@
 
 #include <windows.h>
 
+#include <commctrl.h>
+
+#include <algorithm>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "app/messages.h"
 #include "platform/handles.h"
+#include "res/resource.h"
 #include "tests/e2e/wait.h"
 
 namespace e2e {
@@ -18,55 +24,124 @@ inline constexpr wchar_t kDialogClass[] = L"#32770";
 inline constexpr wchar_t kMenuClass[] = L"#32768";
 inline constexpr wchar_t kRunningEvent[] = L"Global\\VantoraRunning";
 
-/// Where the build has put the program.
-[[nodiscard]] std::wstring ProgramPath();
+/// The path in full, of what the build has put in its folder.
+inline std::wstring FullPath(const wchar_t* path) {
+  wchar_t full[MAX_PATH]{};
+  ::GetFullPathNameW(path, MAX_PATH, full, nullptr);
+  return full;
+}
+inline std::wstring ProgramPath() { return FullPath(VANTORA_EXE); }
+
+inline std::wstring TextOf(HWND window) {
+  wchar_t text[1024]{};
+  ::SendMessageW(window, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
+  return text;
+}
+/// Without waiting for what the command does.
+inline void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
+/// Of a list view of another process.
+inline int ListRowCount(HWND list) { return static_cast<int>(::SendMessageW(list, LVM_GETITEMCOUNT, 0, 0)); }
 
 /// A process that is ended with its owner, when it has not ended before.
 class RunningProgram {
  public:
   /// Starts the program, or another copy of it, with the command line's rest. What it needs is asked for, not assumed.
-  explicit RunningProgram(const std::wstring& arguments = L"/tray", const std::wstring& path = ProgramPath());
-  ~RunningProgram();
+  explicit RunningProgram(const std::wstring& arguments = L"/tray", const std::wstring& path = ProgramPath()) {
+    std::wstring commandLine = L"\"" + path + L"\" " + arguments;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION started{};
+    ::CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started);
+    const UniqueHandle thread(started.hThread);
+    process_.reset(started.hProcess);
+    id_ = started.dwProcessId;
+  }
+  ~RunningProgram() {
+    if (!process_ || WaitForExit(0)) return;
+    ::TerminateProcess(process_.get(), 99);
+    ::WaitForSingleObject(process_.get(), kPatienceMs);
+  }
   RunningProgram(const RunningProgram&) = delete;
   RunningProgram& operator=(const RunningProgram&) = delete;
 
   [[nodiscard]] DWORD Id() const { return id_; }
-  [[nodiscard]] bool IsRunning() const;
   /// Its exit code once it has ended.
-  [[nodiscard]] std::optional<DWORD> WaitForExit(DWORD timeoutMs = kPatienceMs) const;
+  [[nodiscard]] std::optional<DWORD> WaitForExit(DWORD timeoutMs = kPatienceMs) const {
+    DWORD code = 0;
+    if (!process_ || ::WaitForSingleObject(process_.get(), timeoutMs) != WAIT_OBJECT_0) return std::nullopt;
+    return ::GetExitCodeProcess(process_.get(), &code) ? std::optional(code) : std::nullopt;
+  }
 
-  /// This process's tray window; null when there is none within the time.
-  [[nodiscard]] HWND WaitForTray(DWORD timeoutMs = kPatienceMs) const;
-  /// This process's visible top-level window of the class, with the title unless it is null, once there is one.
-  [[nodiscard]] HWND WaitForWindow(const wchar_t* windowClass, const wchar_t* title, DWORD timeoutMs = kPatienceMs) const;
-  [[nodiscard]] HWND FindVisibleWindow(const wchar_t* windowClass, const wchar_t* title) const;
-  /// The main window, known by its rule list.
-  [[nodiscard]] HWND FindMainWindow() const;
-  [[nodiscard]] HWND WaitForMainWindow(DWORD timeoutMs = kPatienceMs) const;
+  /// This process's visible top-level windows of the class.
+  [[nodiscard]] std::vector<HWND> VisibleWindows(const wchar_t* windowClass = kDialogClass) const {
+    std::vector<HWND> windows = Windows(windowClass);
+    std::erase_if(windows, [](HWND window) { return !::IsWindowVisible(window); });
+    return windows;
+  }
+  /// The visible dialog that holds the control, once there is one.
+  [[nodiscard]] HWND WaitForDialog(int controlId) const {
+    return WaitForFirst(kDialogClass, [controlId](HWND window) {
+      return ::IsWindowVisible(window) && ::GetDlgItem(window, controlId) != nullptr;
+    });
+  }
+  [[nodiscard]] HWND WaitForMainWindow() const { return WaitForDialog(IDC_RULE_LIST); }
+  /// The message box with the caption, once its text begins with the one expected.
+  [[nodiscard]] HWND WaitForBox(const std::wstring& caption, const std::wstring& text) const {
+    constexpr int kTextId = 1001;
+    return WaitForFirst(kDialogClass, [&](HWND box) {
+      return ::IsWindowVisible(box) && TextOf(box) == caption && TextOf(::GetDlgItem(box, kTextId)).starts_with(text);
+    });
+  }
+  /// Waits for it and presses one of its buttons. False when it does not come or does not go.
+  [[nodiscard]] bool AnswerBox(const std::wstring& caption, const std::wstring& text, int buttonId) const {
+    HWND box = WaitForBox(caption, text);
+    ::PostMessageW(::GetDlgItem(box, buttonId), BM_CLICK, 0, 0);
+    return box != nullptr && WaitUntil([&] { return !::IsWindow(box); });
+  }
 
+  [[nodiscard]] HWND WaitForTray() const {
+    return WaitForFirst(kTrayClass, [](HWND) { return true; });
+  }
+  void PostToTray(UINT message, WPARAM wParam, LPARAM lParam) const { ::PostMessageW(WaitForTray(), message, wParam, lParam); }
   /// Opens the tray menu. False when it does not come up.
-  [[nodiscard]] bool OpenTrayMenu() const;
-  /// Closes an open tray menu without a choice.
-  [[nodiscard]] bool DismissMenu() const;
-  /// Opens the tray menu and chooses the item with the mnemonic. False when the menu does not come up or does not close.
-  [[nodiscard]] bool ChooseFromTrayMenu(wchar_t mnemonic) const;
+  [[nodiscard]] bool OpenTrayMenu() const {
+    PostToTray(UWM_TRAYICON, 0, WM_RBUTTONUP);
+    return WaitUntil([&] { return !VisibleWindows(kMenuClass).empty(); });
+  }
+  /// Opens the tray menu and chooses the item with the mnemonic. The choice of a greyed one may leave the menu open.
+  void ChooseFromTrayMenu(wchar_t mnemonic) const {
+    if (OpenTrayMenu()) PostToTray(WM_CHAR, mnemonic, 0);
+  }
   /// Asks the program to end as "-terminate" does, and waits for it. False when it has not ended with 0.
-  [[nodiscard]] bool End() const;
+  [[nodiscard]] bool End() const {
+    PostToTray(UWM_TERMINATE, 0, 0);
+    return WaitForExit() == 0u;
+  }
 
  private:
+  [[nodiscard]] std::vector<HWND> Windows(const wchar_t* windowClass) const {
+    std::vector<HWND> windows;
+    for (HWND window = nullptr; (window = ::FindWindowExW(nullptr, window, windowClass, nullptr)) != nullptr;) {
+      DWORD processId = 0;
+      ::GetWindowThreadProcessId(window, &processId);
+      if (processId == id_) windows.push_back(window);
+    }
+    return windows;
+  }
+  template <class Accepts>
+  [[nodiscard]] HWND WaitForFirst(const wchar_t* windowClass, Accepts accepts) const {
+    return WaitForResult([&] {
+      const auto windows = Windows(windowClass);
+      const auto found = std::find_if(windows.begin(), windows.end(), accepts);
+      return found != windows.end() ? *found : nullptr;
+    });
+  }
+
   UniqueHandle process_;
   DWORD id_ = 0;
 };
 
 /// Starts the program for a job and returns its exit code.
-[[nodiscard]] std::optional<DWORD> RunToEnd(const std::wstring& arguments);
-
-[[nodiscard]] std::wstring TextOf(HWND window);
-[[nodiscard]] std::wstring ItemTextOf(HWND dialog, int controlId);
-/// Without waiting for what the command does.
-void PostCommand(HWND dialog, int id);
-void PostClick(HWND dialog, int controlId);
-/// Of a list view of another process.
-[[nodiscard]] int ListRowCount(HWND list);
+inline std::optional<DWORD> RunToEnd(const std::wstring& arguments) { return RunningProgram(arguments).WaitForExit(); }
 
 }  // namespace e2e

@@ -1,117 +1,171 @@
-// The command line, the hand-over between instances, and the first seconds of the program.
+// The command line, the hand-over between instances, the first seconds of the program, and what it takes from the profile and
+// leaves there, the earlier product's included.
 
 #include <windows.h>
 
 #include <shellapi.h>
 
-#include <algorithm>
-
 #include "app/messages.h"
 #include "tests/e2e/fixture.h"
-#include "tests/e2e/stand_in_window.h"
 
 namespace e2e {
 namespace {
 
 using StartUp = EndToEndTest;
 
-class WindowsVersion : public EndToEndTest, public testing::WithParamInterface<const wchar_t*> {
- protected:
-  static constexpr wchar_t kVersionKey[] = L"Software\\Wine\\AppDefaults\\vantora.exe";
-  WindowsVersion() { profile_.Set(kVersionKey, L"Version", RegistryValue::Text(GetParam())); }
-  ~WindowsVersion() override { profile_.DeleteKey(kVersionKey); }
-};
+TEST_F(StartUp, ShowsIconAndMainWindowOnOlderAndNewerWindowsUntilTerminated) {
+  constexpr wchar_t kVersionKey[] = L"Software\\Wine\\AppDefaults\\vantora.exe";
+  for (const wchar_t* version : {L"win7", L"win10"}) {
+    SCOPED_TRACE(testing::PrintToString(version));
+    profile_.Set(kVersionKey, L"Version", RegistryValue::Text(version));
+    const std::size_t earlier = shell_.Calls(NIM_ADD).size();
+    const RunningProgram program(L"");
+    EXPECT_NE(program.WaitForMainWindow(), nullptr);
+    ::RegDeleteTreeW(HKEY_CURRENT_USER, kVersionKey);
+    EXPECT_FALSE(::IsWindowVisible(program.WaitForTray()));
+    ASSERT_EQ(shell_.Calls(NIM_ADD).size(), earlier + 1);
+    const NotifyCall add = shell_.Calls(NIM_ADD).back();
+    EXPECT_EQ(add.Window(), program.WaitForTray());
+    EXPECT_EQ(add.callback, UWM_TRAYICON);
+    EXPECT_EQ(add.flags & (NIF_MESSAGE | NIF_ICON | NIF_TIP), static_cast<UINT>(NIF_MESSAGE | NIF_ICON | NIF_TIP));
+    EXPECT_EQ(add.tip, L"Vantora 0.0.2.7 BETA");
+    EXPECT_EQ(add.iconWidth, ::GetSystemMetrics(SM_CXSMICON));
+    EXPECT_NE(UniqueHandle(::OpenEventW(SYNCHRONIZE, FALSE, kRunningEvent)), nullptr);
 
-TEST_P(WindowsVersion, ShowsItsIconAndItsMainWindowAndEndsInOrder) {
-  const RunningProgram program(L"");
-  HWND tray = program.WaitForTray();
-  ASSERT_NE(tray, nullptr);
-  ASSERT_NE(program.WaitForMainWindow(), nullptr);
-  EXPECT_FALSE(::IsWindowVisible(tray));
-
-  ASSERT_EQ(shell_.Count(NIM_ADD), 1u);
-  const NotifyCall add = shell_.Calls().back();
-  EXPECT_EQ(add.message, static_cast<DWORD>(NIM_ADD));
-  EXPECT_EQ(add.window, tray);
-  EXPECT_EQ(add.callback, UWM_TRAYICON);
-  EXPECT_EQ(add.flags & (NIF_MESSAGE | NIF_ICON | NIF_TIP), static_cast<UINT>(NIF_MESSAGE | NIF_ICON | NIF_TIP));
-  EXPECT_EQ(add.tip, L"Vantora 0.0.2.7 BETA");
-  EXPECT_EQ(add.icon.cx, ::GetSystemMetrics(SM_CXSMICON));
-  EXPECT_NE(UniqueHandle(::OpenEventW(SYNCHRONIZE, FALSE, kRunningEvent)), nullptr);
-
-  EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
-  EXPECT_EQ(program.WaitForExit(), 0u);
-  EXPECT_EQ(shell_.IconCount(), 0u);
-  EXPECT_EQ(UniqueHandle(::OpenEventW(SYNCHRONIZE, FALSE, kRunningEvent)), nullptr);
+    EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
+    EXPECT_EQ(program.WaitForExit(), 0u);
+    EXPECT_EQ(shell_.IconCount(), 0u);
+    EXPECT_EQ(UniqueHandle(::OpenEventW(SYNCHRONIZE, FALSE, kRunningEvent)), nullptr);
+  }
 }
 
-INSTANTIATE_TEST_SUITE_P(OldestAndNewer, WindowsVersion, testing::Values(L"win7", L"win10"));
-
-TEST_F(StartUp, TheTraySwitchKeepsTheMainWindowClosed) {
-  const RunningProgram program(L"--minimise -tray");
-  // The engine starts before the window would be asked for; the window's thread says so when it starts.
-  ASSERT_TRUE(debug_.WaitFor(program.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
-  EXPECT_TRUE(NeverWithin(700, [&] { return debug_.Count(program.Id(), "MainDialogThread") != 0; }));
+TEST_F(StartUp, AMissingTaskbarIsTriedTwentyTimesMoreAndThenAwaitedAndARecreatedOneGetsTheIconAgain) {
+  shell_.refusing = true;
+  const RunningProgram program;
+  ASSERT_TRUE(WaitUntil([&] { return shell_.Calls(NIM_ADD).size() == 21; }));
+  EXPECT_TRUE(NeverWithin(700, [&] { return shell_.Calls(NIM_ADD).size() > 21; }));
+  shell_.refusing = false;
+  for (const std::size_t calls : {22u, 23u}) {
+    shell_.Recreate();
+    ASSERT_TRUE(WaitUntil([&] { return shell_.Calls(NIM_ADD).size() == calls; }));
+    EXPECT_EQ(shell_.IconCount(), 1u);
+    EXPECT_EQ(shell_.Calls(NIM_ADD).back().tip, L"Vantora 0.0.2.7 BETA");
+  }
   EXPECT_TRUE(program.End());
 }
 
-TEST_F(StartUp, ASecondStartOpensTheMainWindowOfTheFirstAndEnds) {
-  const RunningProgram first(L"/tray");
-  ASSERT_NE(first.WaitForTray(), nullptr);
+TEST_F(StartUp, EveryRequestForTheMainWindowLeadsToTheOneOfTheFirstInstance) {
+  const RunningProgram first(L"--minimise -tray");
+  ASSERT_TRUE(debug_.WaitFor(first.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
+  // The engine starts before the window would be asked for; the window's thread says so when it starts.
+  const auto windows = [&] { return debug_.Count(first.Id(), "MainDialogThread"); };
+  EXPECT_TRUE(NeverWithin(500, [&] { return windows() != 0; }));
+
   const RunningProgram second(L"/tray");
   EXPECT_EQ(second.WaitForExit(), 0u);
-  EXPECT_EQ(debug_.Count(second.Id(), "Existing instance found, invoking settings dialog"), 1u);
+  EXPECT_TRUE(debug_.ComesOnce(second.Id(), "Existing instance found, invoking settings dialog"));
   EXPECT_EQ(debug_.Count(second.Id(), "RuleStore::Load"), 0u);
-  EXPECT_NE(first.WaitForMainWindow(), nullptr);
+  HWND window = first.WaitForMainWindow();
+  ASSERT_NE(window, nullptr);
 
-  // Once more: the window is only brought forward.
   EXPECT_EQ(RunToEnd(L""), 0u);
-  EXPECT_TRUE(NeverWithin(500, [&] { return debug_.Count(first.Id(), "MainDialogThread") > 1; }));
+  first.ChooseFromTrayMenu(L'o');
+  for (const LPARAM notification : {LPARAM{WM_LBUTTONUP}, LPARAM{NIN_BALLOONUSERCLICK}}) {
+    first.PostToTray(UWM_TRAYICON, 0, notification);
+  }
+  EXPECT_TRUE(NeverWithin(500, [&] { return windows() > 1; }));
+  EXPECT_EQ(first.WaitForMainWindow(), window);
   EXPECT_TRUE(first.End());
 }
 
-TEST_F(StartUp, TerminateWithoutAnInstanceSucceedsAndDoesNothingElse) {
+TEST_F(StartUp, JobsSayByTheirExitCodeWhetherThingsAreAsWantedAndDoNothingElse) {
   EXPECT_EQ(RunToEnd(L"-terminate -tray --install-admin-task"), 0u);
-  EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr);
-  EXPECT_FALSE(PathExists(profile_.RulesFile()));
-}
-
-TEST_F(StartUp, TheTaskSwitchesSayByTheirExitCodeWhetherTheTaskIsAsWanted) {
-  // Wine's Task Scheduler has no logon trigger, so the task cannot be created here; one that does not exist counts as removed.
+  // Wine's Task Scheduler has no logon trigger, so the task cannot be created here, only one of the test's own making.
   EXPECT_EQ(RunToEnd(L"--install-admin-task --remove-admin-task"), 1u);
-  EXPECT_EQ(RunToEnd(L"--remove-admin-task /tray"), 0u);
-  EXPECT_EQ(shell_.Calls().size(), 0u);
+  EXPECT_EQ(RunToEnd(L"--remove-admin-task /tray"), 0u) << "there is none";
+  EXPECT_FALSE(PathExists(profile_.RulesFile()));
+
+  const std::wstring file = profile_.DataFolder() + L"\\task.xml";
+  constexpr wchar_t kTask[] =
+      L"\xFEFF<?xml version=\"1.0\" encoding=\"UTF-16\"?>\r\n"
+      L"<Task version=\"1.2\" xmlns=\"http://schemas.microsoft.com/windows/2004/02/mit/task\">"
+      L"<Actions><Exec><Command>cmd.exe</Command></Exec></Actions></Task>";
+  WriteFileBytes(file, std::string(reinterpret_cast<const char*>(kTask), sizeof kTask - sizeof(wchar_t)));
+  const auto schtasks = [](const std::wstring& arguments) {
+    return RunningProgram(arguments, FullPath(L"C:\\windows\\system32\\schtasks.exe")).WaitForExit();
+  };
+  for (const bool removed : {false, true}) {
+    ASSERT_EQ(schtasks(L"/create /tn VantoraAdminAutoStart /xml \"" + file + L"\""), 0u);
+    ASSERT_EQ(removed ? RunToEnd(L"--remove-admin-task") : 0u, 0u);
+    EXPECT_EQ(schtasks(L"/delete /tn VantoraAdminAutoStart /f"), removed ? 1u : 0u);
+  }
+  EXPECT_EQ(shell_.Calls(NIM_ADD).size(), 0u);
 }
 
-TEST_F(StartUp, RestartWaitsUntilTheRunningInstanceHasSavedAndThenTakesOver) {
-  // Written by hand, in a form that the running instance rewrites when it ends.
-  WriteFileBytes(profile_.RulesFile(), "header\n4,foo.exe,1\n");
+TEST_F(StartUp, RestartTakesOverOnceTheRunningInstanceHasSavedWhatItReadWithItsFaults) {
+  WriteFileBytes(
+      profile_.RulesFile(),
+      "anything at all\n4,foo.exe,1\nnot a rule\n9, b*.exe,-1,10,0.5,512,95.04,7,8,9,7,0\n5,,1\n\n5,c d.exe,0\n6,e.exe,yes\n");
+  const RegistryValue exclusions = RegistryValue::Text(std::wstring(L"a*\0b.exe\0", 9), REG_MULTI_SZ);
+  const struct {
+    const wchar_t* name;
+    RegistryValue found;
+    std::optional<RegistryValue> left;
+  } settings[] = {
+      {L"PollIntervalSec", RegistryValue::Number(86'401), RegistryValue::Number(5)},
+      {L"PollIntervalMs", RegistryValue::Number(5'500), std::nullopt},
+      {L"NotificationThrottleSec", RegistryValue::Number(3'600), RegistryValue::Number(3'600)},
+      {L"LogFilePath", RegistryValue::Text(L"C:\\logs\\\x00E9.log"), RegistryValue::Text(L"C:\\logs\\\x00E9.log")},
+      {L"SoundFilePath", RegistryValue::Text(std::wstring(260, L'x')), RegistryValue::Text(L"")},
+      {L"Exclusions", exclusions, exclusions},
+      {L"Foreign", RegistryValue::Text(L"kept"), RegistryValue::Text(L"kept")},
+  };
+  for (const auto& setting : settings) profile_.Set(kSettings, setting.name, setting.found);
   const RunningProgram first(L"/tray");
   ASSERT_TRUE(debug_.WaitFor(first.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
   const RunningProgram second(L"-restart /tray");
   EXPECT_EQ(first.WaitForExit(), 0u);
-  ASSERT_NE(second.WaitForTray(), nullptr);
-  EXPECT_TRUE(debug_.WaitFor(second.Id(), "RuleStore::Load - Loaded 1 rules from"));
-  const auto all = debug_.Of(0);
-  const auto indexOf = [&](const std::string& text) {
-    std::size_t i = 0;
-    while (i < all.size() && all[i].find(text) == std::string::npos) ++i;
-    return i;
-  };
-  const auto second_load = std::find_if(all.begin(), all.end(), [loads = 0](const std::string& line) mutable {
-    return line.find("RuleStore::Load - Loaded") != std::string::npos && ++loads == 2;
-  });
-  EXPECT_LT(indexOf("RuleStore::Save - Saved 1 rules to"), static_cast<std::size_t>(second_load - all.begin()));
+  EXPECT_EQ(ReadFileBytes(profile_.RulesFile()),
+            kRulesHead + std::string("4,foo.exe,1,0,0.0,0.0,0.0,0,0,0,3,60\r\n9, b*.exe,1,10,0.5,512.0,95.0,7,8,9,7,0\r\n"
+                                     "5,c d.exe,0,0,0.0,0.0,0.0,0,0,0,3,60\r\n"));
+  for (const auto& setting : settings) {
+    EXPECT_EQ(profile_.Get(kSettings, setting.name), setting.left) << testing::PrintToString(setting.name);
+  }
+  ASSERT_TRUE(debug_.WaitFor(second.Id(), "RuleStore::Load - Loaded 3 rules from"));
+  const auto saved = debug_.Places(first.Id(), "RuleStore::Save - Saved 3 rules to");
+  ASSERT_EQ(saved.size(), 1u);
+  EXPECT_LT(saved[0], debug_.Places(second.Id(), "RuleStore::Load - Loaded")[0]);
   EXPECT_TRUE(second.End());
 }
 
-TEST_F(StartUp, ARunningInstanceOfTheEarlierProductIsAskedToCloseAndWaitedFor) {
-  StandInWindow legacy(L"HALVERNW", L"Halvern", UWM_TERMINATE);
+TEST_F(StartUp, TheEarlierProductIsAskedToCloseAndItsSettingsFolderAndAutostartAreTakenOver) {
+  const std::string rules = kRulesHead + std::string("3,old.exe,1,0,0.0,0.0,0.0,5,0,0,3,60\r\n");
+  ::RegDeleteTreeW(HKEY_CURRENT_USER, kSettings);
+  for (const wchar_t* name : {L"NotificationThrottleSec", L"UpdateChecksDisabled"}) {
+    profile_.Set(kLegacySettings, name, RegistryValue::Number(77));
+  }
+  profile_.Set(kRun, L"Halvern", RegistryValue::Text(L"old.exe"));
+  WriteFileBytes(profile_.LegacyFolder() + L"\\rules.csv", rules);
+  // A window of the test's own stands for the running instance; what is posted to it waits in this thread's queue.
+  WNDCLASSW legacy{};
+  legacy.lpfnWndProc = ::DefWindowProcW;
+  legacy.lpszClassName = L"HALVERNW";
+  ASSERT_NE(::RegisterClassW(&legacy), 0);
+  HWND window = ::CreateWindowExW(0, legacy.lpszClassName, L"Halvern", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
   const RunningProgram program;
-  EXPECT_NE(program.WaitForTray(), nullptr);
-  EXPECT_EQ(legacy.Asked(), 1);
-  EXPECT_FALSE(legacy.IsOpen());
+  MSG asked{};
+  ASSERT_TRUE(WaitUntil([&] { return ::PeekMessageW(&asked, window, UWM_TERMINATE, UWM_TERMINATE, PM_REMOVE) != FALSE; }));
+  EXPECT_TRUE(NeverWithin(1'000, [&] { return ::FindWindowW(kTrayClass, kTrayTitle) != nullptr; })) << "waits for the end";
+  ::DestroyWindow(window);
+  ASSERT_NE(program.WaitForTray(), nullptr);
   EXPECT_TRUE(program.End());
+  for (const wchar_t* key : {kSettings, kLegacySettings}) {
+    EXPECT_EQ(profile_.Get(key, L"NotificationThrottleSec"), RegistryValue::Number(77));
+  }
+  EXPECT_EQ(ReadFileBytes(profile_.RulesFile()), rules);
+  EXPECT_FALSE(PathExists(profile_.LegacyFolder()));
+  EXPECT_EQ(profile_.Get(kRun, L"Halvern"), std::nullopt);
+  EXPECT_EQ(profile_.Get(kRun, L"Vantora"), RegistryValue::Text(L"\"" + ProgramPath() + L"\""));
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include "app/messages.h"
 #include "system/version_number.h"
 #include "tests/e2e/fixture.h"
-#include "update_server/test_server.h"
+#include "tests/update_server/test_server.h"
 
 namespace e2e {
 namespace {
@@ -16,43 +16,17 @@ namespace {
 constexpr wchar_t kEntry[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Vantora";
 constexpr DWORD kGiveUpMs = 40'000;
 
-std::wstring FullPath(const wchar_t* path) {
-  wchar_t full[MAX_PATH]{};
-  ::GetFullPathNameW(path, MAX_PATH, full, nullptr);
-  return full;
-}
-
-std::wstring ShellFolder(int id) {
-  wchar_t folder[MAX_PATH]{};
-  ::SHGetFolderPathW(nullptr, id, nullptr, 0, folder);
-  return folder;
-}
-
-/// "a.b.c.d" of a program's version resource.
-std::wstring FileVersion(const std::wstring& path) {
-  DWORD ignored = 0;
-  std::vector<BYTE> resource(::GetFileVersionInfoSizeW(path.c_str(), &ignored));
-  VS_FIXEDFILEINFO* fixed = nullptr;
-  UINT size = 0;
-  if (resource.empty() || !::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
-      !::VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&fixed), &size)) {
-    return L"none";
-  }
-  const auto text = [](DWORD pair) { return std::to_wstring(HIWORD(pair)) + L"." + std::to_wstring(LOWORD(pair)); };
-  return text(fixed->dwFileVersionMS) + L"." + text(fixed->dwFileVersionLS);
-}
-
 class Installer : public EndToEndTest {
  protected:
   void SetUp() override {
     EndToEndTest::SetUp();
-    Uninstall(L" /S /PURGE");
+    Uninstall(L"/S /PURGE");
     ASSERT_FALSE(PathExists(folder_));
     profile_.Set(L"UpdateChecksDisabled", 1);
   }
   void TearDown() override {
     EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
-    Uninstall(L" /S /PURGE");
+    Uninstall(L"/S /PURGE");
   }
 
   static std::optional<DWORD> Install(const wchar_t* setup) {
@@ -65,6 +39,38 @@ class Installer : public EndToEndTest {
     EXPECT_TRUE(WaitUntil([&] { return !Entry(L"DisplayName").has_value(); }, kGiveUpMs));
   }
   std::optional<RegistryValue> Entry(const wchar_t* name) const { return profile_.Get(kEntry, name); }
+  /// The process that the installer has started; 0 when none comes.
+  static DWORD WaitForInstance() {
+    DWORD processId = 0;
+    ::GetWindowThreadProcessId(WaitForResult([] { return ::FindWindowW(kTrayClass, kTrayTitle); }), &processId);
+    return processId;
+  }
+  void ExpectVersion(const std::wstring& version) const {
+    EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(version));
+    EXPECT_FALSE(PathExists(program_ + L".new"));
+  }
+  /// What an installation leaves where nothing ran.
+  void ExpectInstalled() const {
+    EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath()));
+    EXPECT_TRUE(PathExists(shortcut_));
+    EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
+    ExpectVersion(AppVersion);
+
+    const std::pair<const wchar_t*, std::wstring> texts[] = {
+        {L"DisplayName", L"Vantora"},
+        {L"Publisher", L"Vantora"},
+        {L"DisplayIcon", program_ + L",0"},
+        {L"InstallLocation", folder_},
+        {L"UninstallString", L"\"" + uninstaller_ + L"\""},
+        {L"QuietUninstallString", L"\"" + uninstaller_ + L"\" /S"},
+    };
+    for (const auto& [name, text] : texts) EXPECT_EQ(Entry(name), RegistryValue::Text(text)) << testing::PrintToString(name);
+    for (const wchar_t* name : {L"NoModify", L"NoRepair"}) EXPECT_EQ(Entry(name), RegistryValue::Number(1));
+    const auto size = Entry(L"EstimatedSize");
+    ASSERT_TRUE(size && size->bytes.size() == 4);
+    const auto sizeKb = *reinterpret_cast<const DWORD*>(size->bytes.data());
+    EXPECT_NEAR(sizeKb, static_cast<DWORD>((ReadFileBytes(program_)->size() + ReadFileBytes(uninstaller_)->size()) / 1024), 100);
+  }
 
   const std::wstring folder_ = ShellFolder(CSIDL_LOCAL_APPDATA) + L"\\Programs\\Vantora";
   const std::wstring program_ = folder_ + L"\\vantora.exe";
@@ -72,54 +78,7 @@ class Installer : public EndToEndTest {
   const std::wstring shortcut_ = ShellFolder(CSIDL_PROGRAMS) + L"\\Vantora.lnk";
 };
 
-TEST_F(Installer, InstallsForTheUserWithAFullEntry) {
-  ASSERT_EQ(Install(VANTORA_SETUP), 0u);
-  EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath()));
-  EXPECT_TRUE(PathExists(shortcut_));
-  EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
-
-  const struct {
-    const wchar_t* name;
-    RegistryValue value;
-  } expected[] = {
-      {L"DisplayName", RegistryValue::Text(L"Vantora")},
-      {L"DisplayVersion", RegistryValue::Text(AppVersion)},
-      {L"Publisher", RegistryValue::Text(L"Vantora")},
-      {L"DisplayIcon", RegistryValue::Text(program_ + L",0")},
-      {L"InstallLocation", RegistryValue::Text(folder_)},
-      {L"UninstallString", RegistryValue::Text(L"\"" + uninstaller_ + L"\"")},
-      {L"QuietUninstallString", RegistryValue::Text(L"\"" + uninstaller_ + L"\" /S")},
-      {L"NoModify", RegistryValue::Number(1)},
-      {L"NoRepair", RegistryValue::Number(1)},
-  };
-  for (const auto& [name, value] : expected) EXPECT_EQ(Entry(name), value) << testing::PrintToString(name);
-  const auto size = Entry(L"EstimatedSize");
-  ASSERT_TRUE(size && size->bytes.size() == 4);
-  const DWORD sizeKb = *reinterpret_cast<const DWORD*>(size->bytes.data());
-  const DWORD realKb = static_cast<DWORD>((ReadFileBytes(program_)->size() + ReadFileBytes(uninstaller_)->size()) / 1024);
-  EXPECT_NEAR(sizeKb, realKb, 100);
-
-  for (const std::wstring& file : {program_, FullPath(VANTORA_SETUP)}) EXPECT_EQ(FileVersion(file), AppVersion);
-}
-
-TEST_F(Installer, UpgradesOverTheRunningProgramAndStartsItAgain) {
-  ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
-  EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(L"0.0.2.6"));
-  const RunningProgram old(L"/tray", program_);
-  ASSERT_TRUE(debug_.WaitFor(old.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
-
-  ASSERT_EQ(Install(VANTORA_SETUP), 0u);
-  EXPECT_EQ(old.WaitForExit(), 0u) << "by its own protocol";
-  EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(AppVersion));
-  EXPECT_FALSE(PathExists(program_ + L".new"));
-  ASSERT_TRUE(WaitUntil([] { return ::FindWindowW(kTrayClass, kTrayTitle) != nullptr; }));
-  DWORD restarted = 0;
-  ::GetWindowThreadProcessId(::FindWindowW(kTrayClass, kTrayTitle), &restarted);
-  EXPECT_NE(restarted, old.Id());
-  EXPECT_TRUE(NeverWithin(1'000, [&] { return debug_.Count(restarted, "MainDialogThread") != 0; })) << "in the tray only";
-}
-
-TEST_F(Installer, GivesUpWithoutHarmWhenTheProgramDoesNotEnd) {
+TEST_F(Installer, UpgradesOverTheRunningProgramOnceThatHasEndedAndStartsItAgain) {
   ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
   profile_.Set(L"UpdateFinished", 1);
   {
@@ -127,20 +86,27 @@ TEST_F(Installer, GivesUpWithoutHarmWhenTheProgramDoesNotEnd) {
     const UniqueHandle running(::CreateEventW(nullptr, FALSE, FALSE, kRunningEvent));
     EXPECT_EQ(Install(VANTORA_SETUP), 2u);
   }
-  EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(L"0.0.2.6"));
-  EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath()));
-  EXPECT_FALSE(PathExists(program_ + L".new"));
+  ExpectVersion(L"0.0.2.6");
+  EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath())) << "left whole";
   EXPECT_EQ(profile_.Get(kSettings, L"UpdateFinished"), RegistryValue::Number(0)) << "no balloon for what did not happen";
+  const DWORD old = WaitForInstance();
+  ASSERT_TRUE(debug_.WaitFor(old, "MonitorEngine::MonitorLoop - Entering loop"));
+
+  ASSERT_EQ(Install(VANTORA_SETUP), 0u);
+  EXPECT_TRUE(debug_.ComesOnce(old, "RuleStore::Save - Saved")) << "ended by its own protocol";
+  ExpectVersion(AppVersion);
+  const DWORD restarted = WaitForInstance();
+  EXPECT_NE(restarted, old);
+  EXPECT_TRUE(NeverWithin(1'000, [&] { return debug_.Count(restarted, "MainDialogThread") != 0; })) << "in the tray only";
 }
 
-TEST_F(Installer, UninstallEndsTheProgramAndKeepsWhatIsTheUsersOwn) {
+TEST_F(Installer, InstallsForTheUserAndUninstallsAllButWhatIsTheUsersOwn) {
   for (const bool purge : {false, true}) {
     SCOPED_TRACE(purge);
     ASSERT_EQ(Install(VANTORA_SETUP), 0u);
-    profile_.WriteRules({"1,foo.exe,1,0,0,0,0,0,0,0,3,60"});
+    ExpectInstalled();
     WriteFileBytes(profile_.DataFolder() + L"\\my notes.txt", "mine");
-    profile_.Set(kRun, L"Vantora", RegistryValue::Text(L"\"" + program_ + L"\" /tray"));
-    profile_.Set(kRun, L"Other", RegistryValue::Text(L"other.exe"));
+    for (const wchar_t* name : {L"Vantora", L"Other"}) profile_.Set(kRun, name, RegistryValue::Text(program_));
     const RunningProgram program(L"/tray", program_);
     ASSERT_TRUE(debug_.WaitFor(program.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
 
@@ -155,21 +121,36 @@ TEST_F(Installer, UninstallEndsTheProgramAndKeepsWhatIsTheUsersOwn) {
   }
 }
 
-TEST_F(Installer, TheProgramsOwnUpdateRunsItWhole) {
+TEST_F(Installer, TheProgramsOwnUpdateRunsItWholeByTheBalloonOrByTheQuestion) {
   const TestServer server;
-  ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
-  profile_.Set(L"UpdateChecksDisabled", 0);
-  {
-    const RunningProgram old(L"/tray", FullPath(VANTORA_UPDATED_EXE));
-    ASSERT_TRUE(shell_.WaitForBalloon(0).has_value());
-    ::PostMessageW(old.WaitForTray(), UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK);
-    EXPECT_EQ(old.WaitForExit(), 0u);
+  for (const bool byBalloon : {true, false}) {
+    SCOPED_TRACE(byBalloon);
+    ASSERT_EQ(Install(VANTORA_OLD_SETUP), 0u);
+    profile_.Set(L"UpdateChecksDisabled", 0);
+    const std::size_t before = shell_.Balloons().size();
+    {
+      const RunningProgram old(L"/tray", FullPath(VANTORA_UPDATED_EXE));
+      const auto offer = shell_.WaitForBalloon(before);
+      ASSERT_TRUE(offer.has_value());
+      EXPECT_EQ(offer->infoTitle, L"Vantora Update Available");
+      EXPECT_EQ(offer->info, L"Click here to update to version 0.0.2.9.");
+      if (byBalloon) {
+        old.PostToTray(UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK);
+      } else {
+        old.PostToTray(UWM_CHECK_FOR_UPDATES, 1, 0);
+        EXPECT_TRUE(old.AnswerBox(L"Vantora Update Available", L"Version 0.0.2.9 is available. Update now?", IDYES));
+      }
+      EXPECT_EQ(old.WaitForExit(), 0u);
+      EXPECT_TRUE(debug_.ComesOnce(old.Id(), "RuleStore::Save - Saved")) << "an orderly end";
+    }
+    const auto updated = shell_.WaitForBalloon(before + 1);
+    ASSERT_TRUE(updated.has_value()) << "started again by the installer";
+    EXPECT_EQ(updated->infoTitle, L"Vantora Updated");
+    EXPECT_EQ(updated->info, L"Newly installed version is 0.0.2.7 BETA.");
+    ExpectVersion(AppVersion);
+    EXPECT_EQ(profile_.Get(kSettings, L"UpdateFinished"), RegistryValue::Number(0));
+    EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
   }
-  const auto updated = shell_.WaitForBalloon(1);
-  ASSERT_TRUE(updated.has_value()) << "started again by the installer";
-  EXPECT_EQ(updated->infoTitle, L"Vantora Updated");
-  EXPECT_EQ(Entry(L"DisplayVersion"), RegistryValue::Text(AppVersion));
-  EXPECT_EQ(profile_.Get(kSettings, L"UpdateFinished"), RegistryValue::Number(0));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 // The diagnostic lines that the program writes while this lives. One at a time.
 
+#include <algorithm>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -12,10 +13,10 @@
 class CapturedLines {
  public:
   CapturedLines() {
-    Store().clear();
+    lines_.clear();
     SetDiagnosticHook([](std::wstring_view line) {
-      std::lock_guard lock(Mutex());
-      Store().emplace_back(line);
+      std::lock_guard lock(mutex_);
+      lines_.emplace_back(line);
     });
   }
   ~CapturedLines() { SetDiagnosticHook(nullptr); }
@@ -23,23 +24,15 @@ class CapturedLines {
   CapturedLines& operator=(const CapturedLines&) = delete;
 
   [[nodiscard]] std::vector<std::wstring> Lines() const {
-    std::lock_guard lock(Mutex());
-    return Store();
+    std::lock_guard lock(mutex_);
+    return lines_;
   }
   [[nodiscard]] bool Has(std::wstring_view start) const {
-    for (const std::wstring& line : Lines()) {
-      if (line.starts_with(start)) return true;
-    }
-    return false;
+    const auto lines = Lines();
+    return std::any_of(lines.begin(), lines.end(), [start](const std::wstring& line) { return line.starts_with(start); });
   }
 
  private:
-  static std::mutex& Mutex() {
-    static std::mutex mutex;
-    return mutex;
-  }
-  static std::vector<std::wstring>& Store() {
-    static std::vector<std::wstring> lines;
-    return lines;
-  }
+  inline static std::mutex mutex_;
+  inline static std::vector<std::wstring> lines_;
 };

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 
 #include "system/elevation_system.h"
@@ -15,18 +14,18 @@ constexpr wchar_t kChildArgument[] = L"--end-after-a-moment-with-7";
 /// This program started by the test of the real start: ends before any test runs.
 const bool kIsChild = [] {
   if (std::wstring(::GetCommandLineW()).find(kChildArgument) == std::wstring::npos) return false;
-  ::Sleep(300);
+  ::Sleep(600);
   ::ExitProcess(7);
 }();
 
 std::wstring requested;
+bool accepts = true;
 bool tokenOpens = true;
 bool tokenTells = true;
 DWORD elevated = 0;
 
 BOOL WINAPI OpenToken(HANDLE process, DWORD access, HANDLE* token) {
-  if (!tokenOpens || access != TOKEN_QUERY) return FALSE;
-  return ::OpenProcessToken(process, access, token);
+  return tokenOpens && access == TOKEN_QUERY && ::OpenProcessToken(process, access, token);
 }
 
 BOOL WINAPI TellToken(HANDLE, TOKEN_INFORMATION_CLASS kind, void* data, DWORD sizeBytes, DWORD*) {
@@ -35,67 +34,47 @@ BOOL WINAPI TellToken(HANDLE, TOKEN_INFORMATION_CLASS kind, void* data, DWORD si
   return tokenTells;
 }
 
-BOOL WINAPI RecordAndDecline(SHELLEXECUTEINFOW* request) {
+BOOL WINAPI Start(SHELLEXECUTEINFOW* request) {
   requested = std::wstring(request->lpVerb) + L" " + request->lpFile + L" " + request->lpParameters;
   requested += L" " + std::to_wstring(request->nShow) + L" " + std::to_wstring(request->fMask);
-  ::SetLastError(ERROR_CANCELLED);
-  return FALSE;
+  return accepts && ::ShellExecuteExW(request);
 }
 
-BOOL WINAPI StartWithoutHandle(SHELLEXECUTEINFOW* request) {
-  request->hProcess = nullptr;
-  return TRUE;
-}
+class Elevation : public testing::Test {
+ protected:
+  Elevation() { SetElevationSystem(&system_); }
+  ~Elevation() override { SetElevationSystem(nullptr); }
 
-TEST(Elevation, IsWhatTheTokenSaysAndFalseWhenItSaysNothing) {
-  const ElevationSystem system{OpenToken, TellToken, RecordAndDecline};
-  SetElevationSystem(&system);
-  struct Row {
+  const ElevationSystem system_{OpenToken, TellToken, Start};
+};
+
+TEST_F(Elevation, IsWhatTheTokenSaysAndFalseWhenItSaysNothing) {
+  const struct {
     bool opens, tells;
     DWORD value;
     bool result;
-  };
-  for (const Row& row : {Row{true, true, 1, true},
-                         {true, true, 2, true},
-                         {true, true, 0, false},
-                         {false, true, 1, false},
-                         {true, false, 1, false}}) {
+  } rows[] = {{true, true, 1, true}, {true, true, 0, false}, {false, true, 1, false}, {true, false, 1, false}};
+  for (const auto& row : rows) {
     tokenOpens = row.opens;
     tokenTells = row.tells;
     elevated = row.value;
     EXPECT_EQ(IsProcessElevated(), row.result) << row.opens << row.tells << row.value;
   }
-  SetElevationSystem(nullptr);
 }
 
-TEST(Elevation, AsksForAnElevatedCopyOfThisProgram) {
-  const ElevationSystem system{OpenToken, TellToken, RecordAndDecline};
-  SetElevationSystem(&system);
-  for (const bool wait : {false, true}) {
+TEST_F(Elevation, AsksForAnElevatedCopyOfThisProgramAndWaitsForItOnlyWhenAsked) {
+  for (const auto& [wait, accepted] : {std::pair{true, true}, {true, false}, {false, true}}) {
+    SCOPED_TRACE(testing::Message() << wait << accepted);
+    accepts = accepted;
     DWORD exitCode = 1;
-    EXPECT_FALSE(RunElevated(L"-restart", wait, &exitCode));
-    EXPECT_EQ(exitCode, 1U);
+    const ULONGLONG start = ::GetTickCount64();
+    EXPECT_EQ(RunElevated(kChildArgument, wait, &exitCode), accepted);
+    EXPECT_EQ(exitCode, wait && accepted ? 7U : 1U);
+    EXPECT_EQ(::GetTickCount64() - start >= 600U, wait && accepted);
     const std::wstring mask = std::to_wstring(wait ? SEE_MASK_NOCLOSEPROCESS : 0);
-    EXPECT_EQ(requested, L"runas " + OwnExecutablePath() + L" -restart " + std::to_wstring(SW_SHOWNORMAL) + L" " + mask);
+    EXPECT_EQ(requested,
+              L"runas " + OwnExecutablePath() + L" " + kChildArgument + L" " + std::to_wstring(SW_SHOWNORMAL) + L" " + mask);
   }
-  const ElevationSystem withoutHandle{OpenToken, TellToken, StartWithoutHandle};
-  SetElevationSystem(&withoutHandle);
-  DWORD exitCode = 1;
-  EXPECT_TRUE(RunElevated(L"-restart", true, &exitCode));
-  EXPECT_EQ(exitCode, 1U);
-  SetElevationSystem(nullptr);
-}
-
-TEST(Elevation, WaitsForTheRealCopyOnlyWhenAsked) {
-  const ULONGLONG start = ::GetTickCount64();
-  DWORD exitCode = 1;
-  EXPECT_TRUE(RunElevated(kChildArgument, true, &exitCode));
-  EXPECT_EQ(exitCode, 7U);
-  EXPECT_GE(::GetTickCount64() - start, 300U);
-  EXPECT_TRUE(RunElevated(kChildArgument, true, nullptr));
-  exitCode = 1;
-  EXPECT_TRUE(RunElevated(kChildArgument, false, &exitCode));
-  EXPECT_EQ(exitCode, 1U);
 }
 
 }  // namespace

@@ -18,15 +18,11 @@ class FakeHttpClient : public HttpClient {
   std::size_t brokenAt = std::string::npos;  ///< reading fails here, as it does when a time-out runs out
   std::size_t pieceBytes = std::string::npos;
 
-  std::wstring agent;
   std::uint32_t timeoutMs = 0;  ///< as it was when the address was opened
   std::size_t largestRead = 0;
   int closes = 0;
 
-  [[nodiscard]] bool OpenSession(const wchar_t* name) override {
-    agent = name;
-    return sessionOpens;
-  }
+  [[nodiscard]] bool OpenSession(const wchar_t*) override { return sessionOpens; }
   void SetTimeouts(std::uint32_t ms) override { pendingTimeoutMs_ = ms; }
   [[nodiscard]] bool OpenUrl(const std::wstring&) override {
     timeoutMs = pendingTimeoutMs_;

@@ -1,60 +1,68 @@
 #pragma once
 
 // A Task Scheduler of our own, registered in this process in place of the system's, for what the system's has only as a stub (the
-// logon trigger) or cannot be made to do (fail at a given step). It writes down every call as a line of text.
-//
-// Its objects are tables of functions of which each knows only its place. Which place a function of an interface has is found by
-// calling it on a probe, so that no table is kept by hand and a call of anything that is not expected here is seen too.
+// logon trigger) or cannot be made to do (fail at a given step). It writes down every call as a line of text. Its objects know
+// their functions by the places that these have in their interfaces; a call of any other is seen too.
 
 #include <windows.h>
 
 #include <taskschd.h>
 
-#include <array>
-#include <functional>
-#include <list>
+#include <algorithm>
+#include <map>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "system/logon_trigger.h"
 
-/// What an interface pointer of the fake points at.
-struct FakeObject {
-  using Words = const std::uintptr_t*;  ///< the arguments after the object; values wider than a word by address
-  static constexpr std::size_t kSlots = 64;
-
-  template <std::size_t kSlot>
-  static HRESULT STDMETHODCALLTYPE Entry(FakeObject* self, std::uintptr_t a, std::uintptr_t b, std::uintptr_t c, std::uintptr_t d,
-                                         std::uintptr_t e, std::uintptr_t f, std::uintptr_t g, std::uintptr_t h) {
-    const std::uintptr_t words[] = {a, b, c, d, e, f, g, h};
-    return self->handlers[kSlot](words);
-  }
-  template <std::size_t... kSlot>
-  static void* const* Table(std::index_sequence<kSlot...>) {
-    static void* const table[] = {reinterpret_cast<void*>(&Entry<kSlot>)...};
-    return table;
-  }
-  /// The handler of a function of the interface that the object stands for.
-  template <class Interface, class... Arguments>
-  auto& operator[](HRESULT (STDMETHODCALLTYPE Interface::*function)(Arguments...)) {
-    FakeObject probe;
-    for (HRESULT slot = 0; auto& handler : probe.handlers) handler = [place = slot++](Words) { return place; };
-    return handlers[static_cast<std::size_t>((reinterpret_cast<Interface*>(&probe)->*function)(Arguments{}...))];
-  }
-
-  void* const* const functions = Table(std::make_index_sequence<kSlots>());
-  std::array<std::function<HRESULT(Words)>, kSlots> handlers;
+struct FakeFunction {
+  const wchar_t* object;
+  int place;
+  const wchar_t* name;
+  const char* arguments;           ///< t: a text, n: a number, f: a flag, v: a variant, others are not shown; a result comes last
+  const wchar_t* gives = nullptr;  ///< the object that is the result
+};
+inline constexpr FakeFunction kFakeFunctions[] = {
+    {L"factory", 3, L"Create", "---", L"service"},
+    {L"service", 7, L"GetFolder", "t-", L"root"},
+    {L"service", 9, L"NewTask", "n-", L"definition"},
+    {L"service", 10, L"Connect", "vvvv"},
+    {L"root", 13, L"GetTask", "t-", L"task"},
+    {L"root", 15, L"DeleteTask", "tn"},
+    {L"root", 17, L"Register", "t-nvvnv-", L"task"},
+    {L"definition", 7, L"get info", "-", L"info"},
+    {L"definition", 9, L"get triggers", "-", L"triggers"},
+    {L"definition", 11, L"get settings", "-", L"settings"},
+    {L"definition", 15, L"get principal", "-", L"principal"},
+    {L"definition", 17, L"get actions", "-", L"actions"},
+    {L"info", 8, L"description", "t"},
+    {L"info", 10, L"author", "t"},
+    {L"principal", 8, L"principal id", "t"},
+    {L"principal", 12, L"principal user", "t"},
+    {L"principal", 14, L"logon type", "n"},
+    {L"principal", 18, L"run level", "n"},
+    {L"settings", 8, L"demand start", "f"},
+    {L"settings", 14, L"instances", "n"},
+    {L"settings", 16, L"stop on batteries", "f"},
+    {L"settings", 18, L"disallow on batteries", "f"},
+    {L"settings", 22, L"start when available", "f"},
+    {L"settings", 28, L"time limit", "t"},
+    {L"settings", 30, L"enabled", "f"},
+    {L"settings", 38, L"hidden", "f"},
+    {L"triggers", 10, L"create trigger", "n-", L"trigger"},
+    {L"trigger", 9, L"trigger id", "t"},
+    {L"trigger", 23, L"trigger user", "t"},
+    {L"actions", 12, L"create action", "n-", L"action"},
+    {L"action", 11, L"path", "t"},
+    {L"action", 13, L"arguments", "t"},
 };
 
 /// Stands in for the system's from construction to destruction, for the thread's apartment.
 class FakeTaskScheduler {
  public:
   FakeTaskScheduler() {
-    BuildService();
-    BuildDefinition();
     ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    ::CoRegisterClassObject(__uuidof(TaskScheduler), reinterpret_cast<IUnknown*>(&factory_), CLSCTX_INPROC_SERVER,
+    ::CoRegisterClassObject(__uuidof(TaskScheduler), reinterpret_cast<IUnknown*>(&Find(L"factory")), CLSCTX_INPROC_SERVER,
                             REGCLS_MULTIPLEUSE, &registration_);
     references = 0;
   }
@@ -73,130 +81,83 @@ class FakeTaskScheduler {
   long references = 0;       ///< held by the program on all objects together
 
  private:
-  using Words = FakeObject::Words;
+  using Words = const std::uintptr_t*;  ///< a call's arguments; values wider than a word by address
 
-  static std::wstring Bstr(std::uintptr_t word) { return word != 0 ? reinterpret_cast<BSTR>(word) : L"(null)"; }
-  static std::wstring Variant(std::uintptr_t word) {
-    const auto& value = *reinterpret_cast<const VARIANT*>(word);
-    if (value.vt == VT_EMPTY) return L"empty";
-    return value.vt == VT_BSTR ? L"'" + std::wstring(value.bstrVal) + L"'" : L"?";
+  /// What an interface pointer of the fake points at.
+  struct Object {
+    void* const* const functions = Table(std::make_index_sequence<64>());
+    FakeTaskScheduler* scheduler = nullptr;
+    std::wstring name;
+  };
+  template <int kPlace>
+  static HRESULT STDMETHODCALLTYPE Entry(Object* self, std::uintptr_t a, std::uintptr_t b, std::uintptr_t c, std::uintptr_t d,
+                                         std::uintptr_t e, std::uintptr_t f, std::uintptr_t g, std::uintptr_t h) {
+    const std::uintptr_t words[] = {a, b, c, d, e, f, g, h};
+    return self->scheduler->Call(*self, kPlace, words);
   }
-  static std::wstring Long(std::uintptr_t word) { return std::to_wstring(static_cast<LONG>(word)); }
+  template <std::size_t... kPlace>
+  static void* const* Table(std::index_sequence<kPlace...>) {
+    static void* const table[] = {reinterpret_cast<void*>(&Entry<int{kPlace}>)...};
+    return table;
+  }
 
+  Object& Find(const std::wstring& name) {
+    Object& object = objects_[name];
+    object.scheduler = this;
+    object.name = name;
+    return object;
+  }
+  HRESULT Give(HRESULT result, const std::wstring& object, std::uintptr_t target) {
+    if (FAILED(result)) return result;
+    *reinterpret_cast<Object**>(target) = &Find(object);
+    ++references;
+    return S_OK;
+  }
   HRESULT Note(const std::wstring& call, const std::wstring& arguments = {}) {
     log += (arguments.empty() ? call : call + L"=" + arguments) + L"\n";
     lastCall = call;
     return call == failingCall ? failure : S_OK;
   }
-  HRESULT Give(HRESULT result, FakeObject& object, std::uintptr_t target) {
-    if (FAILED(result)) return result;
-    *reinterpret_cast<FakeObject**>(target) = &object;
-    ++references;
-    return S_OK;
+  static std::wstring Text(char kind, std::uintptr_t word) {
+    if (kind == 'n') return std::to_wstring(static_cast<LONG>(word));
+    if (kind == 'f') return std::to_wstring(static_cast<short>(word));
+    if (kind == 't') return word != 0 ? reinterpret_cast<BSTR>(word) : L"(null)";
+    if (kind != 'v') return {};
+    const auto& value = *reinterpret_cast<const VARIANT*>(word);
+    return value.vt == VT_EMPTY ? L"empty" : value.vt == VT_BSTR ? L"'" + std::wstring(value.bstrVal) + L"'" : L"?";
   }
-  FakeObject& Make(const std::wstring& name) {
-    FakeObject& object = objects_.emplace_back();
-    for (int slot = 0; auto& handler : object.handlers) {
-      handler = [this, name, place = slot++](Words) { return Note(name + L" function " + std::to_wstring(place)); };
-    }
+
+  HRESULT Call(const Object& object, int place, Words words) {
     // The three functions that every interface begins with.
-    object.handlers[0] = [this, name, &object](Words words) {
+    if (place == 0) {
       const auto& wanted = *reinterpret_cast<const IID*>(words[0]);
       const bool special = wanted == __uuidof(ILogonTrigger) || wanted == __uuidof(IExecAction);
-      return Give(special ? Note(L"query " + name) : S_OK, object, words[1]);
-    };
-    object.handlers[1] = [this](Words) { return static_cast<HRESULT>(++references); };
-    object.handlers[2] = [this](Words) { return static_cast<HRESULT>(--references); };
-    return object;
+      return Give(special ? Note(L"query " + object.name) : S_OK, object.name, words[1]);
+    }
+    if (place <= 2) return static_cast<HRESULT>(references += place == 1 ? 1 : -1);
+    const auto* function = std::find_if(std::begin(kFakeFunctions), std::end(kFakeFunctions), [&](const FakeFunction& each) {
+      return each.object == object.name && each.place == place;
+    });
+    if (function == std::end(kFakeFunctions)) return Note(object.name + L" function " + std::to_wstring(place));
+    std::wstring text;
+    std::size_t count = 0;
+    for (const char* kind = function->arguments; *kind != '\0'; ++kind) {
+      const std::wstring shown = Text(*kind, words[count++]);
+      text += (text.empty() || shown.empty() ? L"" : L" ") + shown;
+    }
+    const HRESULT result = Outcome(function->name, Note(function->name, text));
+    return function->gives != nullptr ? Give(result, function->gives, words[count - 1]) : result;
   }
-  template <class Function>
-  void Text(FakeObject& object, Function function, const wchar_t* name) {
-    object[function] = [this, name](Words words) { return Note(name, Bstr(words[0])); };
-  }
-  /// A number of the property's own width; a flag is a short.
-  template <class Value, class Function>
-  void Number(FakeObject& object, Function function, const wchar_t* name) {
-    object[function] = [this, name](Words words) { return Note(name, std::to_wstring(static_cast<Value>(words[0]))); };
-  }
-  template <class Function>
-  FakeObject& Part(Function getter, const wchar_t* name) {
-    FakeObject& part = Make(name);
-    definition_[getter] = [this, name, &part](Words words) { return Give(Note(std::wstring(L"get ") + name), part, words[0]); };
-    return part;
-  }
-  template <class Function>
-  FakeObject& Created(FakeObject& collection, Function create, const wchar_t* name) {
-    FakeObject& item = Make(name);
-    collection[create] = [this, name, &item](Words words) {
-      return Give(Note(std::wstring(L"create ") + name, Long(words[0])), item, words[1]);
-    };
-    return item;
+  /// What the task's being there makes of a call, and the call of the task.
+  HRESULT Outcome(const std::wstring& call, HRESULT result) {
+    if (FAILED(result)) return result;
+    const bool existed = taskExists;
+    if (call == L"Register") taskExists = true;
+    if (call == L"DeleteTask") taskExists = false;
+    const bool needsTask = call == L"GetTask" || call == L"DeleteTask";
+    return needsTask && !existed ? HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) : result;
   }
 
-  void BuildService() {
-    FakeObject& service = Make(L"service");
-    FakeObject& root = Make(L"root");
-    FakeObject& task = Make(L"task");
-    factory_[&IClassFactory::CreateInstance] = [this, &service](Words words) { return Give(Note(L"Create"), service, words[2]); };
-    service[&ITaskService::Connect] = [this](Words words) {
-      return Note(L"Connect", Variant(words[0]) + Variant(words[1]) + Variant(words[2]) + Variant(words[3]));
-    };
-    service[&ITaskService::GetFolder] = [this, &root](Words words) {
-      return Give(Note(L"GetFolder", Bstr(words[0])), root, words[1]);
-    };
-    service[&ITaskService::NewTask] = [this](Words words) {
-      return Give(Note(L"NewTask", Long(words[0])), definition_, words[1]);
-    };
-    constexpr HRESULT kNoTask = HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
-    root[&ITaskFolder::GetTask] = [this, &task](Words words) {
-      const HRESULT result = Note(L"GetTask", Bstr(words[0]));
-      return Give(taskExists ? result : kNoTask, task, words[1]);
-    };
-    root[&ITaskFolder::DeleteTask] = [this](Words words) {
-      const HRESULT result = Note(L"DeleteTask", Bstr(words[0]) + L" " + Long(words[1]));
-      if (FAILED(result)) return result;
-      return std::exchange(taskExists, false) ? S_OK : kNoTask;
-    };
-    root[&ITaskFolder::RegisterTaskDefinition] = [this, &task](Words words) {
-      const bool ours = words[1] == reinterpret_cast<std::uintptr_t>(&definition_);
-      const HRESULT result =
-          Note(L"Register", Bstr(words[0]) + (ours ? L" " : L" another ") + Long(words[2]) + L" " + Variant(words[3]) + L" " +
-                                Variant(words[4]) + L" " + Long(words[5]) + L" " + Variant(words[6]));
-      taskExists = taskExists || SUCCEEDED(result);
-      return Give(result, task, words[7]);
-    };
-  }
-
-  void BuildDefinition() {
-    FakeObject& info = Part(&ITaskDefinition::get_RegistrationInfo, L"info");
-    Text(info, &IRegistrationInfo::put_Author, L"author");
-    Text(info, &IRegistrationInfo::put_Description, L"description");
-    FakeObject& principal = Part(&ITaskDefinition::get_Principal, L"principal");
-    Text(principal, &IPrincipal::put_Id, L"principal id");
-    Number<LONG>(principal, &IPrincipal::put_LogonType, L"logon type");
-    Number<LONG>(principal, &IPrincipal::put_RunLevel, L"run level");
-    Text(principal, &IPrincipal::put_UserId, L"principal user");
-    FakeObject& settings = Part(&ITaskDefinition::get_Settings, L"settings");
-    Number<short>(settings, &ITaskSettings::put_StartWhenAvailable, L"start when available");
-    Number<short>(settings, &ITaskSettings::put_DisallowStartIfOnBatteries, L"disallow on batteries");
-    Number<short>(settings, &ITaskSettings::put_StopIfGoingOnBatteries, L"stop on batteries");
-    Number<short>(settings, &ITaskSettings::put_AllowDemandStart, L"demand start");
-    Number<short>(settings, &ITaskSettings::put_Enabled, L"enabled");
-    Number<short>(settings, &ITaskSettings::put_Hidden, L"hidden");
-    Text(settings, &ITaskSettings::put_ExecutionTimeLimit, L"time limit");
-    Number<LONG>(settings, &ITaskSettings::put_MultipleInstances, L"instances");
-    FakeObject& triggers = Part(&ITaskDefinition::get_Triggers, L"triggers");
-    FakeObject& trigger = Created(triggers, &ITriggerCollection::Create, L"trigger");
-    Text(trigger, &ILogonTrigger::put_Id, L"trigger id");
-    Text(trigger, &ILogonTrigger::put_UserId, L"trigger user");
-    FakeObject& actions = Part(&ITaskDefinition::get_Actions, L"actions");
-    FakeObject& action = Created(actions, &IActionCollection::Create, L"action");
-    Text(action, &IExecAction::put_Path, L"path");
-    Text(action, &IExecAction::put_Arguments, L"arguments");
-  }
-
-  std::list<FakeObject> objects_;
-  FakeObject& factory_ = Make(L"factory");
-  FakeObject& definition_ = Make(L"definition");
+  std::map<std::wstring, Object> objects_;
   DWORD registration_ = 0;
 };

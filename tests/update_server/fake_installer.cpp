@@ -1,11 +1,11 @@
 // Stands for an installer: writes how it was started to the file that VANTORA_TEST_RECORD names, one item a line: its command
-// line, its working folder, its own path, and each file that it was started beside.
+// line, its working folder, and each file beside its own.
 
 #include <windows.h>
 
+#include <filesystem>
 #include <string>
 
-#include "platform/handles.h"
 #include "platform/text_file.h"
 
 int WINAPI wWinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {
@@ -15,14 +15,10 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {
   ::GetEnvironmentVariableW(L"VANTORA_TEST_RECORD", record, MAX_PATH);
   ::GetCurrentDirectoryW(MAX_PATH, workingFolder);
   ::GetModuleFileNameW(nullptr, program, MAX_PATH);
-  std::wstring text = std::wstring(::GetCommandLineW()) + L"\n" + workingFolder + L"\n" + program + L"\n";
-
-  const std::wstring path = program;
-  WIN32_FIND_DATAW entry{};
-  const UniqueFind find(::FindFirstFileW((path.substr(0, path.rfind(L'\\')) + L"\\*").c_str(), &entry));
-  do {
-    if (entry.cFileName[0] != L'.') text += std::wstring(entry.cFileName) + L"\n";
-  } while (::FindNextFileW(find.get(), &entry));
+  std::wstring text = std::wstring(::GetCommandLineW()) + L"\n" + workingFolder + L"\n";
+  for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(program).parent_path())) {
+    text += entry.path().wstring() + L"\n";
+  }
   // Under its name the record is whole: a test waits for it.
   const std::wstring unfinished = std::wstring(record) + L".new";
   if (WriteTextFile(unfinished, text) != WriteResult::kWritten) return 1;
