@@ -20,12 +20,6 @@
 
 inline constexpr wchar_t kEditorTitle[] = L"Edit Threshold Rule";
 
-/// The control with the keyboard focus of the thread that owns `window`.
-inline HWND FocusOf(HWND window) {
-  GUITHREADINFO info{sizeof(info), 0, {}, {}, {}, {}, {}, {}, {}};
-  return ::GetGUIThreadInfo(::GetWindowThreadProcessId(window, nullptr), &info) ? info.hwndFocus : nullptr;
-}
-
 inline void SelectRows(HWND list, std::initializer_list<int> rows) {
   LVITEMW item{};
   item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;

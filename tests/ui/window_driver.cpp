@@ -2,6 +2,8 @@
 
 #include <commctrl.h>
 
+#include <chrono>
+
 namespace {
 
 constexpr int kWaitMs = 10'000;
@@ -39,29 +41,17 @@ bool WaitUntil(const std::function<bool()>& condition) {
 }
 
 WindowThread::WindowThread(std::function<void()> routine)
-    : started_(::CreateEventW(nullptr, TRUE, FALSE, nullptr)), ended_(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
-  thread_ = std::thread([this, run = std::move(routine)] {
-    id_ = ::GetCurrentThreadId();
-    ::SetEvent(started_);
-    run();
-    ::SetEvent(ended_);
-  });
-  ::WaitForSingleObject(started_, INFINITE);
-}
+    : ended_(std::async(std::launch::async, [this, run = std::move(routine)] {
+        id_ = ::GetCurrentThreadId();
+        run();
+      })) {}
 
 WindowThread::~WindowThread() {
-  while (::WaitForSingleObject(ended_, 20) == WAIT_TIMEOUT) CancelWindows();
-  thread_.join();
-  ::CloseHandle(started_);
-  ::CloseHandle(ended_);
-}
-
-void WindowThread::CancelWindows() const {
   const auto cancel = [](HWND window) {
     if (::IsWindowEnabled(window)) PostCommand(window, IDCANCEL);
     return false;
   };
-  FindThreadWindow(id_, kDialogClass, cancel);
+  while (ended_.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready) FindThreadWindow(id_, kDialogClass, cancel);
 }
 
 HWND WindowThread::WaitForWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) const {
@@ -84,10 +74,16 @@ HWND WindowThread::WaitForMenu() const {
   return WaitForWindow(kMenuClass, [](HWND) { return true; });
 }
 
-bool WindowThread::WaitForEnd() const { return ::WaitForSingleObject(ended_, kWaitMs) == WAIT_OBJECT_0; }
+bool WindowThread::WaitForEnd() const { return ended_.wait_for(std::chrono::milliseconds(kWaitMs)) == std::future_status::ready; }
 
 void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
 void SendCommand(HWND dialog, int id) { ::SendMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
+
+HWND FocusOf(HWND window) {
+  GUITHREADINFO info{};
+  info.cbSize = sizeof(info);
+  return ::GetGUIThreadInfo(::GetWindowThreadProcessId(window, nullptr), &info) ? info.hwndFocus : nullptr;
+}
 
 std::wstring TextOf(HWND window) {
   std::wstring text(static_cast<std::size_t>(::SendMessageW(window, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
