@@ -7,20 +7,16 @@ namespace {
 
 class InPlaceEditTest : public MainWindowTest {
  protected:
-  [[nodiscard]] HWND Box() const { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); }
-  HWND OpenBox(int row, int column) {
+  /// Types over the cell of the row and commits with Enter.
+  void Enter(int row, int column, const wchar_t* text) {
     NotifyDoubleClick(list, row, column);
-    return Box();
+    EnterInto(Box(), text);
   }
-  bool WaitForNoBox() {
-    return WaitUntil([this] { return Box() == nullptr; });
-  }
-  /// Types over the cell and ends with the key.
-  bool Enter(int row, int column, const wchar_t* text, WPARAM key) {
-    HWND box = OpenBox(row, column);
-    ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text));
-    ::PostMessageW(box, WM_KEYDOWN, key, 0);
-    return box != nullptr && WaitForNoBox();
+  void EnterInto(HWND box, const wchar_t* text) {
+    ASSERT_NE(box, nullptr);
+    ::SetWindowTextW(box, text);
+    ::PostMessageW(box, WM_KEYDOWN, VK_RETURN, 0);
+    ASSERT_TRUE(WaitForNoBox());
   }
 };
 
@@ -37,13 +33,13 @@ TEST_F(InPlaceEditTest, EnterStoresTheCellOfEveryColumn) {
       {8, L"9", L"9"},
   };
   for (const auto& c : cases) {
-    ASSERT_TRUE(Enter(1, c.column, c.typed, VK_RETURN)) << c.column;
+    Enter(1, c.column, c.typed);
     EXPECT_EQ(Cell(list, 1, c.column), c.cell) << c.column;
     EXPECT_EQ(RuleCellText(c.column, Rules()[1]), c.cell) << c.column;
   }
   EXPECT_EQ(Rules()[1].maxCpuPercent, 12.5);
   EXPECT_EQ(Rules()[1].maxWorkingSet, 2048 * kBytesPerMb);
-  ASSERT_TRUE(Enter(1, 1, L"", VK_RETURN));
+  Enter(1, 1, L"");
   EXPECT_EQ(Rules()[1].processPattern, L"");
   EXPECT_EQ(Rules()[0], Rule(3, L"a.exe"));
   ExpectSaved();
@@ -53,7 +49,8 @@ TEST_F(InPlaceEditTest, EnterStoresTheCellOfEveryColumn) {
 TEST_F(InPlaceEditTest, SecondCellCommitsTheFirst) {
   rules.Append({Rule(3, L"a.exe")});
   Open();
-  ::SetWindowTextW(OpenBox(0, 1), L"b.exe");
+  NotifyDoubleClick(list, 0, 1);
+  ::SetWindowTextW(Box(), L"b.exe");
   // On the window's own thread, so that the first box's request is still on its way when the second opens.
   static WNDPROC listProcedure;
   listProcedure = reinterpret_cast<WNDPROC>(::SetWindowLongPtrW(
@@ -65,12 +62,8 @@ TEST_F(InPlaceEditTest, SecondCellCommitsTheFirst) {
       })));
   ::SendMessageW(list, WM_APP, 0, 0);
   ::SendMessageW(Window(), WM_NULL, 0, 0);
-  HWND second = Box();
-  ASSERT_NE(second, nullptr);
   EXPECT_EQ(Rules()[0].processPattern, L"b.exe");
-  ::SetWindowTextW(second, L"77");
-  ::PostMessageW(second, WM_KEYDOWN, VK_RETURN, 0);
-  ASSERT_TRUE(WaitForNoBox());
+  EnterInto(Box(), L"77");
   EXPECT_EQ(Rules()[0].maxHandles, 77U);
   ExpectSaved();
 }
@@ -78,11 +71,9 @@ TEST_F(InPlaceEditTest, SecondCellCommitsTheFirst) {
 TEST_F(InPlaceEditTest, RuleThatIsGoneIsDropped) {
   rules.Append({Rule(3, L"a.exe"), Rule(5, L"b.exe")});
   Open();
-  HWND box = OpenBox(0, 1);
+  NotifyDoubleClick(list, 0, 1);
   rules.Remove({3});
-  ::SetWindowTextW(box, L"c.exe");
-  ::PostMessageW(box, WM_KEYDOWN, VK_RETURN, 0);
-  ASSERT_TRUE(WaitForNoBox());
+  EnterInto(Box(), L"c.exe");
   NotifyDoubleClick(list, 0, 0);
   EXPECT_EQ(Rules(), RuleList{Rule(5, L"b.exe")});
   ExpectSaved();

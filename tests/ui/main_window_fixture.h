@@ -30,15 +30,6 @@ inline void SelectRows(HWND list, std::initializer_list<int> rows) {
   }
 }
 
-/// In the list's client coordinates.
-inline RECT CellRectOf(HWND list, int row, int column) {
-  RECT rect{};
-  rect.left = LVIR_BOUNDS;
-  rect.top = column;
-  ::SendMessageW(list, LVM_GETSUBITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&rect));
-  return rect;
-}
-
 /// The notification that a double click on the cell sends; row -1: below the rows.
 inline void NotifyDoubleClick(HWND list, int row, int column) {
   NMITEMACTIVATE click{};
@@ -92,16 +83,20 @@ class MainWindowTest : public testing::Test, protected TestProgram {
   [[nodiscard]] HWND Window() const { return program.MainDialogHandle; }
   [[nodiscard]] HWND Item(int id) const { return ::GetDlgItem(Window(), id); }
 
-  /// What the next start of the program would load.
-  [[nodiscard]] RuleList SavedRules() const {
-    RuleStore saved([] { return std::wstring(); });
-    (void)saved.Load(folder.File(L"rules.csv"));
-    return *saved.Snapshot();
-  }
   [[nodiscard]] RuleList Rules() const { return *rules.Snapshot(); }
 
-  /// The rules file follows every change at once; no test may find it behind.
-  void ExpectSaved() const { EXPECT_EQ(SavedRules(), Rules()); }
+  /// The rules file follows every change at once: the next start of the program would load what is shown.
+  void ExpectSaved() const {
+    RuleStore saved([] { return std::wstring(); });
+    EXPECT_TRUE(saved.Load(folder.File(L"rules.csv")));
+    EXPECT_EQ(*saved.Snapshot(), Rules());
+  }
+
+  /// The in-place edit box; null when none is open.
+  [[nodiscard]] HWND Box() const { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); }
+  bool WaitForNoBox() {
+    return WaitUntil([this] { return Box() == nullptr; });
+  }
 
   HWND list = nullptr;
 

@@ -8,23 +8,20 @@
 namespace {
 
 TEST(NumberText, IntegersOfCellsAndFields) {
-  struct Case {
+  const struct {
     const wchar_t* text;
     std::uint32_t cell;
     std::uint32_t field;
-  };
-  const Case cases[] = {
-      {L"", 0, 0},
-      {L"abc", 0, 0},
-      {L"12abc", 12, 12},
-      {L" \t 7 8", 7, 7},
-      {L"+-5", 0, 0},
-      {L"0x10", 0, 0},
-      {L"4294967296", 4294967295U, 4294967295U},
-      {L"-5", 4294967291U, 0},
-      {L"-99999999999", 2147483648U, 0},
-  };
-  for (const Case& c : cases) {
+  } cases[] = {{L"", 0, 0},
+               {L"abc", 0, 0},
+               {L"12abc", 12, 12},
+               {L" \t 7 8", 7, 7},
+               {L"+-5", 0, 0},
+               {L"0x10", 0, 0},
+               {L"-5", 4294967291U, 0},
+               {L"4294967296", 4294967295U, 4294967295U},
+               {L"-99999999999", 2147483648U, 0}};
+  for (const auto& c : cases) {
     EXPECT_EQ(ReadCellInteger(c.text), c.cell) << testing::PrintToString(std::wstring(c.text));
     EXPECT_EQ(ReadFieldInteger(c.text), c.field) << testing::PrintToString(std::wstring(c.text));
   }
