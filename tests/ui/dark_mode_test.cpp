@@ -5,8 +5,9 @@
 #include <uxtheme.h>
 
 #include <algorithm>
-#include <optional>
+#include <array>
 
+#include "platform/handles.h"
 #include "res/resource.h"
 #include "tests/ui/theme_recorder.h"
 #include "ui/dark_menu_bar.h"
@@ -15,67 +16,55 @@
 namespace {
 
 /// One of the program's dialogs, without the program's code behind it.
-class TestDialog {
- public:
+struct TestDialog {
   explicit TestDialog(WORD templateId = IDD_RULE_EDITOR)
-      : window_(::CreateDialogParamW(
+      : window(::CreateDialogParamW(
             ::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(templateId), nullptr,
             [](HWND, UINT message, WPARAM, LPARAM) -> INT_PTR { return message == WM_INITDIALOG; }, 0)) {}
-  ~TestDialog() { ::DestroyWindow(window_); }
-  TestDialog(const TestDialog&) = delete;
-  TestDialog& operator=(const TestDialog&) = delete;
-  [[nodiscard]] HWND Window() const { return window_; }
-  [[nodiscard]] HWND Item(int id) const { return ::GetDlgItem(window_, id); }
-  [[nodiscard]] HWND Add(const wchar_t* className, DWORD style, int id) const {
-    return ::CreateWindowExW(0, className, L"x", WS_CHILD | style, 0, 0, 20, 20, window_,
-                             reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
+  [[nodiscard]] HWND Window() const { return window.get(); }
+  [[nodiscard]] HWND Item(int id) const { return ::GetDlgItem(Window(), id); }
+  [[nodiscard]] HWND Add(const wchar_t* className, DWORD style) const {
+    return ::CreateWindowExW(0, className, L"x", WS_CHILD | style, 0, 0, 20, 20, Window(),
+                             reinterpret_cast<HMENU>(INT_PTR{kAddedId}), nullptr, nullptr);
   }
 
- private:
-  HWND window_;
-};
-
-/// A device context in memory.
-struct MemoryDc {
-  MemoryDc() : dc(::CreateCompatibleDC(nullptr)) {}
-  ~MemoryDc() { ::DeleteDC(dc); }
-  MemoryDc(const MemoryDc&) = delete;
-  MemoryDc& operator=(const MemoryDc&) = delete;
-  HDC dc;
+  static constexpr int kAddedId = 3000;
+  Unique<HWND, ::DestroyWindow> window;
 };
 
 TEST(DarkMode, IsAvailableWithEveryRequiredEntry) {
+  // Whether dark mode works without the entry: on builds before 18362 and from it on.
   const struct {
-    const char* name;
-    unsigned build;
+    const char* missing;
     void (*takeAway)(ThemeEntryPoints&);
-    bool available;
+    bool works[2];
   } cases[] = {
-      {"whole", 19045, [](ThemeEntryPoints&) {}, true},
-      {"49", 19045, [](ThemeEntryPoints& e) { e.openNonClientTheme = nullptr; }, false},
-      {"104", 19045, [](ThemeEntryPoints& e) { e.refreshColorPolicy = nullptr; }, false},
-      {"106", 19045, [](ThemeEntryPoints& e) { e.refreshHighContrast = nullptr; }, true},
-      {"132", 19045, [](ThemeEntryPoints& e) { e.systemAsksForDark = nullptr; }, false},
-      {"133", 19045, [](ThemeEntryPoints& e) { e.allowForWindow = nullptr; }, false},
-      {"135, newer form", 18362, [](ThemeEntryPoints& e) { e.setApplicationMode = nullptr; }, false},
-      {"135, older form not needed", 18362, [](ThemeEntryPoints& e) { e.allowForApplication = nullptr; }, true},
-      {"135, older form", 18361, [](ThemeEntryPoints& e) { e.allowForApplication = nullptr; }, false},
-      {"135, newer form not there yet", 18361, [](ThemeEntryPoints& e) { e.setApplicationMode = nullptr; }, true},
-      {"137", 19045, [](ThemeEntryPoints& e) { e.isAllowedForWindow = nullptr; }, false},
-      {"composition", 19045, [](ThemeEntryPoints& e) { e.setComposition = nullptr; }, true},
+      {"none", [](ThemeEntryPoints&) {}, {true, true}},
+      {"49", [](ThemeEntryPoints& e) { e.openNonClientTheme = nullptr; }, {false, false}},
+      {"104", [](ThemeEntryPoints& e) { e.refreshColorPolicy = nullptr; }, {false, false}},
+      {"106", [](ThemeEntryPoints& e) { e.refreshHighContrast = nullptr; }, {true, true}},
+      {"132", [](ThemeEntryPoints& e) { e.systemAsksForDark = nullptr; }, {false, false}},
+      {"133", [](ThemeEntryPoints& e) { e.allowForWindow = nullptr; }, {false, false}},
+      {"135, older form", [](ThemeEntryPoints& e) { e.allowForApplication = nullptr; }, {false, true}},
+      {"135, newer form", [](ThemeEntryPoints& e) { e.setApplicationMode = nullptr; }, {true, false}},
+      {"137", [](ThemeEntryPoints& e) { e.isAllowedForWindow = nullptr; }, {false, false}},
+      {"composition", [](ThemeEntryPoints& e) { e.setComposition = nullptr; }, {true, true}},
   };
-  const ThemeRecorder recorder;
   for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    ThemeEntryPoints entries = ThemeRecorder::EntryPoints();
-    c.takeAway(entries);
-    ThemeRecorder::notes = {};
-    SetThemeEntryPointsForTest(entries, c.build);
-    EXPECT_EQ(DarkModeAvailable(), c.available);
-    EXPECT_EQ(DarkModeOn(), c.available);
-    EXPECT_EQ(recorder->applicationModes, c.available && c.build >= 18362 ? 1 : 0);
-    EXPECT_EQ(recorder->applicationAllowances, c.available && c.build < 18362 ? 1 : 0);
-    EXPECT_EQ(recorder->colorRefreshes, c.available ? 1 : 0);
+    for (const bool newer : {false, true}) {
+      SCOPED_TRACE(testing::Message() << c.missing << (newer ? ", newer build" : ", older build"));
+      const ThemeRecorder recorder;
+      ThemeRecorder::notes = {};
+      ThemeEntryPoints entries = ThemeRecorder::EntryPoints();
+      c.takeAway(entries);
+      SetThemeEntryPointsForTest(entries, newer ? 18362 : 18361);
+      const bool works = c.works[newer ? 1 : 0];
+      EXPECT_EQ(DarkModeAvailable(), works);
+      EXPECT_EQ(DarkModeOn(), works);
+      EXPECT_EQ(recorder->applicationModes, works && newer ? 1 : 0);
+      EXPECT_EQ(recorder->applicationAllowances, works && !newer ? 1 : 0);
+      EXPECT_EQ(recorder->colorRefreshes, works ? 1 : 0);
+    }
   }
 }
 
@@ -104,42 +93,29 @@ TEST(DarkMode, IsDecidedAtStartButTitleBarsFollowWhatIsAskedForNow) {
   }
 }
 
-struct ColorAnswer {
-  COLORREF text;
-  COLORREF background;
-  std::optional<COLORREF> brush;
-};
-
-ColorAnswer AskColors(HWND dialog, UINT message) {
-  const MemoryDc memory;
-  const LRESULT brush = ::SendMessageW(dialog, message, reinterpret_cast<WPARAM>(memory.dc), 0);
-  ColorAnswer answer{::GetTextColor(memory.dc), ::GetBkColor(memory.dc), std::nullopt};
+/// Asks the dialog for a control's colours as the control does: text, background and the brush's colour.
+std::array<COLORREF, 3> AskColors(HWND dialog, UINT message, HWND control = nullptr) {
+  const WindowDc dc(nullptr);
+  const auto brush = reinterpret_cast<HGDIOBJ>(
+      ::SendMessageW(dialog, message, reinterpret_cast<WPARAM>(dc.Get()), reinterpret_cast<LPARAM>(control)));
   LOGBRUSH description{};
-  if (brush != 0 && ::GetObjectW(reinterpret_cast<HBRUSH>(brush), sizeof(description), &description) != 0) {
-    answer.brush = description.lbColor;
-  }
-  return answer;
+  ::GetObjectW(brush, sizeof(description), &description);
+  if (brush == ::GetStockObject(DC_BRUSH)) description.lbColor = ::GetDCBrushColor(dc.Get());
+  // Some systems' link control deletes the brush that it is given.
+  if (control != nullptr) ::DeleteObject(brush);
+  return {::GetTextColor(dc.Get()), ::GetBkColor(dc.Get()), description.lbColor};
 }
 
-TEST(DarkDialog, AnswersEveryColourQuestion) {
+TEST(DarkDialog, AnswersEveryColourQuestionAlsoAfterALinkHasDeletedItsBrush) {
+  constexpr std::array<COLORREF, 3> kExpected = {0xE0E0E0, 0x203040, 0x203040};
   const ThemeRecorder recorder;
   const TestDialog dialog;
-  HWND link = dialog.Add(WC_LINK, 0, 3000);
-  ASSERT_NE(link, nullptr);
-  ApplyDarkModeToDialog(dialog.Window(), 0xE0E0E0, 0x203040, {});
-  // Some systems' link control deletes the brush that it is given. The dialog must not lose its own by that.
-  const MemoryDc memory;
+  HWND link = dialog.Add(WC_LINK, 0);
+  ApplyDarkModeToDialog(dialog.Window(), kExpected[0], kExpected[1], {});
   for (UINT message = WM_CTLCOLORMSGBOX; message <= WM_CTLCOLORSTATIC; ++message) {
-    const LRESULT lent =
-        ::SendMessageW(dialog.Window(), message, reinterpret_cast<WPARAM>(memory.dc), reinterpret_cast<LPARAM>(link));
-    EXPECT_EQ(::GetObjectType(reinterpret_cast<HGDIOBJ>(lent)), DWORD{OBJ_BRUSH});
-    EXPECT_EQ(::GetDCBrushColor(memory.dc), 0x203040u);
-    ::DeleteObject(reinterpret_cast<HGDIOBJ>(lent));
-
-    const ColorAnswer answer = AskColors(dialog.Window(), message);
-    EXPECT_EQ(answer.text, 0xE0E0E0u) << message;
-    EXPECT_EQ(answer.background, 0x203040u) << message;
-    EXPECT_EQ(answer.brush, COLORREF{0x203040}) << message;
+    for (HWND control : {HWND{nullptr}, link, link, HWND{nullptr}}) {
+      EXPECT_EQ(AskColors(dialog.Window(), message, control), kExpected) << message;
+    }
   }
 }
 
@@ -151,8 +127,8 @@ TEST(DarkDialog, LeavesColoursAloneWhenOffOrUnavailable) {
     const TestDialog dialog;
     const int ids[] = {IDOK};
     ApplyDarkModeToDialog(dialog.Window(), 0xE0E0E0, 0x202020, ids, DarkMenuBar::kDraw);
-    EXPECT_NE(AskColors(dialog.Window(), WM_CTLCOLORSTATIC).text, 0xE0E0E0u);
-    EXPECT_NE(AskColors(dialog.Window(), WM_CTLCOLORDLG).brush, COLORREF{0x202020});
+    EXPECT_NE(AskColors(dialog.Window(), WM_CTLCOLORSTATIC)[0], 0xE0E0E0u);
+    EXPECT_NE(AskColors(dialog.Window(), WM_CTLCOLORDLG)[2], 0x202020u);
     ::SendMessageW(dialog.Window(), WM_THEMECHANGED, 0, 0);
     ::SendMessageW(dialog.Window(), WM_SETTINGCHANGE, 0, reinterpret_cast<LPARAM>(L"ImmersiveColorSet"));
     // Off still themes the listed controls, as light ones; unavailable calls nothing at all.
@@ -164,18 +140,16 @@ TEST(DarkDialog, LeavesColoursAloneWhenOffOrUnavailable) {
 }
 
 TEST(DarkDialog, GivesEveryKindOfControlItsTheme) {
-  struct Setting {
-    const char* name;
+  const struct {
     unsigned build;
     bool dark;
     bool listed;
     DWORD extraStyle;
-  };
-  constexpr Setting kSettings[] = {{"listed, while dark mode is off", 19045, false, true, 0},
-                                   {"not listed, while dark mode is off", 19045, false, false, 0},
-                                   {"any child", 19045, true, false, 0},
-                                   {"a disabled child", 19045, true, false, WS_DISABLED},
-                                   {"any child on a newer build", 22000, true, false, 0}};
+  } settings[] = {{19045, false, true, 0},
+                  {19045, false, false, 0},
+                  {19045, true, false, 0},
+                  {19045, true, false, WS_DISABLED},
+                  {22000, true, false, 0}};
   const struct {
     const wchar_t* className;
     DWORD style;
@@ -194,16 +168,15 @@ TEST(DarkDialog, GivesEveryKindOfControlItsTheme) {
       {L"Edit", 0, "n----"},
       {L"Static", 0, "n----"},
   };
-  constexpr int kId = 3000;
   for (const auto& control : controls) {
-    for (std::size_t i = 0; i < std::size(kSettings); ++i) {
-      const Setting& setting = kSettings[i];
+    for (std::size_t i = 0; i < std::size(settings); ++i) {
+      const auto& setting = settings[i];
       SCOPED_TRACE(testing::Message() << "style " << control.style << " of a "
-                                      << testing::PrintToString(std::wstring(control.className)) << ", " << setting.name);
+                                      << testing::PrintToString(std::wstring(control.className)) << " in setting " << i);
       const ThemeRecorder recorder(setting.build, setting.dark);
       const TestDialog dialog(IDD_EXCLUSIONS);
-      HWND window = dialog.Add(control.className, control.style | setting.extraStyle, kId);
-      const int ids[] = {setting.listed ? kId : 3001};
+      HWND window = dialog.Add(control.className, control.style | setting.extraStyle);
+      const int ids[] = {setting.listed ? TestDialog::kAddedId : 3001};
       ApplyDarkModeToDialog(dialog.Window(), 0xE0E0E0, 0x202020, ids);
       const char theme = control.themes[i];
       EXPECT_EQ(recorder->ThemeOf(window), theme == 'E' ? L"Explorer" : theme == 'n' ? L"" : L"-");
@@ -216,132 +189,88 @@ TEST(DarkDialog, GivesEveryKindOfControlItsTheme) {
 TEST(DarkDialog, RefreshesBySettingChange) {
   const struct {
     const wchar_t* setting;
-    bool colors;
-  } cases[] = {{L"ImmersiveColorSet", true}, {L"IMMERSIVECOLORSET", true}, {L"ImmersiveColorSets", false}, {nullptr, false}};
-  for (const bool hasContrastEntry : {true, false}) {
-    for (const auto& c : cases) {
-      const ThemeRecorder recorder;
-      ThemeEntryPoints entries = ThemeRecorder::EntryPoints();
-      if (!hasContrastEntry) entries.refreshHighContrast = nullptr;
-      SetThemeEntryPointsForTest(entries, 19045);
-      const TestDialog dialog;
-      const int ids[] = {IDOK};
-      ApplyDarkModeToDialog(dialog.Window(), 0xE0E0E0, 0x202020, ids);
-      ThemeRecorder::notes = {};
-      ::SendMessageW(dialog.Window(), WM_SETTINGCHANGE, 0, reinterpret_cast<LPARAM>(c.setting));
-      EXPECT_EQ(recorder->colorRefreshes, c.colors ? 1 : 0);
-      EXPECT_EQ(recorder->contrastRefreshes, hasContrastEntry ? 1 : 0);
-      EXPECT_EQ(recorder->composed.size(), c.colors ? 1u : 0u);
-      EXPECT_EQ(recorder->ThemeOf(dialog.Item(IDOK)), c.colors ? L"Explorer" : L"-");
-    }
+    bool hasContrastEntry;
+    bool refreshesColors;
+  } cases[] = {{L"ImmersiveColorSet", true, true},
+               {L"IMMERSIVECOLORSET", false, true},
+               {L"ImmersiveColorSets", true, false},
+               {L"Environment", false, false},
+               {nullptr, true, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    const ThemeRecorder recorder;
+    ThemeEntryPoints entries = ThemeRecorder::EntryPoints();
+    if (!c.hasContrastEntry) entries.refreshHighContrast = nullptr;
+    SetThemeEntryPointsForTest(entries, 19045);
+    const TestDialog dialog;
+    const int ids[] = {IDOK};
+    ApplyDarkModeToDialog(dialog.Window(), 0xE0E0E0, 0x202020, ids);
+    ThemeRecorder::notes = {};
+    ::SendMessageW(dialog.Window(), WM_SETTINGCHANGE, 0, reinterpret_cast<LPARAM>(c.setting));
+    EXPECT_EQ(recorder->colorRefreshes, c.refreshesColors ? 1 : 0);
+    EXPECT_EQ(recorder->contrastRefreshes, c.hasContrastEntry ? 1 : 0);
+    EXPECT_EQ(recorder->composed.size(), c.refreshesColors ? 1u : 0u);
+    EXPECT_EQ(recorder->ThemeOf(dialog.Item(IDOK)), c.refreshesColors ? L"Explorer" : L"-");
   }
 }
 
-/// The alert log's list, whose header is drawn by asking it as the header does.
-class DarkListViewTest : public testing::Test {
- protected:
-  static constexpr COLORREF kUntouched = 0x123456;
-
-  /// The text colour of one drawing stage.
-  COLORREF DrawHeader(DWORD stage, LRESULT expectedAnswer) const {
-    const MemoryDc memory;
-    ::SetTextColor(memory.dc, kUntouched);
-    NMCUSTOMDRAW draw{};
-    draw.hdr = {header_, 0, NM_CUSTOMDRAW};
-    draw.dwDrawStage = stage;
-    draw.hdc = memory.dc;
-    EXPECT_EQ(::SendMessageW(list_, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&draw)), expectedAnswer);
-    return ::GetTextColor(memory.dc);
+/// The text colour in which the list has an item of its header drawn; 0x123456 where it leaves that alone.
+COLORREF HeaderTextColor(HWND list) {
+  const WindowDc dc(nullptr);
+  ::SetTextColor(dc.Get(), 0x123456);
+  NMCUSTOMDRAW draw{};
+  draw.hdr.code = NM_CUSTOMDRAW;
+  draw.hdc = dc.Get();
+  for (const auto& [stage, answer] : {std::pair{CDDS_PREPAINT, CDRF_NOTIFYITEMDRAW}, {CDDS_ITEMPREPAINT, CDRF_DODEFAULT}}) {
+    draw.dwDrawStage = static_cast<DWORD>(stage);
+    EXPECT_EQ(::SendMessageW(list, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&draw)), answer);
   }
-  COLORREF DrawHeaderItem() const { return DrawHeader(CDDS_ITEMPREPAINT, CDRF_DODEFAULT); }
+  return ::GetTextColor(dc.Get());
+}
 
-  TestDialog dialog_{IDD_ALERT_LOG};
-  HWND list_ = dialog_.Item(IDC_ALERT_LIST);
-  HWND header_ = reinterpret_cast<HWND>(::SendMessageW(list_, LVM_GETHEADER, 0, 0));
-};
-
-TEST_F(DarkListViewTest, DrawsItsHeaderInTheThemesColour) {
+TEST(DarkListView, DrawsItsHeaderInTheThemesColourWhileDarkIsAskedFor) {
   ASSERT_TRUE(::IsThemeActive()) << "this system has no theme to show the colour with";
+  for (const bool darkAtStart : {true, false}) {
+    const ThemeRecorder recorder(19045, darkAtStart);
+    const TestDialog dialog(IDD_ALERT_LOG);
+    HWND list = dialog.Item(IDC_ALERT_LIST);
+    HWND header = reinterpret_cast<HWND>(::SendMessageW(list, LVM_GETHEADER, 0, 0));
+    ApplyDarkModeToListView(list);
+    EXPECT_EQ(recorder->ThemeOf(list), L"ItemsView");
+    EXPECT_EQ(recorder->ThemeOf(header), L"ItemsView");
+    EXPECT_EQ(::SendMessageW(list, LVM_GETTEXTCOLOR, 0, 0) == LRESULT{0xE0E0E0}, darkAtStart);
+    EXPECT_EQ(HeaderTextColor(list), darkAtStart ? 0u : 0x123456u);  // no theme change yet: the cell as it was made
+    recorder->asksForDark = recorder->highContrast = true;
+    EXPECT_EQ(HeaderTextColor(list), darkAtStart ? 0u : 0x123456u);
+    recorder->highContrast = false;
+    EXPECT_EQ(HeaderTextColor(list), 0u);
+
+    recorder->allowed.clear();
+    ::SendMessageW(list, WM_THEMECHANGED, 0, 0);
+    EXPECT_EQ(recorder->allowed, (std::vector<std::pair<HWND, bool>>{{list, darkAtStart}, {header, darkAtStart}}));
+    auto expected = static_cast<COLORREF>(::SendMessageW(list, LVM_GETTEXTCOLOR, 0, 0));
+    if (HTHEME theme = ::OpenThemeData(header, L"Header")) {
+      ::GetThemeColor(theme, 1, 0, 3803, &expected);
+      ::CloseThemeData(theme);
+    }
+    EXPECT_EQ(HeaderTextColor(list), expected);
+  }
+}
+
+TEST(DarkMenuBar, IsDrawnWithItsItemsWhileDarkIsAskedFor) {
   const ThemeRecorder recorder;
-  ApplyDarkModeToListView(list_);
-  EXPECT_EQ(recorder->ThemeOf(list_), L"ItemsView");
-  EXPECT_EQ(recorder->ThemeOf(header_), L"ItemsView");
-  EXPECT_EQ(DrawHeader(CDDS_PREPAINT, CDRF_NOTIFYITEMDRAW), kUntouched);
-  EXPECT_EQ(DrawHeaderItem(), 0u);  // no theme change yet: the cell as it was made
-
-  recorder->allowed.clear();
-  ::SendMessageW(list_, WM_THEMECHANGED, 0, 0);
-  EXPECT_EQ(recorder->allowed, (std::vector<std::pair<HWND, bool>>{{list_, true}, {header_, true}}));
-  COLORREF expected = 0xE0E0E0;
-  if (HTHEME theme = ::OpenThemeData(header_, L"Header")) {
-    ::GetThemeColor(theme, 1, 0, 3803, &expected);
-    ::CloseThemeData(theme);
-  }
-  EXPECT_EQ(DrawHeaderItem(), expected);
-}
-
-TEST_F(DarkListViewTest, LightHeaderStaysUnlessTheSystemAsksNow) {
-  const ThemeRecorder recorder(19045, false);
-  ApplyDarkModeToListView(list_);
-  EXPECT_NE(::SendMessageW(list_, LVM_GETTEXTCOLOR, 0, 0), 0xE0E0E0);
-  EXPECT_EQ(DrawHeaderItem(), kUntouched);
-  recorder->asksForDark = recorder->highContrast = true;
-  EXPECT_EQ(DrawHeaderItem(), kUntouched);
-  recorder->highContrast = false;
-  EXPECT_EQ(DrawHeaderItem(), 0u);
-}
-
-/// The main window's resource with its menu, and a memory context to draw into.
-class MenuBarTest : public testing::Test {
- protected:
-  MenuBarTest() {
-    ::SetMenu(dialog_.Window(), menu_);
-    ApplyDarkModeToDialog(dialog_.Window(), 0xE0E0E0, 0x202020, {}, DarkMenuBar::kDraw);
-  }
-  LRESULT DrawBar() const {
-    MenuBarDraw draw{menu_, memory_.dc, 0};
-    return ::SendMessageW(dialog_.Window(), kDrawMenuBar, 0, reinterpret_cast<LPARAM>(&draw));
-  }
-  LRESULT DrawItem(UINT state) const {
-    MenuBarItemDraw draw{};
-    draw.item.itemState = state;
-    draw.item.rcItem = {10, 20, 60, 40};
-    draw.bar = {menu_, memory_.dc, 0};
-    draw.position = 1;
-    return ::SendMessageW(dialog_.Window(), kDrawMenuBarItem, 0, reinterpret_cast<LPARAM>(&draw));
-  }
-
-  ThemeRecorder recorder_;
-  TestDialog dialog_{IDD_MAIN};
-  HMENU menu_ = ::LoadMenuW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_MAIN_MENU));
-  MemoryDc memory_;
-};
-
-TEST_F(MenuBarTest, DrawsTheBarOnePixelHigherThanItIsAndOnlyWhileDarkIsAskedFor) {
-  EXPECT_EQ(DrawBar(), 0);
-  MENUBARINFO info{};
-  info.cbSize = sizeof(info);
-  RECT window{};
-  ASSERT_TRUE(::GetMenuBarInfo(dialog_.Window(), OBJID_MENU, 0, &info) && ::GetWindowRect(dialog_.Window(), &window));
-  RECT expected = info.rcBar;
-  ::OffsetRect(&expected, -window.left, -window.top);
-  expected.top -= 1;
-  ASSERT_EQ(recorder_->backgrounds.size(), 1u);
-  const auto& drawn = recorder_->backgrounds[0];
-  EXPECT_TRUE(drawn.dc == memory_.dc && drawn.part == 14 && drawn.state == 1);
-  EXPECT_TRUE(::EqualRect(&drawn.rect, &expected));
-
-  recorder_->asksForDark = false;
-  DrawBar();
-  DrawItem(0);
-  EXPECT_EQ(recorder_->backgrounds.size(), 1u);
-  recorder_->asksForDark = true;
-  ::SendMessageW(dialog_.Window(), WM_THEMECHANGED, 0, 0);
-  DrawItem(0);
-  EXPECT_EQ(recorder_->backgrounds.size(), 2u);
-}
-
-TEST_F(MenuBarTest, DrawsEachItemInItsState) {
+  const TestDialog dialog(IDD_MAIN);
+  HMENU menu = ::LoadMenuW(::GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_MAIN_MENU));
+  ::SetMenu(dialog.Window(), menu);
+  ApplyDarkModeToDialog(dialog.Window(), 0xE0E0E0, 0x202020, {}, DarkMenuBar::kDraw);
+  const WindowDc dc(nullptr);
+  MenuBarDraw bar{menu, dc.Get(), 0};
+  const auto drawItem = [&](UINT state) {
+    MenuBarItemDraw item{{}, bar, 1};
+    item.item.itemState = state;
+    item.item.rcItem = {10, 20, 60, 40};
+    EXPECT_EQ(::SendMessageW(dialog.Window(), kDrawMenuBarItem, 0, reinterpret_cast<LPARAM>(&item)), 0);
+  };
   const struct {
     UINT itemState;
     int state;
@@ -355,17 +284,36 @@ TEST_F(MenuBarTest, DrawsEachItemInItsState) {
                {ODS_NOACCEL, 0}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.itemState);
-    recorder_->backgrounds.clear();
-    recorder_->texts.clear();
-    EXPECT_EQ(DrawItem(c.itemState), 0);
-    ASSERT_TRUE(recorder_->backgrounds.size() == 1 && recorder_->texts.size() == 1);
-    const auto& text = recorder_->texts[0];
-    EXPECT_EQ(recorder_->backgrounds[0].state, c.state);
+    drawItem(c.itemState);
+    const auto& text = recorder->texts.back();
+    EXPECT_EQ(recorder->backgrounds.back().state, c.state);
     EXPECT_EQ(text.state, c.state);
     EXPECT_EQ(text.text, L"&Rules");
     EXPECT_EQ(text.flags, DT_CENTER | DT_VCENTER | DT_SINGLELINE | (c.itemState == ODS_NOACCEL ? DT_HIDEPREFIX : 0u));
-    EXPECT_TRUE(text.part == 14 && text.rect.right == 60 && text.dc == memory_.dc);
+    EXPECT_TRUE(text.part == 14 && text.rect.right == 60 && text.dc == dc.Get());
   }
+
+  // The bar itself is drawn one pixel higher than it is.
+  const auto drawBar = [&] { ::SendMessageW(dialog.Window(), kDrawMenuBar, 0, reinterpret_cast<LPARAM>(&bar)); };
+  drawBar();
+  MENUBARINFO info{};
+  info.cbSize = sizeof(info);
+  RECT window{};
+  ASSERT_TRUE(::GetMenuBarInfo(dialog.Window(), OBJID_MENU, 0, &info) && ::GetWindowRect(dialog.Window(), &window));
+  ::OffsetRect(&info.rcBar, -window.left, -window.top);
+  info.rcBar.top -= 1;
+  const auto& drawn = recorder->backgrounds.back();
+  EXPECT_TRUE(drawn.dc == dc.Get() && drawn.part == 14 && drawn.state == 1);
+  EXPECT_TRUE(::EqualRect(&drawn.rect, &info.rcBar));
+
+  recorder->asksForDark = false;
+  drawBar();
+  drawItem(0);
+  EXPECT_EQ(recorder->backgrounds.size(), std::size(cases) + 1);
+  recorder->asksForDark = true;
+  ::SendMessageW(dialog.Window(), WM_THEMECHANGED, 0, 0);
+  drawItem(0);
+  EXPECT_EQ(recorder->backgrounds.size(), std::size(cases) + 2);
 }
 
 TEST(DarkScrollBar, OpensTheThemedBarForThePlainOne) {

@@ -8,14 +8,13 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
-#include <memory>
 #include <new>
-#include <ostream>
 #include <vector>
 
 #include "app/messages.h"
@@ -44,74 +43,51 @@ void operator delete(void* block, std::size_t) noexcept { operator delete(block)
 
 namespace {
 
-struct LeakCount {
-  unsigned gdiObjects = 0;
-  unsigned handles = 0;
-  std::size_t bytes = 0;
-  bool operator==(const LeakCount&) const = default;
-};
-
-void PrintTo(const LeakCount& count, std::ostream* out) {
-  *out << count.gdiObjects << " GDI objects, " << count.handles << " handles, " << count.bytes << " bytes";
-}
+/// GDI objects, kernel handles, bytes.
+using LeakCount = std::array<std::size_t, 3>;
 
 template <class Function>
 Function NtdllFunction(const char* name) {
   return reinterpret_cast<Function>(reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), name)));
 }
 
-/// Non-empty entries of the process's GDI handle table, found through the process environment block.
-unsigned CountGdiTableEntries() {
+// The system's own counts are 0 on some compatible systems; there the tables behind them are read.
+
+/// Or the non-empty entries of the process's table, found through the process environment block.
+std::size_t CountGdiObjects() {
   struct Entry {
     void* object;
     std::uint16_t owner[3];
     std::uint16_t type;
     void* user;
   };
-  constexpr std::size_t kTableOffset = 0xF8;
-  constexpr std::size_t kTableEntries = 0x10000;
-  const std::byte* peb = NtdllFunction<const std::byte*(NTAPI*)()>("RtlGetCurrentPeb")();
-  const auto* table = *reinterpret_cast<const Entry* const*>(peb + kTableOffset);
+  if (const DWORD told = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS)) return told;
+  const auto* block = NtdllFunction<const std::byte*(NTAPI*)()>("RtlGetCurrentPeb")();
+  const auto* table = *reinterpret_cast<const Entry* const*>(block + 0xF8);
   MEMORY_BASIC_INFORMATION memory{};
-  if (table == nullptr || ::VirtualQuery(table, &memory, sizeof(memory)) == 0) return 0;
+  ::VirtualQuery(table, &memory, sizeof(memory));
   const auto* end = reinterpret_cast<const Entry*>(static_cast<const std::byte*>(memory.BaseAddress) + memory.RegionSize);
-  end = std::min(end, table + kTableEntries);
-  return static_cast<unsigned>(std::count_if(table, end, [](const Entry& entry) { return entry.type != 0; }));
+  const auto used = [](const Entry& entry) { return entry.type != 0; };
+  return static_cast<std::size_t>(std::count_if(table, std::min(end, table + 0x10000), used));
 }
 
-/// This process's rows of the system-wide handle list.
-unsigned CountHandleListEntries() {
+/// Or this process's rows of the system-wide list.
+std::size_t CountHandles() {
   struct Entry {
     std::uint16_t processId;
     std::uint16_t details[3];
     void* object;
     std::uint32_t access;
   };
-  constexpr int kSystemHandleInformation = 16;
-  constexpr std::size_t kFirstEntry = 8;
+  DWORD told = 0;
+  if (::GetProcessHandleCount(::GetCurrentProcess(), &told) && told != 0) return told;
+  std::vector<Entry> list(200'000);
   const auto query = NtdllFunction<LONG(NTAPI*)(int, void*, ULONG, ULONG*)>("NtQuerySystemInformation");
-  std::vector<std::byte> buffer(1 << 20);
-  ULONG needed = 0;
-  while (query(kSystemHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()), &needed) != 0) {
-    if (buffer.size() > (std::size_t{1} << 28)) return 0;
-    buffer.resize(buffer.size() * 2);
-  }
-  const auto count = *reinterpret_cast<const std::uint32_t*>(buffer.data());
-  const auto* entries = reinterpret_cast<const Entry*>(buffer.data() + kFirstEntry);
+  EXPECT_EQ(query(16, list.data(), static_cast<ULONG>(list.size() * sizeof(Entry)), nullptr), 0);
+  // The count stands in front, in the room of eight bytes.
+  const auto* first = reinterpret_cast<const Entry*>(reinterpret_cast<const std::byte*>(list.data()) + 8);
   const auto isOurs = [self = ::GetCurrentProcessId()](const Entry& entry) { return entry.processId == self; };
-  return static_cast<unsigned>(std::count_if(entries, entries + count, isOurs));
-}
-
-/// The system's own counters answer 0 on some compatible systems; there the tables behind them are read.
-LeakCount CountLeaks() {
-  LeakCount count;
-  count.gdiObjects = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
-  if (count.gdiObjects == 0) count.gdiObjects = CountGdiTableEntries();
-  DWORD handles = 0;
-  if (!::GetProcessHandleCount(::GetCurrentProcess(), &handles) || handles == 0) handles = CountHandleListEntries();
-  count.handles = handles;
-  count.bytes = liveBytes;
-  return count;
+  return static_cast<std::size_t>(std::count_if(first, first + *reinterpret_cast<const std::uint32_t*>(list.data()), isOurs));
 }
 
 constexpr int kBatch = 20;
@@ -121,17 +97,15 @@ constexpr int kMostRuns = 600;
 /// six hundred; returns what the last batch that left something has left. What the system makes at some time and keeps for reuse,
 /// as its device contexts, comes to rest: a leak comes with every run.
 LeakCount FindLeak(const std::function<void()>& routine) {
-  LeakCount left;
-  LeakCount before;
-  for (int runs = 0, cleanRuns = 0; runs < kMostRuns; runs += kBatch) {
+  LeakCount left{};
+  LeakCount before{};
+  for (int runs = 0, cleanRuns = 0; runs < kMostRuns && cleanRuns < 200; runs += kBatch) {
     for (int i = 0; i < kBatch; ++i) routine();
-    const LeakCount now = CountLeaks();
-    if (now.gdiObjects <= before.gdiObjects && now.handles <= before.handles && now.bytes <= before.bytes) {
-      if ((cleanRuns += kBatch) == 200) return {};
-    } else {
-      left = {now.gdiObjects - before.gdiObjects, now.handles - before.handles, now.bytes - before.bytes};
-      cleanRuns = 0;
-    }
+    const LeakCount now = {CountGdiObjects(), CountHandles(), liveBytes};
+    LeakCount grown{};
+    for (std::size_t i = 0; i < now.size(); ++i) grown[i] = std::max(now[i], before[i]) - before[i];
+    cleanRuns = grown == LeakCount{} ? cleanRuns + kBatch : 0;
+    left = cleanRuns == 0 ? grown : cleanRuns == 200 ? LeakCount{} : left;
     before = now;
   }
   return left;
@@ -139,25 +113,18 @@ LeakCount FindLeak(const std::function<void()>& routine) {
 
 // The counter itself must see every kept object, or the tests below prove nothing.
 TEST(LeakCounter, SeesEveryKeptObjectAndNoReturnedOne) {
-  std::vector<std::unique_ptr<char[]>> blocks;
-  std::vector<UniqueBrush> brushes;
-  std::vector<UniqueHandle> events;
-  const auto make = [&] {
-    blocks.push_back(std::make_unique<char[]>(100));
-    brushes.emplace_back(::CreateSolidBrush(RGB(1, 2, 3)));
-    events.emplace_back(::CreateEventW(nullptr, TRUE, FALSE, nullptr));
-  };
-  blocks.reserve(kMostRuns + 1);
-  brushes.reserve(kMostRuns + 1);
-  events.reserve(kMostRuns + 1);
-  EXPECT_EQ(FindLeak(make), (LeakCount{kBatch, kBatch, 100 * kBatch}));
-  EXPECT_EQ(FindLeak([&] {
-              blocks.pop_back();
-              brushes.pop_back();
-              events.pop_back();
-              make();
-            }),
-            LeakCount{});
+  for (const bool giveBack : {false, true}) {
+    const LeakCount left = FindLeak([giveBack] {
+      HBRUSH brush = ::CreateSolidBrush(RGB(1, 2, 3));
+      HANDLE event = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+      void* block = ::operator new(100);
+      if (!giveBack) return;
+      ::DeleteObject(brush);
+      ::CloseHandle(event);
+      ::operator delete(block);
+    });
+    EXPECT_EQ(left, giveBack ? LeakCount{} : (LeakCount{kBatch, kBatch, 100 * kBatch}));
+  }
 }
 
 /// Closes the dialog of this thread as soon as its loop runs.

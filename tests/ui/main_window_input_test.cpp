@@ -12,12 +12,7 @@ namespace {
 
 void PressKey(WORD key, WORD modifier = 0) {
   const auto send = [](WORD code, DWORD flags) {
-    INPUT input{};
-    input.type = INPUT_KEYBOARD;
-    input.ki.wVk = code;
-    input.ki.wScan = static_cast<WORD>(::MapVirtualKeyW(code, MAPVK_VK_TO_VSC));
-    input.ki.dwFlags = flags;
-    ::SendInput(1, &input, sizeof(input));
+    ::keybd_event(static_cast<BYTE>(code), static_cast<BYTE>(::MapVirtualKeyW(code, MAPVK_VK_TO_VSC)), flags, 0);
   };
   if (modifier != 0) send(modifier, 0);
   send(key, 0);

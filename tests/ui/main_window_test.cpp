@@ -14,10 +14,10 @@
 
 namespace {
 
-RECT FrameOf(HWND window) {
+WindowPlacement FrameOf(HWND window) {
   RECT rect{};
   ::GetWindowRect(window, &rect);
-  return rect;
+  return {rect.left, rect.top, rect.right, rect.bottom};
 }
 
 TEST_F(MainWindowTest, ShowsTheRules) {
@@ -58,6 +58,7 @@ TEST_F(MainWindowTest, ShowsTheRules) {
   }
   EXPECT_EQ(::SendMessageW(list, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0), LVS_EX_FULLROWSELECT);
   EXPECT_EQ(FocusOf(Window()), list);
+  for (const WPARAM size : {WPARAM{ICON_SMALL}, WPARAM{ICON_BIG}}) EXPECT_NE(::SendMessageW(Window(), WM_GETICON, size, 0), 0);
 }
 
 TEST_F(MainWindowTest, RemovesWhatIsSelectedAfterAYes) {
@@ -102,34 +103,31 @@ TEST_F(MainWindowTest, ControlsFollowTheFrame) {
                   {1061, 0}, {1060, 0},     {1006, 0},     {1008, W},     {1010, R},  {1007, 0},    {1009, W},
                   {1011, R}, {1070, R},     {1069, D},     {1, R | D},    {2, R | D}, {1056, R | D}};
   const auto rectOf = [this](int id) {
-    RECT rect = FrameOf(Item(id));
+    RECT rect{};
+    ::GetWindowRect(Item(id), &rect);
     ::MapWindowPoints(nullptr, Window(), reinterpret_cast<POINT*>(&rect), 2);
     return rect;
   };
   std::vector<RECT> before;
   for (const auto& c : controls) before.push_back(rectOf(c.id));
-  const RECT frame = FrameOf(Window());
+  const WindowPlacement frame = FrameOf(Window());
   const LONG width = frame.right - frame.left;
   const LONG height = frame.bottom - frame.top;
   constexpr int kMoreWidth = 137;
   constexpr int kMoreHeight = 91;
   ::SetWindowPos(Window(), nullptr, 0, 0, width + kMoreWidth, height + kMoreHeight, SWP_NOMOVE | SWP_NOZORDER);
-  ::SendMessageW(Window(), WM_NULL, 0, 0);
-  for (const bool restored : {false, true}) {
-    if (restored) {
-      ::ShowWindow(Window(), SW_MINIMIZE);
-      ASSERT_TRUE(WaitUntil([this] { return ::IsIconic(Window()); }));
-      ::ShowWindow(Window(), SW_RESTORE);
-      ASSERT_TRUE(WaitUntil([this] { return !::IsIconic(Window()); }));
-    }
-    for (std::size_t i = 0; i < before.size(); ++i) {
+  for (const int show : {SW_SHOW, SW_MINIMIZE, SW_RESTORE}) {
+    ::ShowWindow(Window(), show);
+    ASSERT_TRUE(WaitUntil([&] { return (::IsIconic(Window()) != FALSE) == (show == SW_MINIMIZE); }));
+    ::SendMessageW(Window(), WM_NULL, 0, 0);
+    for (std::size_t i = 0; i < before.size() && show != SW_MINIMIZE; ++i) {
       const std::uint32_t flags = controls[i].flags;
       RECT expected = before[i];
       ::OffsetRect(&expected, flags & R ? kMoreWidth : 0, flags & D ? kMoreHeight : 0);
       if (flags & W) expected.right += kMoreWidth;
       if (flags & T) expected.bottom += kMoreHeight;
       const RECT now = rectOf(controls[i].id);
-      EXPECT_TRUE(::EqualRect(&now, &expected)) << (restored ? "restored " : "grown ") << controls[i].id;
+      EXPECT_TRUE(::EqualRect(&now, &expected)) << "control " << controls[i].id << ", shown as " << show;
     }
   }
   MINMAXINFO limits{};
@@ -175,26 +173,20 @@ TEST_F(MainWindowTest, EveryWayOutKeepsAndEndsWhatItShould) {
     bool endsProgram;
   } ways[] = {
       {IDCANCEL, true, false, false}, {IDM_CLOSE, true, false, false}, {IDOK, true, true, false}, {IDM_EXIT, false, false, true}};
+  WindowPlacement first;
   WindowPlacement kept;
-  LONG left = 40;
   for (const auto& way : ways) {
     SCOPED_TRACE(way.command);
     Open();
-    const RECT opened = FrameOf(Window());
-    const WindowPlacement shown = {opened.left, opened.top, opened.right, opened.bottom};
-    EXPECT_EQ(shown, kept.HasSize() ? kept : shown);
-    left += 20;
-    const RECT placed = {left, 50, left + opened.right - opened.left + 20, 50 + opened.bottom - opened.top + 20};
-    ::SetWindowPos(Window(), nullptr, placed.left, placed.top, placed.right - placed.left, placed.bottom - placed.top,
-                   SWP_NOZORDER);
-    ASSERT_TRUE(WaitUntil([&] {
-      const RECT now = FrameOf(Window());
-      return ::EqualRect(&now, &placed) != FALSE;
-    }));
+    if (!kept.HasSize()) first = FrameOf(Window());
+    EXPECT_EQ(FrameOf(Window()), kept.HasSize() ? kept : first);
+    const std::int32_t left = 40 + way.command % 100;
+    const WindowPlacement moved = {left, 50, left + 800 + way.command % 10, 750};
+    ::SetWindowPos(Window(), nullptr, left, 50, moved.right - left, 700, SWP_NOZORDER);
+    ASSERT_TRUE(WaitUntil([&] { return FrameOf(Window()) == moved; }));
     Close(way.command);
     EXPECT_EQ(Window(), nullptr);
-    const WindowPlacement moved = {placed.left, placed.top, placed.right, placed.bottom};
-    if (way.keepsPlacement) kept = moved;
+    kept = way.keepsPlacement ? moved : kept;
     EXPECT_EQ(settings.Get().mainDialogPlacement, kept);
     SettingsStore saved;
     LoadSettings(saved, engine);
@@ -203,19 +195,14 @@ TEST_F(MainWindowTest, EveryWayOutKeepsAndEndsWhatItShould) {
     EXPECT_EQ(::PeekMessageW(&message, program.trayWindow, UWM_TERMINATE, UWM_TERMINATE, PM_REMOVE) != FALSE, way.endsProgram);
   }
   ::DestroyWindow(program.trayWindow);
-}
 
-TEST_F(MainWindowTest, PlacementThatCannotBeSeenIsIgnored) {
-  Open();
-  const RECT opened = FrameOf(Window());
-  Close(IDM_EXIT);
-  const WindowPlacement unusable[] = {
-      {-32000, -32000, -31840, -31972}, {9000, 100, 10000, 900}, {100, 100, 100, 900}, {300, 300, 200, 200}};
-  for (const WindowPlacement& placement : unusable) {
+  // A placement that cannot be seen is ignored.
+  for (const WindowPlacement& placement :
+       {WindowPlacement{-32000, -32000, -31840, -31972}, WindowPlacement{9000, 100, 10000, 900},
+        WindowPlacement{100, 100, 100, 900}, WindowPlacement{300, 300, 200, 200}}) {
     settings.Update([&](AppSettings& all) { all.mainDialogPlacement = placement; });
     Open();
-    const RECT now = FrameOf(Window());
-    EXPECT_TRUE(::EqualRect(&now, &opened)) << placement.left;
+    EXPECT_EQ(FrameOf(Window()), first) << placement.left;
     Close(IDM_EXIT);
   }
 }

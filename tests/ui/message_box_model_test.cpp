@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -57,7 +58,7 @@ TEST(MessageBoxModel, LaysOutByTheFixedDistances) {
     LayoutRect icon;
     LayoutRect message;
     std::vector<LayoutRect> buttons;
-    PixelSize client;
+    std::pair<int, int> client;
   } cases[] = {
       // 10 characters are 70 wide; the row (88 + 6 + 88 + 32) is wider than the message (154 + 24).
       {"one line", 0x24, 10, {24, 24, 58, 58}, {56, 32, 154, 77}, {{16, 91, 104, 117}, {110, 91, 198, 117}}, {214, 129}},
@@ -72,8 +73,7 @@ TEST(MessageBoxModel, LaysOutByTheFixedDistances) {
     EXPECT_EQ(layout.icon, c.icon);
     EXPECT_EQ(layout.message, c.message);
     EXPECT_EQ(layout.buttons, c.buttons);
-    EXPECT_EQ(layout.client.width, c.client.width);
-    EXPECT_EQ(layout.client.height, c.client.height);
+    EXPECT_EQ(std::pair(layout.client.width, layout.client.height), c.client);
   }
 }
 

@@ -10,24 +10,21 @@
 
 namespace {
 
-constexpr wchar_t kCaption[] = L"Confirm Remove";
-
 /// A box on a thread of its own, owned by a window of that thread, and what its caller sees of its end.
 class MessageBoxTest : public testing::Test {
  protected:
   void Open(UINT style) {
-    quit_ = -1;
     thread_.emplace([this, style] {
       owner_ = ::CreateWindowExW(0, L"STATIC", L"owner", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 300, 200, 500, 400, nullptr, nullptr,
                                  nullptr, nullptr);
-      result_ = XMessageBox(owner_, L"Remove the selected rule?", kCaption, style);
+      result_ = XMessageBox(owner_, L"Remove the selected rule?", L"Confirm", style);
       ownerEnabled_ = ::IsWindowEnabled(owner_) != FALSE;
       MSG message{};
-      if (::PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) quit_ = static_cast<int>(message.wParam);
+      quit_ = ::PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE) ? static_cast<int>(message.wParam) : -1;
       ::DestroyWindow(owner_);
     });
-    box_ = thread_->WaitForDialog(kCaption);
-    ASSERT_TRUE(WaitUntil([this] { return ::IsChild(box_, FocusOf(box_)) != FALSE; })) << "no box opened";
+    box_ = thread_->WaitForDialog(L"Confirm");
+    ASSERT_TRUE(WaitUntil([this] { return ::IsChild(box_, FocusOf(box_)) && !::IsWindowEnabled(owner_); })) << "no box opened";
   }
   int Result() {
     EXPECT_TRUE(thread_->WaitForEnd());
@@ -42,44 +39,35 @@ class MessageBoxTest : public testing::Test {
   std::atomic<int> quit_ = -1;  ///< the exit code of a quit that reached the caller's own loop
 };
 
-TEST_F(MessageBoxTest, EscapeAndCloseBoxFollowTheSet) {
+TEST_F(MessageBoxTest, EnterEscapeAndCloseBoxAnswerAsTheSetSays) {
+  enum Way : UINT { kEnter, kEscape, kCloseBox };
   for (UINT style = 0; style <= 10; ++style) {
-    for (const bool byKey : {true, false}) {
-      SCOPED_TRACE(testing::Message() << "style " << style << (byKey ? ", key" : ", close box"));
-      const MessageBoxButtons& buttons = ButtonsOfStyle(style);
-      Open(style);
+    for (const Way way : {kEnter, kEscape, kCloseBox}) {
+      SCOPED_TRACE(testing::Message() << "style " << style << ", way " << way);
+      const auto& [buttons, escapeResult] = ButtonsOfStyle(style);
+      const UINT named = (style + way) % 4;  // beyond the last button: the first
+      const int defaultId = buttons[named < buttons.size() ? named : 0].id;
+      Open(style | named << 8);
+      EXPECT_EQ(::GetDlgCtrlID(FocusOf(box_)), defaultId);
+      for (const MessageBoxButton& button : buttons) {
+        const auto type = ::GetWindowLongPtrW(::GetDlgItem(box_, button.id), GWL_STYLE) & BS_TYPEMASK;
+        EXPECT_EQ(type, button.id == defaultId ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON) << button.id;
+      }
       const UINT closeItem = ::GetMenuState(::GetSystemMenu(box_, FALSE), SC_CLOSE, MF_BYCOMMAND);
-      EXPECT_EQ((closeItem & (MF_GRAYED | MF_DISABLED)) != 0, buttons.escapeResult == 0);
-      // Where neither may close the box the click that follows is what ends it.
-      ::PostMessageW(byKey ? FocusOf(box_) : box_, byKey ? WM_KEYDOWN : WM_CLOSE, byKey ? VK_ESCAPE : 0, 0);
-      const int first = buttons.buttons[0].id;
-      if (buttons.escapeResult == 0) PostCommand(box_, first);
-      EXPECT_EQ(Result(), buttons.escapeResult != 0 ? buttons.escapeResult : first);
-    }
-  }
-}
+      EXPECT_EQ((closeItem & (MF_GRAYED | MF_DISABLED)) != 0, escapeResult == 0);
 
-TEST_F(MessageBoxTest, FocusAndFrameAreOnTheDefaultButton) {
-  const struct {
-    UINT style;
-    int expected;
-  } cases[] = {{MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2, IDNO},
-               {MB_YESNOCANCEL, IDYES},
-               {MB_YESNOCANCEL | MB_DEFBUTTON3, IDCANCEL},
-               {MB_OK | MB_DEFBUTTON3, IDOK}};
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.style);
-    Open(c.style);
-    EXPECT_TRUE(WaitUntil([this] { return !::IsWindowEnabled(owner_); }));
-    EXPECT_EQ(::GetDlgCtrlID(FocusOf(box_)), c.expected);
-    for (const MessageBoxButton& button : ButtonsOfStyle(c.style).buttons) {
-      const auto type = ::GetWindowLongPtrW(::GetDlgItem(box_, button.id), GWL_STYLE) & BS_TYPEMASK;
-      EXPECT_EQ(type, button.id == c.expected ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON) << button.id;
+      if (way == kCloseBox) {
+        ::PostMessageW(box_, WM_CLOSE, 0, 0);
+      } else {
+        ::PostMessageW(FocusOf(box_), WM_KEYDOWN, way == kEnter ? VK_RETURN : VK_ESCAPE, 0);
+      }
+      // Where it may not close the box the click that follows does.
+      const bool closes = way == kEnter || escapeResult != 0;
+      if (!closes) PostCommand(box_, buttons[0].id);
+      EXPECT_EQ(Result(), way == kEnter ? defaultId : closes ? escapeResult : buttons[0].id);
+      EXPECT_TRUE(ownerEnabled_);
+      EXPECT_EQ(quit_, -1);
     }
-    ::PostMessageW(FocusOf(box_), WM_KEYDOWN, VK_RETURN, 0);
-    EXPECT_EQ(Result(), c.expected);
-    EXPECT_TRUE(ownerEnabled_);
-    EXPECT_EQ(quit_, -1);
   }
 }
 

@@ -59,7 +59,6 @@ class ThemeRecorder {
     notes = {};
   }
   ThemeRecorder(const ThemeRecorder&) = delete;
-  ThemeRecorder& operator=(const ThemeRecorder&) = delete;
   ThemeNotes* operator->() const { return &notes; }
 
   /// The full table, for tests that take entries away.

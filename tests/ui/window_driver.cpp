@@ -12,21 +12,11 @@ constexpr wchar_t kMenuClass[] = L"#32768";
 
 /// The first visible window of the thread that the test accepts.
 HWND FindThreadWindow(DWORD threadId, const wchar_t* className, const std::function<bool(HWND)>& accepts) {
-  struct Search {
-    const wchar_t* className;
-    const std::function<bool(HWND)>& accepts;
-    HWND found;
-  } search{className, accepts, nullptr};
-  const auto visit = [](HWND window, LPARAM parameter) -> BOOL {
-    auto& wanted = *reinterpret_cast<Search*>(parameter);
-    wchar_t name[32] = L"";
-    ::GetClassNameW(window, name, static_cast<int>(std::size(name)));
-    if (std::wstring(name) != wanted.className || !::IsWindowVisible(window) || !wanted.accepts(window)) return TRUE;
-    wanted.found = window;
-    return FALSE;
-  };
-  ::EnumThreadWindows(threadId, visit, reinterpret_cast<LPARAM>(&search));
-  return search.found;
+  HWND window = nullptr;
+  while ((window = ::FindWindowExW(nullptr, window, className, nullptr)) != nullptr) {
+    if (::GetWindowThreadProcessId(window, nullptr) == threadId && ::IsWindowVisible(window) && accepts(window)) break;
+  }
+  return window;
 }
 
 }  // namespace
