@@ -3,104 +3,60 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace {
 
-constexpr std::uint64_t kByOrdinal = std::uint64_t{1} << 63;
+constexpr std::size_t kSlot = 0x350;
+
+void Put(std::vector<std::byte>& image, std::size_t offset, std::uint32_t value) {
+  std::memcpy(image.data() + offset, &value, sizeof(value));
+}
 
 /// A minimal 64-bit module image with two late-imported libraries. Exactly as large as what it holds, so that a sanitizer sees
 /// any step beyond it.
-struct TestImage {
-  static constexpr std::size_t kHeader = 0x80;
-  static constexpr std::size_t kOptional = kHeader + 24;
-  static constexpr std::size_t kDirectory = kOptional + 112 + 13 * 8;
-  static constexpr std::size_t kDescriptors = 0x200;
-  static constexpr std::size_t kNames = 0x280;
-  static constexpr std::size_t kThemeNames = 0x300;
-  static constexpr std::size_t kThemeAddresses = 0x340;
-  static constexpr std::size_t kSlot = kThemeAddresses + 2 * 8;
-
-  std::vector<std::byte> bytes = std::vector<std::byte>(0x360);
-
-  template <class Value>
-  void Put(std::size_t offset, Value value) {
-    std::memcpy(bytes.data() + offset, &value, sizeof(value));
-  }
-  void PutText(std::size_t offset, const char* text) { std::memcpy(bytes.data() + offset, text, std::strlen(text) + 1); }
-  void PutDescriptor(std::size_t index, std::uint32_t name, std::uint32_t addresses, std::uint32_t names) {
-    const std::size_t at = kDescriptors + index * 32;
-    Put<std::uint32_t>(at, 1);
-    Put<std::uint32_t>(at + 4, name);
-    Put<std::uint32_t>(at + 12, addresses);
-    Put<std::uint32_t>(at + 16, names);
-  }
-
-  TestImage() {
-    Put<std::uint16_t>(0, 0x5A4D);
-    Put<std::uint32_t>(0x3C, kHeader);
-    Put<std::uint32_t>(kHeader, 0x4550);
-    Put<std::uint16_t>(kOptional, 0x20B);
-    Put<std::uint32_t>(kOptional + 108, 16);
-    Put<std::uint32_t>(kDirectory, kDescriptors);
-    Put<std::uint32_t>(kDirectory + 4, 3 * 32);
-    PutText(kNames, "other.dll");
-    PutText(kNames + 0x20, "UxTheme.DLL");
-    PutDescriptor(0, kNames, 0x2C0, 0x2D0);
-    Put<std::uint64_t>(0x2D0, kByOrdinal | 49);
-    PutDescriptor(1, kNames + 0x20, kThemeAddresses, kThemeNames);
-    Put<std::uint64_t>(kThemeNames, 0x2000);  // by name
-    Put<std::uint64_t>(kThemeNames + 8, kByOrdinal | 47);
-    Put<std::uint64_t>(kThemeNames + 16, kByOrdinal | 49);
-  }
-  [[nodiscard]] std::size_t Find() const { return FindDelayImportSlot(bytes, "uxtheme.dll", 49); }
-};
+std::vector<std::byte> MakeImage() {
+  constexpr std::uint32_t kByOrdinal = 0x80000000;  // the upper half of an import's name
+  const std::pair<std::size_t, std::uint32_t> kValues[] = {
+      {0, 0x5A4D},     {0x3C, 0x80},        {0x80, 0x4550},                       // headers
+      {0x98, 0x20B},   {0x104, 16},         {0x170, 0x200}, {0x174, 3 * 32},      // directory of late imports
+      {0x200, 1},      {0x204, 0x280},      {0x20C, 0x2C0}, {0x210, 0x2D0},       // the other library
+      {0x220, 1},      {0x224, 0x2A0},      {0x22C, 0x340}, {0x230, 0x300},       // the theme library
+      {0x2D0, 49},     {0x2D4, kByOrdinal},                                       // the other's names
+      {0x300, 0x2000},                                                            // the theme library's: one by name
+      {0x308, 47},     {0x30C, kByOrdinal}, {0x310, 49},    {0x314, kByOrdinal},  // and two by ordinal
+  };
+  std::vector<std::byte> image(kSlot + 0x10);
+  for (const auto& [offset, value] : kValues) Put(image, offset, value);
+  std::memcpy(image.data() + 0x280, "other.dll", sizeof("other.dll"));
+  std::memcpy(image.data() + 0x2A0, "UxTheme.DLL", sizeof("UxTheme.DLL"));
+  return image;
+}
 
 TEST(DelayImportSlot, FindsTheOrdinalOfTheNamedLibrary) {
-  const TestImage image;
-  EXPECT_EQ(image.Find(), TestImage::kSlot);
-  EXPECT_EQ(FindDelayImportSlot(image.bytes, "uxtheme.dll", 47), TestImage::kThemeAddresses + 8);
-  EXPECT_EQ(FindDelayImportSlot(image.bytes, "other.dll", 49), 0x2C0u);
-  EXPECT_EQ(FindDelayImportSlot(image.bytes, "uxtheme.dll", 48), 0u);
-  EXPECT_EQ(FindDelayImportSlot(image.bytes, "uxtheme", 49), 0u);
-  EXPECT_EQ(FindDelayImportSlot(image.bytes, "uxtheme.dll", 0x2000), 0u);  // the hint of an import by name
+  const auto image = MakeImage();
+  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme.dll", 49), kSlot);
+  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme.dll", 47), kSlot - 8);
+  EXPECT_EQ(FindDelayImportSlot(image, "other.dll", 49), 0x2C0u);
+  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme.dll", 48), 0u);
+  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme", 49), 0u);
+  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme.dll", 0x2000), 0u);  // the hint of an import by name
 }
 
-TEST(DelayImportSlot, DamagedImagesHaveNone) {
-  struct Damage {
-    const char* name;
-    std::size_t offset;
-    std::uint32_t value;
+TEST(DelayImportSlot, NoDamageLeadsOutside) {
+  const auto whole = MakeImage();
+  const auto expectInside = [](const std::vector<std::byte>& image, std::size_t at, std::uint32_t value) {
+    const std::size_t slot = FindDelayImportSlot(image, "uxtheme.dll", 49);
+    EXPECT_TRUE(slot == 0 || slot + 8 <= image.size()) << image.size() << " bytes, " << value << " at " << at;
   };
-  const Damage kDamages[] = {
-      {"header beyond the end", 0x3C, 0xFFFFFFF0},
-      {"directory beyond the end", TestImage::kDirectory, 0xFFFFFFE0},
-      {"name beyond the end", TestImage::kDescriptors + 32 + 4, 0xFFFFFFFF},
-      {"name cut by the end", TestImage::kDescriptors + 32 + 4, 0x35A},
-      {"addresses beyond the end", TestImage::kDescriptors + 32 + 12, 0xFFFFFFF0},
-      {"slot cut by the end", TestImage::kDescriptors + 32 + 12, 0x349},
-      {"names beyond the end", TestImage::kDescriptors + 32 + 16, 0xFFFFFFF0},
-  };
-  for (const Damage& damage : kDamages) {
-    TestImage image;
-    image.Put(damage.offset, damage.value);
-    EXPECT_EQ(image.Find(), 0u) << damage.name;
-  }
-}
-
-TEST(DelayImportSlot, NoTruncationOrByteLeadsOutside) {
-  const TestImage whole;
-  for (std::size_t size = 0; size < whole.bytes.size(); ++size) {
-    const std::vector<std::byte> cut(whole.bytes.begin(), whole.bytes.begin() + static_cast<std::ptrdiff_t>(size));
-    const std::size_t slot = FindDelayImportSlot(cut, "uxtheme.dll", 49);
-    EXPECT_TRUE(slot == 0 || slot + 8 <= size) << size;
-  }
-  for (std::size_t at = 0; at < whole.bytes.size(); ++at) {
-    for (const int value : {0x00, 0x7F, 0x80, 0xFF}) {
-      TestImage image;
-      image.bytes[at] = static_cast<std::byte>(value);
-      const std::size_t slot = image.Find();
-      ASSERT_TRUE(slot == 0 || slot + 8 <= image.bytes.size()) << at << " " << value;
+  for (auto end = whole.begin(); end != whole.end(); ++end) expectInside({whole.begin(), end}, 0, 0);
+  // Offsets to just before the end, over it and far away, and everything that a byte can make of a number.
+  for (std::size_t at = 0; at + 4 <= whole.size(); ++at) {
+    for (const std::uint32_t value : {0U, 0x7FU, 0x80U, 0x349U, 0x35AU, 0x7FFFFFFFU, 0xFFFFFFE0U, 0xFFFFFFF0U, 0xFFFFFFFFU}) {
+      auto image = whole;
+      Put(image, at, value);
+      expectInside(image, at, value);
     }
   }
 }

@@ -20,12 +20,6 @@
 
 inline constexpr wchar_t kEditorTitle[] = L"Edit Threshold Rule";
 
-/// The control with the keyboard focus of the thread that owns `window`.
-inline HWND FocusOf(HWND window) {
-  GUITHREADINFO info{sizeof(info), 0, {}, {}, {}, {}, {}, {}, {}};
-  return ::GetGUIThreadInfo(::GetWindowThreadProcessId(window, nullptr), &info) ? info.hwndFocus : nullptr;
-}
-
 inline void SelectRows(HWND list, std::initializer_list<int> rows) {
   LVITEMW item{};
   item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
@@ -34,15 +28,6 @@ inline void SelectRows(HWND list, std::initializer_list<int> rows) {
     item.state = item.stateMask;
     ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
   }
-}
-
-/// In the list's client coordinates.
-inline RECT CellRectOf(HWND list, int row, int column) {
-  RECT rect{};
-  rect.left = LVIR_BOUNDS;
-  rect.top = column;
-  ::SendMessageW(list, LVM_GETSUBITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&rect));
-  return rect;
 }
 
 /// The notification that a double click on the cell sends; row -1: below the rows.
@@ -98,16 +83,20 @@ class MainWindowTest : public testing::Test, protected TestProgram {
   [[nodiscard]] HWND Window() const { return program.MainDialogHandle; }
   [[nodiscard]] HWND Item(int id) const { return ::GetDlgItem(Window(), id); }
 
-  /// What the next start of the program would load.
-  [[nodiscard]] RuleList SavedRules() const {
-    RuleStore saved([] { return std::wstring(); });
-    (void)saved.Load(folder.File(L"rules.csv"));
-    return *saved.Snapshot();
-  }
   [[nodiscard]] RuleList Rules() const { return *rules.Snapshot(); }
 
-  /// The rules file follows every change at once; no test may find it behind.
-  void ExpectSaved() const { EXPECT_EQ(SavedRules(), Rules()); }
+  /// The rules file follows every change at once: the next start of the program would load what is shown.
+  void ExpectSaved() const {
+    RuleStore saved([] { return std::wstring(); });
+    EXPECT_TRUE(saved.Load(folder.File(L"rules.csv")));
+    EXPECT_EQ(*saved.Snapshot(), Rules());
+  }
+
+  /// The in-place edit box; null when none is open.
+  [[nodiscard]] HWND Box() const { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); }
+  bool WaitForNoBox() {
+    return WaitUntil([this] { return Box() == nullptr; });
+  }
 
   HWND list = nullptr;
 

@@ -1,14 +1,49 @@
-// The main window under real mouse and keyboard input.
+// The main window under real mouse and keyboard input: it goes wherever the system sends it, so the window has to be in front.
 
 #include <gtest/gtest.h>
 
+#include <string_view>
 #include <vector>
 
 #include "platform/handles.h"
 #include "tests/ui/main_window_fixture.h"
-#include "tests/ui/real_input.h"
 
 namespace {
+
+void PressKey(WORD key, WORD modifier = 0) {
+  const auto send = [](WORD code, DWORD flags) {
+    ::keybd_event(static_cast<BYTE>(code), static_cast<BYTE>(::MapVirtualKeyW(code, MAPVK_VK_TO_VSC)), flags, 0);
+  };
+  if (modifier != 0) send(modifier, 0);
+  send(key, 0);
+  send(key, KEYEVENTF_KEYUP);
+  if (modifier != 0) send(modifier, KEYEVENTF_KEYUP);
+}
+
+/// Letters and digits of a plain keyboard.
+void TypeKeys(std::string_view keys) {
+  for (const char key : keys) PressKey(static_cast<WORD>(::VkKeyScanA(key) & 0xFF));
+}
+
+/// One batch of input, so that no motion of the real pointer gets between: move there, then click so many times.
+void ClickAt(POINT screen, int times = 1) {
+  constexpr int kFullScale = 65536;  // of absolute coordinates, whatever the size of the screen
+  std::vector<INPUT> batch(1 + 2 * static_cast<std::size_t>(times));
+  batch[0].mi.dx = ::MulDiv(screen.x, kFullScale, ::GetSystemMetrics(SM_CXSCREEN)) + 1;
+  batch[0].mi.dy = ::MulDiv(screen.y, kFullScale, ::GetSystemMetrics(SM_CYSCREEN)) + 1;
+  batch[0].mi.dwFlags = MOUSEEVENTF_MOVE | MOUSEEVENTF_ABSOLUTE;
+  for (std::size_t i = 1; i < batch.size(); ++i) batch[i].mi.dwFlags = i % 2 != 0 ? MOUSEEVENTF_LEFTDOWN : MOUSEEVENTF_LEFTUP;
+  ::SendInput(static_cast<UINT>(batch.size()), batch.data(), sizeof(INPUT));
+}
+
+std::wstring ClipboardText() {
+  const ClipboardLock clipboard(nullptr);
+  HANDLE data = clipboard.IsOpen() ? ::GetClipboardData(CF_UNICODETEXT) : nullptr;
+  const auto* text = data != nullptr ? static_cast<const wchar_t*>(::GlobalLock(data)) : nullptr;
+  std::wstring copy = text != nullptr ? text : L"";
+  if (text != nullptr) ::GlobalUnlock(data);
+  return copy;
+}
 
 class MainWindowInputTest : public MainWindowTest {
  protected:
@@ -16,35 +51,43 @@ class MainWindowInputTest : public MainWindowTest {
     Open();
     ASSERT_TRUE(WaitUntil([this] { return ::GetForegroundWindow() == Window() && FocusOf(Window()) == list; }));
   }
-  [[nodiscard]] HWND Box() const { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); }
+  /// A place in the cell, on the screen.
   [[nodiscard]] POINT InCell(int row, int column) const {
-    const RECT cell = CellRectOf(list, row, column);  // of column 0: the whole row
-    return {cell.left + 10, (cell.top + cell.bottom) / 2};
+    RECT cell{LVIR_BOUNDS, column, 0, 0};  // of column 0: the whole row
+    ::SendMessageW(list, LVM_GETSUBITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&cell));
+    POINT place{cell.left + 10, (cell.top + cell.bottom) / 2};
+    ::ClientToScreen(list, &place);
+    return place;
   }
-  /// Double-clicks the cell and waits until a box over it has the keyboard.
-  void OpenBoxByMouse(int row, int column) {
-    ClickAt(list, InCell(row, column), 2);
+  /// Double-clicks the cell, waits until a box over it has the keyboard, and types. Clicks again after a while: while the window
+  /// manager still places the window a click goes astray.
+  void TypeOver(int row, int column, std::string_view keys) {
+    ULONGLONG nextClick = 0;
     ASSERT_TRUE(WaitUntil([&] {
-      POINT place = InCell(row, column);
-      ::ClientToScreen(list, &place);
+      if (::GetTickCount64() >= nextClick) {
+        ClickAt(InCell(row, column), 2);
+        nextClick = ::GetTickCount64() + 2500;
+      }
       RECT box{};
-      return ::GetWindowRect(Box(), &box) && ::PtInRect(&box, place) && FocusOf(list) == Box();
+      return ::GetWindowRect(Box(), &box) && ::PtInRect(&box, InCell(row, column)) && FocusOf(list) == Box();
     }));
+    TypeKeys(keys);
   }
-  bool WaitForNoBox() {
-    return WaitUntil([this] { return Box() == nullptr; });
+  static void PressAndWaitForEnd(HWND dialog, WORD key, WORD modifier = 0) {
+    PressKey(key, modifier);
+    ASSERT_TRUE(WaitUntil([dialog] { return !::IsWindow(dialog); }));
   }
   /// The ids that Tab visits, from the focus of the moment until it is back there.
-  std::vector<int> TabOrder(HWND dialog) {
+  static std::vector<int> TabOrder(HWND dialog) {
     std::vector<int> ids;
     HWND first = FocusOf(dialog);
-    for (HWND focus = first; ids.size() < 40;) {
+    HWND focus = first;
+    do {
       ids.push_back(::GetDlgCtrlID(focus));
       PressKey(VK_TAB);
       if (!WaitUntil([&] { return FocusOf(dialog) != focus; })) break;
       focus = FocusOf(dialog);
-      if (focus == first) break;
-    }
+    } while (focus != first && ids.size() < 40);
     return ids;
   }
 };
@@ -52,46 +95,42 @@ class MainWindowInputTest : public MainWindowTest {
 TEST_F(MainWindowInputTest, CellIsEditedByMouseAndKeyboard) {
   rules.Append({Rule(3, L"a.exe"), Rule(5, L"b.exe")});
   OpenInFront();
-  OpenBoxByMouse(1, 2);
-  TypeKeys("1500");
+  TypeOver(1, 2, "1500");
   PressKey(VK_RETURN);
   ASSERT_TRUE(WaitForNoBox());
   EXPECT_EQ(Rules()[1].maxHandles, 1500U);
   EXPECT_EQ(Cell(list, 1, 2), L"1500");
 
-  OpenBoxByMouse(1, 2);
-  TypeKeys("7");
+  TypeOver(1, 2, "7");
   PressKey(VK_ESCAPE);
   ASSERT_TRUE(WaitForNoBox());
   EXPECT_EQ(Rules()[1].maxHandles, 1500U);
 
   // The second double click takes the focus from the first box, which commits.
-  OpenBoxByMouse(0, 1);
-  TypeKeys("new");
-  OpenBoxByMouse(1, 6);
+  TypeOver(0, 1, "new");
+  TypeOver(1, 6, "33");
   EXPECT_EQ(Rules()[0].processPattern, L"new");
-  TypeKeys("33");
-  ClickAt(list, InCell(0, 8));
+  ClickAt(InCell(0, 8));
   ASSERT_TRUE(WaitForNoBox());
   EXPECT_EQ(Rules()[1].maxThreads, 33U);
 
-  ClickAt(list, InCell(0, 0), 2);
+  ClickAt(InCell(0, 0), 2);
   EXPECT_TRUE(WaitUntil([this] { return !Rules()[0].enabled; }));
   ExpectSaved();
 }
 
-TEST_F(MainWindowInputTest, TabReachesEveryControl) {
+TEST_F(MainWindowInputTest, TabReachesEveryControlOfThePageThatIsShown) {
   OpenInFront();
-  const std::vector<int> rulesPart = {1000, 1001, 1002, 1003, 1052, 1050, 1051, 1054};
-  const std::vector<int> alertsPage = {1053};
-  const std::vector<int> settingsPage = {1004, 1005, 1060, 1006, 1008, 1010, 1007, 1009, 1011};  // Apply is disabled
-  for (const bool onSettings : {false, true}) {
-    std::vector<int> expected = rulesPart;
-    const auto& page = onSettings ? settingsPage : alertsPage;
-    expected.insert(expected.end(), page.begin(), page.end());
+  const std::vector<int> pageControls[] = {{1053}, {1004, 1005, 1060, 1006, 1008, 1010, 1007, 1009, 1011}};
+  const std::vector<int> outOfReach = {1055, 1058, 1061, 1070};  // of the settings: frame, texts, disabled Apply
+  for (const std::size_t page : {0U, 1U, 0U}) {
+    ::SendMessageW(Item(IDC_TABS), TCM_SETCURFOCUS, page, 0);
+    EXPECT_EQ(::IsWindowVisible(Item(IDC_RECENT_ALERTS)) != FALSE, page == 0);
+    for (const int id : outOfReach) EXPECT_EQ(::IsWindowVisible(Item(id)) != FALSE, page == 1) << id;
+    std::vector<int> expected = {1000, 1001, 1002, 1003, 1052, 1050, 1051, 1054};
+    expected.insert(expected.end(), pageControls[page].begin(), pageControls[page].end());
     expected.insert(expected.end(), {1069, 1, 2});
     EXPECT_EQ(TabOrder(Window()), expected);
-    ::SendMessageW(Item(IDC_TABS), TCM_SETCURFOCUS, 1, 0);
   }
   HWND editor = OpenDialog(IDC_ADD_RULE, kEditorTitle);
   EXPECT_EQ(TabOrder(editor), (std::vector<int>{1020, 1029, 1021, 1022, 1023, 1024, 1025, 1026, 1027, 1028, 1, 2}));
@@ -104,8 +143,7 @@ TEST_F(MainWindowInputTest, KeysOfTheRuleList) {
     PressKey(key, modifier);
     HWND editor = WaitForDialog(kEditorTitle);
     EXPECT_EQ(TextOfItem(editor, IDC_PATTERN), L"");
-    PressKey(VK_ESCAPE);
-    ASSERT_TRUE(WaitUntil([editor] { return !::IsWindow(editor); }));
+    PressAndWaitForEnd(editor, VK_ESCAPE);
   }
   SelectRows(list, {0});
   ::SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(list), TRUE);
@@ -113,25 +151,19 @@ TEST_F(MainWindowInputTest, KeysOfTheRuleList) {
   HWND editor = WaitForDialog(kEditorTitle);
   EXPECT_EQ(TextOfItem(editor, IDC_PATTERN), L"a.exe");
   TypeKeys("typed");
-  PressKey(VK_RETURN);
-  ASSERT_TRUE(WaitUntil([editor] { return !::IsWindow(editor); }));
+  PressAndWaitForEnd(editor, VK_RETURN);
   EXPECT_TRUE(WaitUntil([this] { return Rules()[0].processPattern == L"typed"; }));
 
   SelectRows(list, {0});
   PressKey(VK_DELETE);
   HWND box = WaitForDialog(L"Confirm Remove");
+  PressKey('C');  // alone it does nothing
   PressKey('C', VK_CONTROL);
-  const auto copied = [] {
-    const ClipboardLock clipboard(nullptr);
-    HANDLE data = clipboard.IsOpen() ? ::GetClipboardData(CF_UNICODETEXT) : nullptr;
-    const auto* text = data != nullptr ? static_cast<const wchar_t*>(::GlobalLock(data)) : nullptr;
-    std::wstring result = text != nullptr ? text : L"";
-    if (text != nullptr) ::GlobalUnlock(data);
-    return result;
-  };
-  EXPECT_TRUE(WaitUntil([&] { return copied().find(L"Remove the selected rule?") != std::wstring::npos; }));
-  PressKey('Y', VK_MENU);
-  ASSERT_TRUE(WaitUntil([box] { return !::IsWindow(box); }));
+  const std::wstring line = L"---------------------------\r\n";
+  const std::wstring whole =
+      line + L"Confirm Remove\r\n" + line + L"Remove the selected rule?\r\n" + line + L"Yes   No   \r\n" + line;
+  EXPECT_TRUE(WaitUntil([&] { return ClipboardText() == whole; }));
+  PressAndWaitForEnd(box, 'Y', VK_MENU);
   EXPECT_TRUE(WaitUntil([this] { return Rules().empty() && RowCount(list) == 0; }));
 
   PressKey(VK_RETURN);  // nothing is selected any more: OK

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <vector>
 
 #include "app/messages.h"
 #include "platform/handles.h"
@@ -9,23 +10,15 @@
 #include "tests/ui/main_window_fixture.h"
 #include "tests/ui/theme_recorder.h"
 #include "ui/layout.h"
+#include "ui/message_box_model.h"
 
 namespace {
 
-RECT ClientRectOf(HWND dialog, int id) {
-  RECT rect{};
-  ::GetWindowRect(::GetDlgItem(dialog, id), &rect);
-  ::MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&rect), 2);
-  return rect;
-}
-
-RECT FrameOf(HWND window) {
+WindowPlacement FrameOf(HWND window) {
   RECT rect{};
   ::GetWindowRect(window, &rect);
-  return rect;
+  return {rect.left, rect.top, rect.right, rect.bottom};
 }
-
-SIZE SizeOf(const RECT& rect) { return {rect.right - rect.left, rect.bottom - rect.top}; }
 
 TEST_F(MainWindowTest, ShowsTheRules) {
   ThresholdRule full = Rule(7, L"a.exe");
@@ -50,8 +43,7 @@ TEST_F(MainWindowTest, ShowsTheRules) {
       {L"Threads", 60, {L"-", L"5"}},    {L"GDI", 50, {L"-", L"6"}},
       {L"USER", 50, {L"-", L"7"}},
   };
-  const WindowDc screen(nullptr);
-  const int dpi = ::GetDeviceCaps(screen.Get(), LOGPIXELSX);
+  const int dpi = ::GetDeviceCaps(WindowDc(nullptr).Get(), LOGPIXELSX);
   ASSERT_EQ(RowCount(list), 2);
   for (int i = 0; i < static_cast<int>(std::size(columns)); ++i) {
     wchar_t header[64] = {};
@@ -66,10 +58,11 @@ TEST_F(MainWindowTest, ShowsTheRules) {
   }
   EXPECT_EQ(::SendMessageW(list, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0), LVS_EX_FULLROWSELECT);
   EXPECT_EQ(FocusOf(Window()), list);
+  for (const WPARAM size : {WPARAM{ICON_SMALL}, WPARAM{ICON_BIG}}) EXPECT_NE(::SendMessageW(Window(), WM_GETICON, size, 0), 0);
 }
 
 TEST_F(MainWindowTest, RemovesWhatIsSelectedAfterAYes) {
-  rules.Append({Rule(1, L"a"), Rule(2, L"b"), Rule(3, L"c"), Rule(4, L"d"), Rule(5, L"e")});
+  rules.Append({Rule(1, L"a"), Rule(2, L"b"), Rule(3, L"c"), Rule(5, L"d"), Rule(6, L"e"), Rule(5, L"f"), Rule(5, L"g")});
   Open();
   SendCommand(Window(), IDC_REMOVE_RULE);  // nothing selected: would not return while it asks
   const struct {
@@ -78,20 +71,17 @@ TEST_F(MainWindowTest, RemovesWhatIsSelectedAfterAYes) {
     WORD answer;
     const wchar_t* left;
   } cases[] = {
-      {{0, 1, 2}, L"Remove 3 selected rules?", IDNO, L"abcde"},
-      {{1}, L"Remove the selected rule?", IDNO, L"abcde"},
-      {{1}, L"Remove the selected rule?", IDYES, L"acde"},
-      {{1, 3}, L"Remove 2 selected rules?", IDYES, L"ad"},
+      {{0, 1, 2}, L"Remove 3 selected rules?", IDNO, L"abcdefg"},
+      {{1}, L"Remove the selected rule?", IDNO, L"abcdefg"},
+      {{1}, L"Remove the selected rule?", IDYES, L"acdefg"},
+      {{0, 1}, L"Remove 2 selected rules?", IDYES, L"defg"},
+      // Of rules that share an id the first ones go.
+      {{2, 3}, L"Remove 2 selected rules?", IDYES, L"eg"},
   };
   for (const auto& c : cases) {
     SelectRows(list, c.rows);
     HWND box = OpenDialog(IDM_REMOVE_RULE, L"Confirm Remove");
-    ASSERT_NE(box, nullptr);
-    bool asked = false;
-    for (HWND child = ::GetWindow(box, GW_CHILD); child != nullptr; child = ::GetWindow(child, GW_HWNDNEXT)) {
-      asked = asked || TextOf(child) == c.question;
-    }
-    EXPECT_TRUE(asked) << testing::PrintToString(std::wstring(c.question));
+    EXPECT_EQ(TextOfItem(box, kMessageBoxTextId), c.question);
     EXPECT_EQ(FocusOf(box), ::GetDlgItem(box, IDNO));
     Answer(box, c.answer);
     std::wstring left;
@@ -100,42 +90,6 @@ TEST_F(MainWindowTest, RemovesWhatIsSelectedAfterAYes) {
     EXPECT_EQ(RowCount(list), static_cast<int>(left.size()));
     ExpectSaved();
   }
-}
-
-TEST_F(MainWindowTest, RemovesTheFirstRuleOfASharedId) {
-  rules.Append({Rule(5, L"first"), Rule(6, L"x"), Rule(5, L"second"), Rule(5, L"third")});
-  Open();
-  SelectRows(list, {2, 3});
-  Answer(OpenDialog(IDC_REMOVE_RULE, L"Confirm Remove"), IDYES);
-  EXPECT_EQ(Rules(), (RuleList{Rule(6, L"x"), Rule(5, L"third")}));
-  ExpectSaved();
-}
-
-TEST_F(MainWindowTest, DoubleClickBelowTheRowsAddsARule) {
-  Open();
-  ::PostMessageW(Window(), WM_NULL, 0, 0);
-  const LPARAM below = MAKELPARAM(100, 100);
-  for (const UINT message : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONUP}, UINT{WM_LBUTTONDBLCLK}, UINT{WM_LBUTTONUP}}) {
-    ::PostMessageW(list, message, MK_LBUTTON, below);
-  }
-  Answer(WaitForDialog(kEditorTitle), IDOK);
-  EXPECT_EQ(Rules().size(), 1U);
-  ExpectSaved();
-}
-
-TEST_F(MainWindowTest, RefreshKeepsTheKeyboardsPlace) {
-  RuleList many;
-  for (std::uint32_t id = 1; id <= 200; ++id) many.push_back(Rule(id, L"x.exe"));
-  rules.Append(many);
-  Open();
-  SelectRows(list, {150});
-  ::SendMessageW(list, LVM_ENSUREVISIBLE, 150, FALSE);
-  const LRESULT top = ::SendMessageW(list, LVM_GETTOPINDEX, 0, 0);
-  HWND editor = OpenDialog(IDC_EDIT_RULE, kEditorTitle);
-  Answer(editor, IDOK);
-  EXPECT_EQ(::SendMessageW(list, LVM_GETTOPINDEX, 0, 0), top);
-  EXPECT_EQ(::SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED), 150);
-  EXPECT_EQ(::SendMessageW(list, LVM_GETSELECTEDCOUNT, 0, 0), 0);
 }
 
 TEST_F(MainWindowTest, ControlsFollowTheFrame) {
@@ -148,60 +102,38 @@ TEST_F(MainWindowTest, ControlsFollowTheFrame) {
                   {1051, R}, {1054, W | T}, {1053, W | T}, {1055, W | T}, {1058, 0},  {1004, 0},    {1005, 0},
                   {1061, 0}, {1060, 0},     {1006, 0},     {1008, W},     {1010, R},  {1007, 0},    {1009, W},
                   {1011, R}, {1070, R},     {1069, D},     {1, R | D},    {2, R | D}, {1056, R | D}};
-  std::vector<RECT> before;
-  for (const auto& c : controls) before.push_back(ClientRectOf(Window(), c.id));
-  RECT clientBefore{};
-  ::GetClientRect(Window(), &clientBefore);
-  const RECT frame = FrameOf(Window());
-  const auto resize = [&](int width, int height) {
-    ::SetWindowPos(Window(), nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER);
-    ::SendMessageW(Window(), WM_NULL, 0, 0);
+  const auto rectOf = [this](int id) {
+    RECT rect{};
+    ::GetWindowRect(Item(id), &rect);
+    ::MapWindowPoints(nullptr, Window(), reinterpret_cast<POINT*>(&rect), 2);
+    return rect;
   };
-  const auto expectLayout = [&](const char* when) {
-    RECT client{};
-    ::GetClientRect(Window(), &client);
-    const LONG dx = client.right - clientBefore.right;
-    const LONG dy = client.bottom - clientBefore.bottom;
-    for (std::size_t i = 0; i < before.size(); ++i) {
+  std::vector<RECT> before;
+  for (const auto& c : controls) before.push_back(rectOf(c.id));
+  const WindowPlacement frame = FrameOf(Window());
+  const LONG width = frame.right - frame.left;
+  const LONG height = frame.bottom - frame.top;
+  constexpr int kMoreWidth = 137;
+  constexpr int kMoreHeight = 91;
+  ::SetWindowPos(Window(), nullptr, 0, 0, width + kMoreWidth, height + kMoreHeight, SWP_NOMOVE | SWP_NOZORDER);
+  for (const int show : {SW_SHOW, SW_MINIMIZE, SW_RESTORE}) {
+    ::ShowWindow(Window(), show);
+    ASSERT_TRUE(WaitUntil([&] { return (::IsIconic(Window()) != FALSE) == (show == SW_MINIMIZE); }));
+    ::SendMessageW(Window(), WM_NULL, 0, 0);
+    for (std::size_t i = 0; i < before.size() && show != SW_MINIMIZE; ++i) {
       const std::uint32_t flags = controls[i].flags;
       RECT expected = before[i];
-      ::OffsetRect(&expected, flags & R ? dx : 0, flags & D ? dy : 0);
-      if (flags & W) expected.right += dx;
-      if (flags & T) expected.bottom += dy;
-      const RECT now = ClientRectOf(Window(), controls[i].id);
-      EXPECT_TRUE(::EqualRect(&now, &expected)) << when << ' ' << controls[i].id;
+      ::OffsetRect(&expected, flags & R ? kMoreWidth : 0, flags & D ? kMoreHeight : 0);
+      if (flags & W) expected.right += kMoreWidth;
+      if (flags & T) expected.bottom += kMoreHeight;
+      const RECT now = rectOf(controls[i].id);
+      EXPECT_TRUE(::EqualRect(&now, &expected)) << "control " << controls[i].id << ", shown as " << show;
     }
-  };
-  resize(SizeOf(frame).cx + 137, SizeOf(frame).cy + 91);
-  RECT grown{};
-  ::GetClientRect(Window(), &grown);
-  EXPECT_EQ(grown.right - clientBefore.right, 137);
-  EXPECT_EQ(grown.bottom - clientBefore.bottom, 91);
-  expectLayout("grown");
-  ::ShowWindow(Window(), SW_MINIMIZE);
-  ASSERT_TRUE(WaitUntil([this] { return ::IsIconic(Window()); }));
-  ::ShowWindow(Window(), SW_RESTORE);
-  ASSERT_TRUE(WaitUntil([this] { return !::IsIconic(Window()); }));
-  expectLayout("restored");
+  }
   MINMAXINFO limits{};
   ::SendMessageW(Window(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
-  EXPECT_EQ(limits.ptMinTrackSize.x, SizeOf(frame).cx);
-  EXPECT_EQ(limits.ptMinTrackSize.y, SizeOf(frame).cy + ::GetSystemMetrics(SM_CYMENU));
-}
-
-TEST_F(MainWindowTest, TabsShowTheirPage) {
-  Open();
-  const auto expectPage = [this](bool alerts) {
-    EXPECT_EQ(::IsWindowVisible(Item(IDC_RECENT_ALERTS)) != FALSE, alerts);
-    for (const int id : {1055, 1058, 1004, 1005, 1061, 1060, 1006, 1008, 1010, 1007, 1009, 1011, 1070}) {
-      EXPECT_EQ(::IsWindowVisible(Item(id)) != FALSE, !alerts) << id;
-    }
-  };
-  expectPage(true);
-  ::SendMessageW(Item(IDC_TABS), TCM_SETCURFOCUS, 1, 0);
-  expectPage(false);
-  ::SendMessageW(Item(IDC_TABS), TCM_SETCURFOCUS, 0, 0);
-  expectPage(true);
+  EXPECT_EQ(limits.ptMinTrackSize.x, width);
+  EXPECT_EQ(limits.ptMinTrackSize.y, height + ::GetSystemMetrics(SM_CYMENU));
 }
 
 TEST_F(MainWindowTest, DarkModeReachesListsAndTabs) {
@@ -232,70 +164,47 @@ TEST_F(MainWindowTest, DarkModeReachesListsAndTabs) {
   EXPECT_TRUE(light) << "the tab's text";
 }
 
-TEST_F(MainWindowTest, PlacementComesBack) {
-  Open();
-  const SIZE opened = SizeOf(FrameOf(Window()));
-  const RECT placed = {40, 50, 40 + opened.cx + 60, 50 + opened.cy + 80};
-  ::SetWindowPos(Window(), nullptr, placed.left, placed.top, placed.right - placed.left, placed.bottom - placed.top,
-                 SWP_NOZORDER);
-  ASSERT_TRUE(WaitUntil([&] {
-    const RECT now = FrameOf(Window());
-    return ::EqualRect(&now, &placed) != FALSE;
-  }));
-  Close(IDCANCEL);
-  const WindowPlacement stored = {placed.left, placed.top, placed.right, placed.bottom};
-  EXPECT_EQ(settings.Get().mainDialogPlacement, stored);
-  Open();
-  const RECT again = FrameOf(Window());
-  EXPECT_TRUE(::EqualRect(&again, &placed));
-  ::SetWindowPos(Window(), nullptr, 90, 90, 0, 0, SWP_NOZORDER | SWP_NOSIZE);
-  Close(IDM_EXIT);
-  EXPECT_EQ(settings.Get().mainDialogPlacement, stored) << "Exit stores nothing";
-}
+TEST_F(MainWindowTest, EveryWayOutKeepsAndEndsWhatItShould) {
+  program.trayWindow = ::CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+  const struct {
+    WORD command;
+    bool keepsPlacement;
+    bool savesSettings;
+    bool endsProgram;
+  } ways[] = {
+      {IDCANCEL, true, false, false}, {IDM_CLOSE, true, false, false}, {IDOK, true, true, false}, {IDM_EXIT, false, false, true}};
+  WindowPlacement first;
+  WindowPlacement kept;
+  for (const auto& way : ways) {
+    SCOPED_TRACE(way.command);
+    Open();
+    if (!kept.HasSize()) first = FrameOf(Window());
+    EXPECT_EQ(FrameOf(Window()), kept.HasSize() ? kept : first);
+    const std::int32_t left = 40 + way.command % 100;
+    const WindowPlacement moved = {left, 50, left + 800 + way.command % 10, 750};
+    ::SetWindowPos(Window(), nullptr, left, 50, moved.right - left, 700, SWP_NOZORDER);
+    ASSERT_TRUE(WaitUntil([&] { return FrameOf(Window()) == moved; }));
+    Close(way.command);
+    EXPECT_EQ(Window(), nullptr);
+    kept = way.keepsPlacement ? moved : kept;
+    EXPECT_EQ(settings.Get().mainDialogPlacement, kept);
+    SettingsStore saved;
+    LoadSettings(saved, engine);
+    EXPECT_EQ(saved.Get().mainDialogPlacement == moved, way.savesSettings);
+    MSG message;
+    EXPECT_EQ(::PeekMessageW(&message, program.trayWindow, UWM_TERMINATE, UWM_TERMINATE, PM_REMOVE) != FALSE, way.endsProgram);
+  }
+  ::DestroyWindow(program.trayWindow);
 
-TEST_F(MainWindowTest, OkSavesThePlacementToo) {
-  Open();
-  const RECT frame = FrameOf(Window());
-  Close(IDOK);
-  SettingsStore saved;
-  LoadSettings(saved, engine);
-  EXPECT_EQ(saved.Get().mainDialogPlacement, (WindowPlacement{frame.left, frame.top, frame.right, frame.bottom}));
-}
-
-TEST_F(MainWindowTest, PlacementThatCannotBeSeenIsIgnored) {
-  Open();
-  const RECT opened = FrameOf(Window());
-  Close();
-  const WindowPlacement unusable[] = {
-      {-32000, -32000, -31840, -31972}, {9000, 100, 10000, 900}, {100, 100, 100, 900}, {300, 300, 200, 200}};
-  for (const WindowPlacement& placement : unusable) {
+  // A placement that cannot be seen is ignored.
+  for (const WindowPlacement& placement :
+       {WindowPlacement{-32000, -32000, -31840, -31972}, WindowPlacement{9000, 100, 10000, 900},
+        WindowPlacement{100, 100, 100, 900}, WindowPlacement{300, 300, 200, 200}}) {
     settings.Update([&](AppSettings& all) { all.mainDialogPlacement = placement; });
     Open();
-    const RECT now = FrameOf(Window());
-    EXPECT_TRUE(::EqualRect(&now, &opened)) << placement.left;
+    EXPECT_EQ(FrameOf(Window()), first) << placement.left;
     Close(IDM_EXIT);
   }
-}
-
-TEST_F(MainWindowTest, EveryWayOutTakesTheHandleBack) {
-  struct Tray {
-    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-      if (message == UWM_TERMINATE) ::SetPropW(window, L"terminated", window);
-      return ::DefWindowProcW(window, message, wParam, lParam);
-    }
-  };
-  HWND tray = ::CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-  ::SetWindowLongPtrW(tray, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Tray::Procedure));
-  program.trayWindow = tray;
-  for (const WORD command : {WORD{IDCANCEL}, WORD{IDM_CLOSE}, WORD{IDM_EXIT}}) {
-    Open();
-    Close(command);
-    EXPECT_EQ(Window(), nullptr) << command;
-    MSG message;
-    while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) ::DispatchMessageW(&message);
-    EXPECT_EQ(::GetPropW(tray, L"terminated") != nullptr, command == IDM_EXIT) << command;
-  }
-  ::DestroyWindow(tray);
 }
 
 TEST_F(MainWindowTest, SecondRequestBringsTheFirstForward) {
@@ -308,34 +217,39 @@ TEST_F(MainWindowTest, SecondRequestBringsTheFirstForward) {
   MainDialogThread(program);  // returns at once, with a window open
   EXPECT_TRUE(WaitUntil([window] { return !::IsIconic(window) && ::GetForegroundWindow() == window; }));
   EXPECT_EQ(Window(), window);
-  int windows = 0;
-  for (HWND next = nullptr; (next = ::FindWindowExW(nullptr, next, nullptr, kMainWindowTitle)) != nullptr;) ++windows;
-  EXPECT_EQ(windows, 1);
+  EXPECT_EQ(::FindWindowExW(nullptr, window, nullptr, kMainWindowTitle), nullptr);
+  EXPECT_EQ(::FindWindowW(nullptr, kMainWindowTitle), window);
 }
 
-TEST_F(MainWindowTest, TwoThousandRulesOpenQuickly) {
-  RuleList many;
-  for (std::uint32_t id = 1; id <= 2000; ++id) {
-    ThresholdRule rule = Rule(id, L"process-name.exe");
-    rule.maxHandles = rule.maxThreads = rule.maxGdiObjects = rule.maxUserObjects = 10 * id;
-    rule.maxWorkingSet = rule.maxPrivateBytes = id * kBytesPerMb;
+TEST_F(MainWindowTest, TwoThousandRulesOpenQuicklyAndKeepTheirPlaceWhenOneIsEdited) {
+  RuleList many(2000, Rule(0, L"process-name.exe"));
+  for (ThresholdRule& rule : many) {
+    rule.ruleId = static_cast<std::uint32_t>(&rule - many.data()) + 1;
+    rule.maxHandles = rule.maxThreads = rule.maxGdiObjects = rule.maxUserObjects = 10 * rule.ruleId;
+    rule.maxWorkingSet = rule.maxPrivateBytes = rule.ruleId * kBytesPerMb;
     rule.maxCpuPercent = 50;
-    many.push_back(rule);
   }
   rules.Append(many);
   // The best of a few: what else the machine does is not the window's time.
   std::int64_t bestMs = INT64_MAX;
   for (int i = 0; i < 5 && bestMs >= 500; ++i) {
+    if (Window() != nullptr) Close();
     const auto start = std::chrono::steady_clock::now();
     Open();
     const auto opened = std::chrono::steady_clock::now() - start;
     bestMs = std::min<std::int64_t>(bestMs, std::chrono::duration_cast<std::chrono::milliseconds>(opened).count());
     EXPECT_EQ(RowCount(list), 2000);
     EXPECT_EQ(Cell(list, 1999, 8), L"20000");
-    Close();
   }
-  RecordProperty("openedAfterMs", std::to_string(bestMs));
   EXPECT_LT(bestMs, 500);
+
+  SelectRows(list, {150});
+  ::SendMessageW(list, LVM_ENSUREVISIBLE, 150, FALSE);
+  const LRESULT top = ::SendMessageW(list, LVM_GETTOPINDEX, 0, 0);
+  Answer(OpenDialog(IDC_EDIT_RULE, kEditorTitle), IDOK);
+  EXPECT_EQ(::SendMessageW(list, LVM_GETTOPINDEX, 0, 0), top);
+  EXPECT_EQ(::SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED), 150);
+  EXPECT_EQ(::SendMessageW(list, LVM_GETSELECTEDCOUNT, 0, 0), 0);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -19,18 +20,10 @@ class GridMeasurer : public TextMeasurer {
 
 MessageBoxMetrics MetricsAt(int dpi) { return {8 * dpi / 96, 16 * dpi / 96, 1280, {32 * dpi / 96, 32 * dpi / 96}, dpi}; }
 
-MessageBoxContent ContentFor(std::uint32_t style, std::wstring message) {
-  MessageBoxContent content{L"Caption", std::move(message), {}};
+MessageBoxContent ContentFor(std::uint32_t style, std::size_t characters) {
+  MessageBoxContent content{L"Caption", std::wstring(characters, L'x'), {}};
   for (const MessageBoxButton& button : ButtonsOfStyle(style).buttons) content.labels.emplace_back(button.label->text);
   return content;
-}
-
-std::wstring Describe(std::uint32_t style) {
-  std::wstring text;
-  for (const MessageBoxButton& button : ButtonsOfStyle(style).buttons) {
-    text += std::wstring(button.label->text) + L"=" + std::to_wstring(button.id) + L" ";
-  }
-  return text + L"esc=" + std::to_wstring(ButtonsOfStyle(style).escapeResult);
 }
 
 TEST(MessageBoxModel, EveryStyleHasItsButtonsAndEscape) {
@@ -47,24 +40,26 @@ TEST(MessageBoxModel, EveryStyleHasItsButtonsAndEscape) {
       L"&Ignore=5 I&gnore All=16 Cancel=2 esc=2",
   };
   for (std::uint32_t style = 0; style < 16; ++style) {
-    const wchar_t* expected = style < std::size(kExpected) ? kExpected[style] : L"OK=1 esc=0";
-    EXPECT_EQ(Describe(style), expected) << style;
-    EXPECT_EQ(Describe(style | 0x10130), expected) << style;
+    std::wstring set;
+    for (const MessageBoxButton& button : ButtonsOfStyle(style | 0x10130).buttons) {
+      set += std::wstring(button.label->text) + L"=" + std::to_wstring(button.id) + L" ";
+    }
+    set += L"esc=" + std::to_wstring(ButtonsOfStyle(style).escapeResult);
+    EXPECT_EQ(set, style < std::size(kExpected) ? kExpected[style] : L"OK=1 esc=0") << style;
   }
 }
 
 TEST(MessageBoxModel, LaysOutByTheFixedDistances) {
   GridMeasurer measurer;
-  struct Case {
+  const struct {
     const char* name;
     std::uint32_t style;
     std::size_t characters;
     LayoutRect icon;
     LayoutRect message;
     std::vector<LayoutRect> buttons;
-    PixelSize client;
-  };
-  const Case kCases[] = {
+    std::pair<int, int> client;
+  } cases[] = {
       // 10 characters are 70 wide; the row (88 + 6 + 88 + 32) is wider than the message (154 + 24).
       {"one line", 0x24, 10, {24, 24, 58, 58}, {56, 32, 154, 77}, {{16, 91, 104, 117}, {110, 91, 198, 117}}, {214, 129}},
       // 100 characters break at 640 - 10 - 48 = 582; two lines make the message level with the icon.
@@ -72,24 +67,14 @@ TEST(MessageBoxModel, LaysOutByTheFixedDistances) {
       {"no icon", 0x00, 40, {}, {0, 32, 308, 77}, {{244, 91, 332, 117}}, {348, 129}},
       {"nothing to say", 0x00, 0, {}, {0, 32, 28, 77}, {{16, 91, 104, 117}}, {120, 129}},
   };
-  for (const Case& test : kCases) {
-    SCOPED_TRACE(test.name);
-    const MessageBoxContent content = ContentFor(test.style, std::wstring(test.characters, L'x'));
-    const MessageBoxLayout layout = LayOutMessageBox(content, test.style, MetricsAt(96), measurer);
-    EXPECT_EQ(layout.icon, test.icon);
-    EXPECT_EQ(layout.message, test.message);
-    EXPECT_EQ(layout.buttons, test.buttons);
-    EXPECT_EQ(layout.client.width, test.client.width);
-    EXPECT_EQ(layout.client.height, test.client.height);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const auto layout = LayOutMessageBox(ContentFor(c.style, c.characters), c.style, MetricsAt(96), measurer);
+    EXPECT_EQ(layout.icon, c.icon);
+    EXPECT_EQ(layout.message, c.message);
+    EXPECT_EQ(layout.buttons, c.buttons);
+    EXPECT_EQ(std::pair(layout.client.width, layout.client.height), c.client);
   }
-}
-
-bool Inside(const DialogUnitRect& inner, const DialogUnitRect& outer) {
-  return inner.x >= 0 && inner.y >= 0 && inner.x + inner.cx <= outer.cx && inner.y + inner.cy <= outer.cy;
-}
-
-bool Apart(const DialogUnitRect& a, const DialogUnitRect& b) {
-  return a.x + a.cx <= b.x || b.x + b.cx <= a.x || a.y + a.cy <= b.y || b.y + b.cy <= a.y;
 }
 
 // Whatever the style, the length and the resolution: nothing overlaps or sticks out, the text has room, and one button is the
@@ -100,7 +85,7 @@ TEST(MessageBoxModel, EveryCombinationYieldsASoundTemplate) {
     for (std::uint32_t style = 0; style < 0x800; ++style) {
       const std::uint32_t full = style | (style % 2 != 0 ? 0x1000u : 0u);
       SCOPED_TRACE(testing::Message() << dpi << " dpi, style " << std::hex << full);
-      const MessageBoxContent content = ContentFor(full, std::wstring(style % 7 * 40, L'x'));
+      const MessageBoxContent content = ContentFor(full, style % 7 * 40);
       const MessageBoxMetrics metrics = MetricsAt(dpi);
       const MessageBoxLayout layout = LayOutMessageBox(content, full, metrics, measurer);
       const CXDialogTemplate box = MakeMessageBoxTemplate(content, full, layout, metrics);
@@ -112,14 +97,17 @@ TEST(MessageBoxModel, EveryCombinationYieldsASoundTemplate) {
       const auto& items = box.Items();
       ASSERT_EQ(items.size(), first + buttons.size());
       for (std::size_t i = 0; i < items.size(); ++i) {
-        ASSERT_TRUE(Inside(items[i].rect, client)) << i;
-        for (std::size_t k = 0; k < i; ++k) ASSERT_TRUE(Apart(items[i].rect, items[k].rect)) << k << " and " << i;
+        const DialogUnitRect& a = items[i].rect;
+        ASSERT_TRUE(a.x >= 0 && a.y >= 0 && a.x + a.cx <= client.cx && a.y + a.cy <= client.cy) << i;
+        for (std::size_t k = 0; k < i; ++k) {
+          const DialogUnitRect& b = items[k].rect;
+          ASSERT_TRUE(a.x + a.cx <= b.x || b.x + b.cx <= a.x || a.y + a.cy <= b.y || b.y + b.cy <= a.y) << k << " and " << i;
+        }
       }
       const std::size_t named = (full >> 8) & 0xF;
-      const std::size_t expected = named < buttons.size() ? named : 0;
       for (std::size_t i = 0; i < buttons.size(); ++i) {
         ASSERT_EQ(items[first + i].id, buttons[i].id);
-        ASSERT_EQ((items[first + i].style & 1) != 0, i == expected) << i;
+        ASSERT_EQ((items[first + i].style & 1) != 0, i == (named < buttons.size() ? named : 0)) << i;
       }
       const int textWidth = items[first - 1].rect.cx * metrics.dialogBaseX / 4;
       ASSERT_GE(textWidth, measurer.MeasureMessage(content.message, 640 - 64 * dpi / 96).width);

@@ -8,23 +8,14 @@
 namespace {
 
 TEST(NumberText, IntegersOfCellsAndFields) {
-  struct Case {
+  const struct {
     const wchar_t* text;
     std::uint32_t cell;
     std::uint32_t field;
-  };
-  const Case cases[] = {
-      {L"", 0, 0},
-      {L"abc", 0, 0},
-      {L"12abc", 12, 12},
-      {L" \t 7 8", 7, 7},
-      {L"+-5", 0, 0},
-      {L"0x10", 0, 0},
-      {L"4294967296", 4294967295U, 4294967295U},
-      {L"-5", 4294967291U, 0},
-      {L"-99999999999", 2147483648U, 0},
-  };
-  for (const Case& c : cases) {
+  } cases[] = {{L"", 0, 0},    {L"12abc", 12, 12},     {L" \t 7 8", 7, 7},
+               {L"+-5", 0, 0}, {L"-5", 0xFFFFFFFB, 0}, {L"4294967296", 0xFFFFFFFF, 0xFFFFFFFF},
+               {L"0x1", 0, 0}, {L"+9", 9, 9},          {L"-99999999999", 0x80000000, 0}};
+  for (const auto& c : cases) {
     EXPECT_EQ(ReadCellInteger(c.text), c.cell) << testing::PrintToString(std::wstring(c.text));
     EXPECT_EQ(ReadFieldInteger(c.text), c.field) << testing::PrintToString(std::wstring(c.text));
   }
@@ -32,15 +23,11 @@ TEST(NumberText, IntegersOfCellsAndFields) {
 
 TEST(NumberText, Decimals) {
   constexpr double kMax = std::numeric_limits<double>::max();
-  const struct {
-    const wchar_t* text;
-    double value;
-  } cases[] = {
-      {L"", 0.0},     {L"abc", 0.0}, {L".", 0.0},     {L"-", 0.0},      {L"12.5", 12.5},    {L"12,5", 12.0},  {L" -5", -5.0},
-      {L"+.5x", 0.5}, {L"3.", 3.0},  {L"1e2", 100.0}, {L"1e", 1.0},     {L"1e+", 1.0},      {L"25E-1%", 2.5}, {L"0x10", 0.0},
-      {L"inf", 0.0},  {L"nan", 0.0}, {L"1d5", 1.0},   {L"1e999", kMax}, {L"-1e999", -kMax}, {L"1e-999", 0.0}, {L"87.5 CPU", 87.5},
+  const std::pair<const wchar_t*, double> cases[] = {
+      {L"", 0.0},       {L"-", 0.0},    {L"12,5", 12.0}, {L" -5", -5.0}, {L"+.5x", 0.5},   {L"3.", 3.0},       {L"1e+", 1.0},
+      {L"25E-1%", 2.5}, {L"0x10", 0.0}, {L"inf", 0.0},   {L"1d5", 1.0},  {L"1e999", kMax}, {L"-1e999", -kMax}, {L"1e-999", 0.0},
   };
-  for (const auto& c : cases) EXPECT_EQ(ReadDecimal(c.text), c.value) << testing::PrintToString(std::wstring(c.text));
+  for (const auto& [text, value] : cases) EXPECT_EQ(ReadDecimal(text), value) << testing::PrintToString(std::wstring(text));
 }
 
 }  // namespace

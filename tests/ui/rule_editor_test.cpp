@@ -4,39 +4,32 @@
 
 namespace {
 
-class RuleEditorTest : public MainWindowTest {
- protected:
-  HWND OpenEditor(WORD command) { return OpenDialog(command, kEditorTitle); }
-};
+using RuleEditorTest = MainWindowTest;
 
-TEST_F(RuleEditorTest, AddedRuleIsNewAndSaved) {
+TEST_F(RuleEditorTest, AddingUsesAnIdUpAndOkSavesTheRule) {
   rules.Append({Rule(4, L"old.exe")});
   Open();
   const std::uint32_t id = rules.NextRuleId();
-  HWND editor = OpenEditor(IDC_ADD_RULE);
+  Answer(OpenDialog(IDC_ADD_RULE, kEditorTitle), IDCANCEL);
+  HWND editor = OpenDialog(IDM_ADD_RULE, kEditorTitle);
+  ::PostMessageW(editor, WM_CLOSE, 0, 0);
+  ASSERT_TRUE(WaitUntil([editor] { return !::IsWindow(editor); }));
+  EXPECT_EQ(Rules(), RuleList{Rule(4, L"old.exe")});
+  EXPECT_EQ(RowCount(list), 1);
+
+  // A double click below the rows adds too.
+  for (const int message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP}) {
+    ::PostMessageW(list, static_cast<UINT>(message), MK_LBUTTON, MAKELPARAM(100, 100));
+  }
+  editor = WaitForDialog(kEditorTitle);
   EXPECT_EQ(FocusOf(editor), ::GetDlgItem(editor, IDC_PATTERN));
   EXPECT_EQ(::IsDlgButtonChecked(editor, IDC_ENABLED), UINT{BST_CHECKED});
   for (int field = IDC_PATTERN; field <= IDC_COOLDOWN; ++field)
     EXPECT_EQ(TextOfItem(editor, field), field == IDC_COOLDOWN ? L"60" : L"") << field;
   Answer(editor, IDOK);
-  ThresholdRule expected = Rule(id, L"");
-  EXPECT_EQ(Rules(), (RuleList{Rule(4, L"old.exe"), expected}));
+  EXPECT_EQ(Rules(), (RuleList{Rule(4, L"old.exe"), Rule(id + 2, L"")}));
   EXPECT_EQ(RowCount(list), 2);
   ExpectSaved();
-}
-
-TEST_F(RuleEditorTest, CancelledAddUsesTheIdUp) {
-  Open();
-  const std::uint32_t id = rules.NextRuleId();
-  Answer(OpenEditor(IDM_ADD_RULE), IDCANCEL);
-  HWND editor = OpenEditor(IDC_ADD_RULE);
-  ::PostMessageW(editor, WM_CLOSE, 0, 0);
-  ASSERT_TRUE(WaitUntil([editor] { return !::IsWindow(editor); }));
-  EXPECT_TRUE(Rules().empty());
-  EXPECT_EQ(RowCount(list), 0);
-  Answer(OpenEditor(IDC_ADD_RULE), IDOK);
-  ASSERT_EQ(Rules().size(), 1U);
-  EXPECT_EQ(Rules()[0].ruleId, id + 2);
 }
 
 TEST_F(RuleEditorTest, EditsTheUpperOfTheSelectedRules) {
@@ -47,8 +40,8 @@ TEST_F(RuleEditorTest, EditsTheUpperOfTheSelectedRules) {
   rule.cooldownSec = 0;
   rules.Append({Rule(8, L"a.exe"), rule, Rule(10, L"c.exe")});
   Open();
-  SelectRows(list, {1, 2});
-  HWND editor = OpenEditor(IDC_EDIT_RULE);
+  SelectRows(list, {2, 1});
+  HWND editor = OpenDialog(IDC_EDIT_RULE, kEditorTitle);
   EXPECT_EQ(TextOfItem(editor, IDC_PATTERN), L"b.exe");
   EXPECT_EQ(TextOfItem(editor, IDC_MAX_WORKING_SET), L"1");
   EXPECT_EQ(TextOfItem(editor, IDC_MAX_CPU), L"88");
@@ -56,8 +49,7 @@ TEST_F(RuleEditorTest, EditsTheUpperOfTheSelectedRules) {
   Answer(editor, IDCANCEL);
   EXPECT_EQ(Rules()[1], rule);
 
-  SelectRows(list, {2, 1});
-  editor = OpenEditor(IDM_EDIT_RULE);
+  editor = OpenDialog(IDM_EDIT_RULE, kEditorTitle);
   ::SetDlgItemTextW(editor, IDC_PATTERN, (std::wstring(300, L'p')).c_str());
   ::SetDlgItemTextW(editor, IDC_MAX_CPU, L"12.5");
   ::SetDlgItemTextW(editor, IDC_MAX_GDI, L"99999999999");

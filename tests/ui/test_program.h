@@ -10,39 +10,16 @@
 
 #include "core/simulated_process_table.h"
 #include "platform/clock.h"
-#include "platform/handles.h"
+#include "tests/storage/throwaway_folder.h"
 #include "ui/program.h"
 
 inline constexpr wchar_t kMainWindowTitle[] = L"Vantora - Process Resource Monitor";
 
-/// Deleted with the files that lie in it.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    wchar_t base[MAX_PATH + 1] = L"";
-    ::GetTempPathW(MAX_PATH, base);
-    static int count = 0;
-    path_ = base + (L"vantora-test-" + std::to_wstring(::GetCurrentProcessId()) + L"-" + std::to_wstring(++count));
-    ::CreateDirectoryW(path_.c_str(), nullptr);
-  }
-  ~TemporaryFolder() {
-    WIN32_FIND_DATAW file;
-    if (const UniqueFind search{::FindFirstFileW(File(L"*").c_str(), &file)}; search.get() != INVALID_HANDLE_VALUE) {
-      do ::DeleteFileW(File(file.cFileName).c_str());
-      while (::FindNextFileW(search.get(), &file));
-    }
-    ::RemoveDirectoryW(path_.c_str());
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  [[nodiscard]] std::wstring File(const std::wstring& name) const { return path_ + L"\\" + name; }
+struct TemporaryFolder : ThrowawayFolder {
+  [[nodiscard]] std::wstring File(const std::wstring& name) const { return Path("") + name; }
   [[nodiscard]] bool Has(const std::wstring& name) const {
     return ::GetFileAttributesW(File(name).c_str()) != INVALID_FILE_ATTRIBUTES;
   }
-
- private:
-  std::wstring path_;
 };
 
 struct TestProgram {

@@ -2,6 +2,8 @@
 
 #include <commctrl.h>
 
+#include <chrono>
+
 namespace {
 
 constexpr int kWaitMs = 10'000;
@@ -10,21 +12,11 @@ constexpr wchar_t kMenuClass[] = L"#32768";
 
 /// The first visible window of the thread that the test accepts.
 HWND FindThreadWindow(DWORD threadId, const wchar_t* className, const std::function<bool(HWND)>& accepts) {
-  struct Search {
-    const wchar_t* className;
-    const std::function<bool(HWND)>& accepts;
-    HWND found;
-  } search{className, accepts, nullptr};
-  const auto visit = [](HWND window, LPARAM parameter) -> BOOL {
-    auto& wanted = *reinterpret_cast<Search*>(parameter);
-    wchar_t name[32] = L"";
-    ::GetClassNameW(window, name, static_cast<int>(std::size(name)));
-    if (std::wstring(name) != wanted.className || !::IsWindowVisible(window) || !wanted.accepts(window)) return TRUE;
-    wanted.found = window;
-    return FALSE;
-  };
-  ::EnumThreadWindows(threadId, visit, reinterpret_cast<LPARAM>(&search));
-  return search.found;
+  HWND window = nullptr;
+  while ((window = ::FindWindowExW(nullptr, window, className, nullptr)) != nullptr) {
+    if (::GetWindowThreadProcessId(window, nullptr) == threadId && ::IsWindowVisible(window) && accepts(window)) break;
+  }
+  return window;
 }
 
 }  // namespace
@@ -39,29 +31,17 @@ bool WaitUntil(const std::function<bool()>& condition) {
 }
 
 WindowThread::WindowThread(std::function<void()> routine)
-    : started_(::CreateEventW(nullptr, TRUE, FALSE, nullptr)), ended_(::CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
-  thread_ = std::thread([this, run = std::move(routine)] {
-    id_ = ::GetCurrentThreadId();
-    ::SetEvent(started_);
-    run();
-    ::SetEvent(ended_);
-  });
-  ::WaitForSingleObject(started_, INFINITE);
-}
+    : ended_(std::async(std::launch::async, [this, run = std::move(routine)] {
+        id_ = ::GetCurrentThreadId();
+        run();
+      })) {}
 
 WindowThread::~WindowThread() {
-  while (::WaitForSingleObject(ended_, 20) == WAIT_TIMEOUT) CancelWindows();
-  thread_.join();
-  ::CloseHandle(started_);
-  ::CloseHandle(ended_);
-}
-
-void WindowThread::CancelWindows() const {
   const auto cancel = [](HWND window) {
     if (::IsWindowEnabled(window)) PostCommand(window, IDCANCEL);
     return false;
   };
-  FindThreadWindow(id_, kDialogClass, cancel);
+  while (ended_.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready) FindThreadWindow(id_, kDialogClass, cancel);
 }
 
 HWND WindowThread::WaitForWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) const {
@@ -84,10 +64,16 @@ HWND WindowThread::WaitForMenu() const {
   return WaitForWindow(kMenuClass, [](HWND) { return true; });
 }
 
-bool WindowThread::WaitForEnd() const { return ::WaitForSingleObject(ended_, kWaitMs) == WAIT_OBJECT_0; }
+bool WindowThread::WaitForEnd() const { return ended_.wait_for(std::chrono::milliseconds(kWaitMs)) == std::future_status::ready; }
 
 void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
 void SendCommand(HWND dialog, int id) { ::SendMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
+
+HWND FocusOf(HWND window) {
+  GUITHREADINFO info{};
+  info.cbSize = sizeof(info);
+  return ::GetGUIThreadInfo(::GetWindowThreadProcessId(window, nullptr), &info) ? info.hwndFocus : nullptr;
+}
 
 std::wstring TextOf(HWND window) {
   std::wstring text(static_cast<std::size_t>(::SendMessageW(window, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');

@@ -5,9 +5,10 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <functional>
+#include <future>
 #include <string>
-#include <thread>
 #include <vector>
 
 /// Looks every few milliseconds until the condition holds; false when it never does.
@@ -19,6 +20,8 @@ class WindowThread {
   explicit WindowThread(std::function<void()> routine);
   /// Cancels whatever window still stands, then waits for the routine.
   ~WindowThread();
+  WindowThread(const WindowThread&) = delete;
+  WindowThread& operator=(const WindowThread&) = delete;
 
   /// The visible, enabled dialog of this thread with the title; null when it does not appear.
   [[nodiscard]] HWND WaitForDialog(const std::wstring& title) const;
@@ -30,12 +33,9 @@ class WindowThread {
 
  private:
   [[nodiscard]] HWND WaitForWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) const;
-  void CancelWindows() const;
 
-  DWORD id_ = 0;
-  HANDLE started_;
-  HANDLE ended_;
-  std::thread thread_;
+  std::atomic<DWORD> id_ = 0;
+  std::future<void> ended_;
 };
 
 /// As a click on a button or a menu item, without waiting for what it does.
@@ -43,6 +43,8 @@ void PostCommand(HWND dialog, int id);
 /// The same, back when it is done.
 void SendCommand(HWND dialog, int id);
 
+/// The control with the keyboard focus of the thread that owns the window.
+HWND FocusOf(HWND window);
 std::wstring TextOf(HWND window);
 std::wstring TextOfItem(HWND dialog, int id);
 int RowCount(HWND list);
