@@ -33,7 +33,8 @@ enum class WriteResult { kWritten, kCannotOpen, kWriteFailed };
 
 /// Makes the bytes the file's whole content, in place: one write over what is there, flushed before the file is closed. A program
 /// killed meanwhile leaves the old file or the new one, the latter perhaps followed by empty lines in place of a longer old one's
-/// rest; a system that breaks off the write itself (Linux does, between pages) leaves some of each. A disk that fills up leaves the file damaged (kWriteFailed) until the next whole write.
+/// rest; a system that breaks off the write itself (Linux does, between pages) leaves some of each. A disk that fills up leaves
+/// the file damaged (kWriteFailed) until the next whole write.
 [[nodiscard]] WriteResult WriteWholeFile(const std::wstring& path, std::string_view bytes);
 
 /// Appends the bytes with one write, creating the file when it is missing; `whenEmpty` goes first when the file had no bytes.

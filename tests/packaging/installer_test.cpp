@@ -5,6 +5,8 @@
 #include <shellapi.h>
 #include <shlobj.h>
 
+#include <vector>
+
 #include "app/messages.h"
 #include "system/version_number.h"
 #include "tests/e2e/fixture.h"
@@ -15,6 +17,20 @@ namespace {
 
 constexpr wchar_t kEntry[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Vantora";
 constexpr DWORD kGiveUpMs = 40'000;
+
+/// "a.b.c.d" of a program's version resource.
+std::wstring FileVersion(const std::wstring& path) {
+  DWORD ignored = 0;
+  std::vector<BYTE> resource(::GetFileVersionInfoSizeW(path.c_str(), &ignored));
+  VS_FIXEDFILEINFO* fixed = nullptr;
+  UINT size = 0;
+  if (resource.empty() || !::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
+      !::VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&fixed), &size)) {
+    return L"none";
+  }
+  const auto text = [](DWORD pair) { return std::to_wstring(HIWORD(pair)) + L"." + std::to_wstring(LOWORD(pair)); };
+  return text(fixed->dwFileVersionMS) + L"." + text(fixed->dwFileVersionLS);
+}
 
 class Installer : public EndToEndTest {
  protected:
@@ -55,6 +71,7 @@ class Installer : public EndToEndTest {
     EXPECT_TRUE(PathExists(shortcut_));
     EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
     ExpectVersion(AppVersion);
+    for (const std::wstring& file : {program_, FullPath(VANTORA_SETUP)}) EXPECT_EQ(FileVersion(file), AppVersion);
 
     const std::pair<const wchar_t*, std::wstring> texts[] = {
         {L"DisplayName", L"Vantora"},
