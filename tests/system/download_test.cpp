@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "captured_lines.h"
 #include "fake_http_client.h"
 #include "limited_memory.h"
+#include "tests/platform/diagnostic_lines.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ TEST(Download, ReturnsTheBodyWhateverItsSizeAndPiecesAsFarAsItCame) {
         http.status.reset();
         http.answeringUrl = L"HTTPS://localhost/elsewhere";
       }
-      CapturedLines lines;
+      DiagnosticLines lines;
       std::string body = "left over";
       ASSERT_TRUE(DownloadFile(http, kUrl, body));
       EXPECT_EQ(body, Pattern(size));
@@ -64,7 +64,7 @@ TEST(Download, FailsWhereTheAnswerCannotBeTrustedOrKept) {
     FakeHttpClient http;
     http.body = "0.0.2.9";
     c.breakIt(http);
-    CapturedLines lines;
+    DiagnosticLines lines;
     std::string body = "left over";
     {
       const LimitedMemory limited(1'000'000);

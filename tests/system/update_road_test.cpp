@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include "captured_lines.h"
 #include "platform/handles.h"
 #include "system/update_check.h"
 #include "system/update_install.h"
@@ -12,6 +11,7 @@
 #include "system/version_number.h"
 #include "tests/e2e/profile.h"
 #include "tests/e2e/wait.h"
+#include "tests/platform/diagnostic_lines.h"
 #include "tests/update_server/test_server.h"
 
 namespace {
@@ -30,7 +30,7 @@ class UpdateRoad : public testing::Test {
 
   /// The latest version after one check, whose lines hold one that begins with the text.
   std::wstring Check(const wchar_t* line) {
-    const CapturedLines lines;
+    const DiagnosticLines lines;
     CheckForUpdatesThread(updates_, settings_, done_);
     EXPECT_EQ(done_.Wait(0), WaitResult::kSignaled);
     EXPECT_TRUE(lines.Has(line)) << testing::PrintToString(lines.Lines());
@@ -148,7 +148,7 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
     TestServer::Use(c.scenario);
     TestServer::UseServer(kGood);
     TestServer::UseTemp(server_.Temp());
-    const CapturedLines lines;
+    const DiagnosticLines lines;
     InstallationSteps steps = SystemInstallationSteps();
     c.breakIt(steps);
     EXPECT_EQ(DownloadAndInstallUpdate(steps, true), c.started);
@@ -197,7 +197,7 @@ TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilentlyAndNobo
     attack();
     return launch(path);
   };
-  const CapturedLines lines;
+  const DiagnosticLines lines;
   ASSERT_TRUE(DownloadAndInstallUpdate(steps, true));
   EXPECT_EQ(refused, 2);
   EXPECT_EQ(server_.LaunchRecord(), server_.ProperLaunch());
