@@ -20,21 +20,11 @@ using Texts = std::vector<std::wstring>;
 
 inline ThresholdRule ThreadRule(std::uint32_t ruleId, std::uint32_t maxThreads, std::uint32_t cooldownSec = 0,
                                 const wchar_t* pattern = L"*") {
-  ThresholdRule rule;
-  rule.ruleId = ruleId;
-  rule.processPattern = pattern;
-  rule.maxThreads = maxThreads;
-  rule.cooldownSec = cooldownSec;
-  return rule;
+  return {.ruleId = ruleId, .processPattern = pattern, .maxThreads = maxThreads, .cooldownSec = cooldownSec};
 }
 
 inline SimulatedProcess MakeProcess(std::uint32_t pid, const wchar_t* name, std::uint32_t threads, ProcessTimes times = {}) {
-  SimulatedProcess process;
-  process.pid = pid;
-  process.name = name;
-  process.threads = threads;
-  process.times = times;
-  return process;
+  return {.pid = pid, .name = name, .threads = threads, .memory = {}, .times = times};
 }
 
 /// Time that moves only when told to.

@@ -44,7 +44,7 @@ class Alerts : public EndToEndTest {
 
   /// The number of lines in alerts.log, each of which ends with CR LF and is an alert of this process over its thread ceiling.
   int ExpectThreadAlertsInLog() const {
-    const std::string bytes = ReadFileBytes(profile_.LogFile()).value_or("");
+    const std::string bytes = ReadWholeFile(profile_.LogFile()).value_or("");
     EXPECT_EQ(bytes.substr(0, 3), "\xEF\xBB\xBF");
     const std::string tail = "\t" + pid_ + "\t" + OwnName() + "\tThreads: " + OwnThreadCount() + " > 1\r\n";
     int lines = 0;
@@ -99,7 +99,7 @@ TEST_F(Alerts, AWorkingSetShowsOneBalloonInItsCooldownAndTheLogIsWrittenAndReadB
   program.ChooseFromTrayMenu(L'l');
   HWND window = program.WaitForDialog(IDC_ALERT_LIST);
   ASSERT_NE(window, nullptr);
-  EXPECT_TRUE(WaitUntil([&] { return ListRowCount(::GetDlgItem(window, IDC_ALERT_LIST)) == logged; }));
+  EXPECT_TRUE(WaitUntil([&] { return RowCount(::GetDlgItem(window, IDC_ALERT_LIST)) == logged; }));
   EXPECT_TRUE(program.End());
 }
 

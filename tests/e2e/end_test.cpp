@@ -26,7 +26,7 @@ class End : public EndToEndTest {
   /// Types into the pattern's cell of the first rule.
   static void EditCell(const RunningProgram& program) {
     HWND list = ::GetDlgItem(program.WaitForMainWindow(), IDC_RULE_LIST);
-    ASSERT_TRUE(WaitUntil([&] { return ListRowCount(list) == 1; }));
+    ASSERT_TRUE(WaitUntil([&] { return RowCount(list) == 1; }));
     // Right of the first column, in the row below the header.
     constexpr LPARAM kCell = MAKELPARAM(120, 28);
     for (const UINT message : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONUP}, UINT{WM_LBUTTONDBLCLK}, UINT{WM_LBUTTONUP}}) {
@@ -74,7 +74,7 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
     EXPECT_TRUE(debug_.ComesOnce(program.Id(), "RuleStore::Save - Saved"));
     EXPECT_EQ(shell_.IconCount(), 0u);
     EXPECT_EQ(profile_.Get(kSettings, L"PollIntervalSec"), RegistryValue::Number(30));
-    EXPECT_EQ(ReadFileBytes(profile_.RulesFile()), kRulesHead + rule + "\r\n");
+    EXPECT_EQ(ReadWholeFile(profile_.RulesFile()), kRulesHead + rule + "\r\n");
   }
 }
 

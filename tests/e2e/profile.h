@@ -41,8 +41,6 @@ inline std::wstring ShellFolder(int id) {
 }
 
 inline bool PathExists(const std::wstring& path) { return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
-/// Empty optional: no such file.
-inline std::optional<std::string> ReadFileBytes(const std::wstring& path) { return ReadWholeFile(path); }
 /// Creates the file's folder too.
 inline void WriteFileBytes(const std::wstring& path, const std::string& bytes) {
   ::CreateDirectoryW(path.substr(0, path.rfind(L'\\')).c_str(), nullptr);

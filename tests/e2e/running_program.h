@@ -4,8 +4,6 @@
 
 #include <windows.h>
 
-#include <commctrl.h>
-
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -15,13 +13,12 @@
 #include "platform/handles.h"
 #include "res/resource.h"
 #include "tests/e2e/wait.h"
+#include "tests/ui/window_driver.h"
 
 namespace e2e {
 
 inline constexpr wchar_t kTrayClass[] = L"VANTORAW";
 inline constexpr wchar_t kTrayTitle[] = L"Vantora";
-inline constexpr wchar_t kDialogClass[] = L"#32770";
-inline constexpr wchar_t kMenuClass[] = L"#32768";
 inline constexpr wchar_t kRunningEvent[] = L"Global\\VantoraRunning";
 
 /// The path in full, of what the build has put in its folder.
@@ -31,16 +28,6 @@ inline std::wstring FullPath(const wchar_t* path) {
   return full;
 }
 inline std::wstring ProgramPath() { return FullPath(VANTORA_EXE); }
-
-inline std::wstring TextOf(HWND window) {
-  wchar_t text[1024]{};
-  ::SendMessageW(window, WM_GETTEXT, std::size(text), reinterpret_cast<LPARAM>(text));
-  return text;
-}
-/// Without waiting for what the command does.
-inline void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
-/// Of a list view of another process.
-inline int ListRowCount(HWND list) { return static_cast<int>(::SendMessageW(list, LVM_GETITEMCOUNT, 0, 0)); }
 
 /// A process that is ended with its owner, when it has not ended before.
 class RunningProgram {

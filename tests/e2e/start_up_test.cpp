@@ -125,7 +125,7 @@ TEST_F(StartUp, RestartTakesOverOnceTheRunningInstanceHasSavedWhatItReadWithItsF
   ASSERT_TRUE(debug_.WaitFor(first.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
   const RunningProgram second(L"-restart /tray");
   EXPECT_EQ(first.WaitForExit(), 0u);
-  EXPECT_EQ(ReadFileBytes(profile_.RulesFile()),
+  EXPECT_EQ(ReadWholeFile(profile_.RulesFile()),
             kRulesHead + std::string("4,foo.exe,1,0,0.0,0.0,0.0,0,0,0,3,60\r\n9, b*.exe,1,10,0.5,512.0,95.0,7,8,9,7,0\r\n"
                                      "5,c d.exe,0,0,0.0,0.0,0.0,0,0,0,3,60\r\n"));
   for (const auto& setting : settings) {
@@ -162,7 +162,7 @@ TEST_F(StartUp, TheEarlierProductIsAskedToCloseAndItsSettingsFolderAndAutostartA
   for (const wchar_t* key : {kSettings, kLegacySettings}) {
     EXPECT_EQ(profile_.Get(key, L"NotificationThrottleSec"), RegistryValue::Number(77));
   }
-  EXPECT_EQ(ReadFileBytes(profile_.RulesFile()), rules);
+  EXPECT_EQ(ReadWholeFile(profile_.RulesFile()), rules);
   EXPECT_FALSE(PathExists(profile_.LegacyFolder()));
   EXPECT_EQ(profile_.Get(kRun, L"Halvern"), std::nullopt);
   EXPECT_EQ(profile_.Get(kRun, L"Vantora"), RegistryValue::Text(L"\"" + ProgramPath() + L"\""));

@@ -7,7 +7,7 @@
 namespace e2e {
 
 inline constexpr DWORD kPatienceMs = 20'000;
-inline constexpr DWORD kPollMs = 20;
+inline constexpr DWORD kPollMs = 5;
 
 /// True as soon as the condition holds; false when it does not within the time.
 template <class Condition>

@@ -67,7 +67,7 @@ class Installer : public EndToEndTest {
   }
   /// What an installation leaves where nothing ran.
   void ExpectInstalled() const {
-    EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath()));
+    EXPECT_EQ(ReadWholeFile(program_), ReadWholeFile(ProgramPath()));
     EXPECT_TRUE(PathExists(shortcut_));
     EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
     ExpectVersion(AppVersion);
@@ -86,7 +86,7 @@ class Installer : public EndToEndTest {
     const auto size = Entry(L"EstimatedSize");
     ASSERT_TRUE(size && size->bytes.size() == 4);
     const auto sizeKb = *reinterpret_cast<const DWORD*>(size->bytes.data());
-    EXPECT_NEAR(sizeKb, static_cast<DWORD>((ReadFileBytes(program_)->size() + ReadFileBytes(uninstaller_)->size()) / 1024), 100);
+    EXPECT_NEAR(sizeKb, static_cast<DWORD>((ReadWholeFile(program_)->size() + ReadWholeFile(uninstaller_)->size()) / 1024), 100);
   }
 
   const std::wstring folder_ = ShellFolder(CSIDL_LOCAL_APPDATA) + L"\\Programs\\Vantora";
@@ -104,7 +104,7 @@ TEST_F(Installer, UpgradesOverTheRunningProgramOnceThatHasEndedAndStartsItAgain)
     EXPECT_EQ(Install(VANTORA_SETUP), 2u);
   }
   ExpectVersion(L"0.0.2.6");
-  EXPECT_EQ(ReadFileBytes(program_), ReadFileBytes(ProgramPath())) << "left whole";
+  EXPECT_EQ(ReadWholeFile(program_), ReadWholeFile(ProgramPath())) << "left whole";
   EXPECT_EQ(profile_.Get(kSettings, L"UpdateFinished"), RegistryValue::Number(0)) << "no balloon for what did not happen";
   const DWORD old = WaitForInstance();
   ASSERT_TRUE(debug_.WaitFor(old, "MonitorEngine::MonitorLoop - Entering loop"));

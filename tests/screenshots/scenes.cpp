@@ -5,8 +5,6 @@
 
 #include <windows.h>
 
-#include <commctrl.h>
-
 #include <string>
 #include <thread>
 
@@ -67,22 +65,16 @@ void ShowSettingsPage(HWND window) { ::SendDlgItemMessageW(window, IDC_TABS, TCM
 template <UINT Message, WPARAM First, LPARAM Second = 0>
 void OpenPopup(HWND window) {
   ::PostMessageW(window, Message, First, Second);
-  WaitUntil([] { return ::FindWindowW(L"#32768", nullptr) != nullptr; });
+  WaitForPopup();
 }
 
-void EditCell(HWND window) {
-  NMITEMACTIVATE click{};
-  click.hdr = {::GetDlgItem(window, IDC_RULE_LIST), IDC_RULE_LIST, static_cast<UINT>(NM_DBLCLK)};
-  click.iItem = 2;
-  click.iSubItem = 1;
-  ::SendMessageW(window, WM_NOTIFY, IDC_RULE_LIST, reinterpret_cast<LPARAM>(&click));
-}
+void EditCell(HWND window) { NotifyDoubleClick(::GetDlgItem(window, IDC_RULE_LIST), 2, 1); }
 
 /// The system's own box above ours with the same content.
 void ShowSystemBox(HWND ours) {
   std::thread([] { ::MessageBoxW(nullptr, LoadResString(IDS_ASK_REMOVE_ONE).c_str(), L"System", kAskRemove); }).detach();
   HWND system = nullptr;
-  WaitUntil([&system] { return (system = ::FindWindowW(L"#32770", L"System")) != nullptr; });
+  WaitUntil([&system] { return (system = ::FindWindowW(kDialogClass, L"System")) != nullptr; });
   ::SetWindowPos(system, nullptr, 400, 300, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
   ::SetWindowPos(ours, nullptr, 400, 480, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
 }
@@ -121,10 +113,10 @@ int Show(const Scene& scene, const wchar_t* readyFile) {
   FillProgram(test);
   const WindowThread thread([&scene] { scene.open(test.program); });
   HWND window = nullptr;
-  if (!WaitUntil([&window] { return ::IsWindowVisible(window = ::FindWindowW(L"#32770", nullptr)) != FALSE; })) return 2;
+  if (!WaitUntil([&window] { return ::IsWindowVisible(window = ::FindWindowW(kDialogClass, nullptr)) != FALSE; })) return 2;
   if (scene.prepare != nullptr) scene.prepare(window);
   ::Sleep(500);  // until the window manager has placed and framed everything
-  for (window = nullptr; (window = ::FindWindowExW(nullptr, window, L"#32770", nullptr)) != nullptr;) {
+  for (window = nullptr; (window = ::FindWindowExW(nullptr, window, kDialogClass, nullptr)) != nullptr;) {
     ::RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);  // now, however busy
   }
   ::Sleep(700);

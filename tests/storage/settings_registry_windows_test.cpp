@@ -6,37 +6,17 @@
 
 #include <filesystem>
 
-#include "storage/data_folder.h"
+#include "tests/e2e/profile.h"
 
 namespace {
 
-constexpr wchar_t kOldKey[] = L"Software\\Halvern";
-
 std::string Bytes(const void* data, std::size_t sizeBytes) { return {static_cast<const char*>(data), sizeBytes}; }
 
-/// In the prefix of the test, which is thrown away.
 class SettingsRegistry : public testing::Test {
  protected:
-  SettingsRegistry() { Clean(); }
-  ~SettingsRegistry() override { Clean(); }
-
-  void Clean() {
-    for (const wchar_t* key : {kSettingsKey, kOldKey}) ::RegDeleteTreeW(HKEY_CURRENT_USER, key);
-    for (const wchar_t* name : {L"Halvern", L"Vantora"}) ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, name);
-    for (const auto& folder : {oldFolder_, newFolder_}) std::filesystem::remove_all(folder);
+  void SetUp() override {
+    if (!e2e::ProfileIsThrowaway()) GTEST_SKIP() << "this profile is not the tests' own";
   }
-  static void Write(const wchar_t* key, const wchar_t* name, DWORD type, const std::string& data) {
-    ::RegSetKeyValueW(HKEY_CURRENT_USER, key, name, type, data.data(), static_cast<DWORD>(data.size()));
-  }
-  /// The first characters of the value; "none" when there is no such value.
-  static std::wstring Read(const wchar_t* key, const wchar_t* name) {
-    wchar_t text[16]{};
-    DWORD sizeBytes = sizeof text;
-    return ::RegGetValueW(HKEY_CURRENT_USER, key, name, RRF_RT_ANY, nullptr, text, &sizeBytes) == ERROR_SUCCESS ? text : L"none";
-  }
-
-  const std::filesystem::path oldFolder_ = RoamingFolder() + L"\\Halvern";
-  const std::filesystem::path newFolder_ = RoamingFolder() + L"\\Vantora";
 };
 
 TEST_F(SettingsRegistry, ValuesOfTheWrongKindLeaveTheirFieldAloneAndExclusionsEndAtTheFirstEmptyOne) {
@@ -76,8 +56,8 @@ TEST_F(SettingsRegistry, ValuesOfTheWrongKindLeaveTheirFieldAloneAndExclusionsEn
   };
   for (const auto& each : cases) {
     SCOPED_TRACE(testing::PrintToString(std::wstring(each.name)) + " " + std::to_string(each.data.size()));
-    Clean();
-    Write(kSettingsKey, each.name, each.type, each.data);
+    const e2e::Profile profile;
+    profile.Set(e2e::kSettings, each.name, {each.type, {each.data.begin(), each.data.end()}});
     SettingsStore settings;
     MonitorEngine engine{nullptr, SystemClock(), 1};
     settings.Update([&](AppSettings& current) { current = before; });
@@ -90,16 +70,16 @@ TEST_F(SettingsRegistry, ValuesOfTheWrongKindLeaveTheirFieldAloneAndExclusionsEn
 
 // What it takes over where there is nothing yet, the start of the whole program shows.
 TEST_F(SettingsRegistry, TheEarlierProductsNeverReplaceWhatThisProgramHas) {
-  Write(kOldKey, L"PollIntervalSec", REG_DWORD, std::string(4, '\7'));
-  Write(kSettingsKey, L"AlertActions", REG_DWORD, std::string(4, '\1'));
-  Write(kRunKey, L"Halvern", REG_SZ, Bytes(L"old", 8));
-  Write(kRunKey, L"Vantora", REG_SZ, Bytes(L"new", 8));
-  for (const auto& folder : {oldFolder_, newFolder_}) std::filesystem::create_directories(folder);
+  const e2e::Profile profile;
+  profile.Set(e2e::kLegacySettings, L"PollIntervalSec", e2e::RegistryValue::Number(7));
+  profile.Set(L"AlertActions", 1);
+  for (const wchar_t* name : {L"Halvern", L"Vantora"}) profile.Set(e2e::kRun, name, e2e::RegistryValue::Text(name));
+  for (const auto& folder : {profile.LegacyFolder(), profile.DataFolder()}) std::filesystem::create_directories(folder);
   MigrateLegacySettings();
-  EXPECT_EQ(Read(kSettingsKey, L"PollIntervalSec"), L"none");
-  EXPECT_EQ(Read(kRunKey, L"Halvern"), L"none");
-  EXPECT_EQ(Read(kRunKey, L"Vantora"), L"new");
-  EXPECT_TRUE(std::filesystem::exists(oldFolder_));
+  EXPECT_EQ(profile.Get(e2e::kSettings, L"PollIntervalSec"), std::nullopt);
+  EXPECT_EQ(profile.Get(e2e::kRun, L"Halvern"), std::nullopt);
+  EXPECT_EQ(profile.Get(e2e::kRun, L"Vantora"), e2e::RegistryValue::Text(L"Vantora"));
+  EXPECT_TRUE(e2e::PathExists(profile.LegacyFolder()));
 }
 
 }  // namespace

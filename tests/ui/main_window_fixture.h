@@ -30,24 +30,10 @@ inline void SelectRows(HWND list, std::initializer_list<int> rows) {
   }
 }
 
-/// The notification that a double click on the cell sends; row -1: below the rows.
-inline void NotifyDoubleClick(HWND list, int row, int column) {
-  NMITEMACTIVATE click{};
-  click.hdr = {list, static_cast<UINT_PTR>(::GetDlgCtrlID(list)), static_cast<UINT>(NM_DBLCLK)};
-  click.iItem = row;
-  click.iSubItem = column;
-  ::SendMessageW(::GetParent(list), WM_NOTIFY, click.hdr.idFrom, reinterpret_cast<LPARAM>(&click));
-}
-
 class MainWindowTest : public testing::Test, protected TestProgram {
  protected:
   /// A rule as the tests tell them apart.
-  static ThresholdRule Rule(std::uint32_t id, const wchar_t* pattern) {
-    ThresholdRule rule;
-    rule.ruleId = id;
-    rule.processPattern = pattern;
-    return rule;
-  }
+  static ThresholdRule Rule(std::uint32_t id, const wchar_t* pattern) { return {.ruleId = id, .processPattern = pattern}; }
 
   void Open() {
     thread_.emplace([this] { MainDialogThread(program); });

@@ -162,11 +162,14 @@ TEST_F(MainWindowInputTest, KeysOfTheRuleList) {
   SelectRows(list, {0});
   PressKey(VK_DELETE);
   HWND box = WaitForDialog(L"Confirm Remove");
+  const DWORD before = ::GetClipboardSequenceNumber();
   PressKey('C');  // alone it does nothing
   PressKey('C', VK_CONTROL);
   const std::wstring line = L"---------------------------\r\n";
   const std::wstring whole =
       line + L"Confirm Remove\r\n" + line + L"Remove the selected rule?\r\n" + line + L"Yes   No   \r\n" + line;
+  // Nobody looks into the clipboard before: the box could not open it then.
+  EXPECT_TRUE(WaitUntil([before] { return ::GetClipboardSequenceNumber() != before; }));
   EXPECT_TRUE(WaitUntil([&] { return ClipboardText() == whole; }));
   PressAndWaitForEnd(box, 'Y', VK_MENU);
   EXPECT_TRUE(WaitUntil([this] { return Rules().empty() && RowCount(list) == 0; }));

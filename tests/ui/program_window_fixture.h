@@ -11,23 +11,6 @@
 #include "storage/settings_registry.h"
 #include "tests/ui/main_window_fixture.h"
 
-/// This process's visible window of the class, once there is one; with a control's id a dialog that takes input and shows it.
-inline HWND WaitForWindowOf(const wchar_t* className, int controlId = 0) {
-  HWND window = nullptr;
-  WaitUntil([&] {
-    while ((window = ::FindWindowExW(nullptr, window, className, nullptr)) != nullptr) {
-      DWORD process = 0;
-      ::GetWindowThreadProcessId(window, &process);
-      if (process != ::GetCurrentProcessId() || !::IsWindowVisible(window)) continue;
-      if (controlId == 0 || (::IsWindowEnabled(window) && ::IsWindowVisible(::GetDlgItem(window, controlId)))) return true;
-    }
-    return false;
-  });
-  return window;
-}
-inline HWND WaitForDialogWith(int controlId) { return WaitForWindowOf(L"#32770", controlId); }
-inline HWND WaitForPopup() { return WaitForWindowOf(L"#32768"); }
-
 /// The text goes to the clipboard as it stands, with a terminator only when it holds one; none leaves the clipboard empty.
 inline void SetClipboard(const std::wstring& text) {
   const ClipboardLock clipboard(nullptr);

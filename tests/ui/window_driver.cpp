@@ -6,28 +6,31 @@
 
 namespace {
 
-constexpr int kWaitMs = 10'000;
-constexpr wchar_t kDialogClass[] = L"#32770";
-constexpr wchar_t kMenuClass[] = L"#32768";
-
-/// The first visible window of the thread that the test accepts.
-HWND FindThreadWindow(DWORD threadId, const wchar_t* className, const std::function<bool(HWND)>& accepts) {
+/// The first visible window of the class in this process that the test accepts.
+HWND FindOwnWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) {
   HWND window = nullptr;
   while ((window = ::FindWindowExW(nullptr, window, className, nullptr)) != nullptr) {
-    if (::GetWindowThreadProcessId(window, nullptr) == threadId && ::IsWindowVisible(window) && accepts(window)) break;
+    DWORD processId = 0;
+    ::GetWindowThreadProcessId(window, &processId);
+    if (processId == ::GetCurrentProcessId() && ::IsWindowVisible(window) && accepts(window)) break;
   }
   return window;
 }
 
+HWND WaitForOwnWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) {
+  return e2e::WaitForResult([&] { return FindOwnWindow(className, accepts); });
+}
+
 }  // namespace
 
-bool WaitUntil(const std::function<bool()>& condition) {
-  const ULONGLONG end = ::GetTickCount64() + kWaitMs;
-  while (!condition()) {
-    if (::GetTickCount64() > end) return false;
-    ::Sleep(5);
-  }
-  return true;
+HWND WaitForPopup() {
+  return WaitForOwnWindow(kMenuClass, [](HWND) { return true; });
+}
+
+HWND WaitForDialogWith(int controlId) {
+  return WaitForOwnWindow(kDialogClass, [controlId](HWND window) {
+    return ::IsWindowEnabled(window) && ::IsWindowVisible(::GetDlgItem(window, controlId));
+  });
 }
 
 WindowThread::WindowThread(std::function<void()> routine)
@@ -37,34 +40,21 @@ WindowThread::WindowThread(std::function<void()> routine)
       })) {}
 
 WindowThread::~WindowThread() {
-  const auto cancel = [](HWND window) {
-    if (::IsWindowEnabled(window)) PostCommand(window, IDCANCEL);
+  const auto cancel = [this](HWND window) {
+    if (Owns(window) && ::IsWindowEnabled(window)) PostCommand(window, IDCANCEL);
     return false;
   };
-  while (ended_.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready) FindThreadWindow(id_, kDialogClass, cancel);
-}
-
-HWND WindowThread::WaitForWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) const {
-  HWND window = nullptr;
-  WaitUntil([&] { return (window = FindThreadWindow(id_, className, accepts)) != nullptr; });
-  return window;
+  while (ended_.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready) FindOwnWindow(kDialogClass, cancel);
 }
 
 HWND WindowThread::WaitForDialog(const std::wstring& title) const {
-  return WaitForWindow(kDialogClass, [&title](HWND window) { return ::IsWindowEnabled(window) && TextOf(window) == title; });
+  return WaitForOwnWindow(kDialogClass,
+                          [&](HWND window) { return Owns(window) && ::IsWindowEnabled(window) && TextOf(window) == title; });
 }
 
-HWND WindowThread::WaitForDialogWith(int controlId) const {
-  return WaitForWindow(kDialogClass, [controlId](HWND window) {
-    return ::IsWindowEnabled(window) && ::IsWindowVisible(::GetDlgItem(window, controlId));
-  });
+bool WindowThread::WaitForEnd() const {
+  return ended_.wait_for(std::chrono::milliseconds(e2e::kPatienceMs)) == std::future_status::ready;
 }
-
-HWND WindowThread::WaitForMenu() const {
-  return WaitForWindow(kMenuClass, [](HWND) { return true; });
-}
-
-bool WindowThread::WaitForEnd() const { return ended_.wait_for(std::chrono::milliseconds(kWaitMs)) == std::future_status::ready; }
 
 void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
 void SendCommand(HWND dialog, int id) { ::SendMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
@@ -93,6 +83,14 @@ std::wstring Cell(HWND list, int row, int column) {
   item.cchTextMax = static_cast<int>(std::size(text));
   ::SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
   return text;
+}
+
+void NotifyDoubleClick(HWND list, int row, int column) {
+  NMITEMACTIVATE click{};
+  click.hdr = {list, static_cast<UINT_PTR>(::GetDlgCtrlID(list)), static_cast<UINT>(NM_DBLCLK)};
+  click.iItem = row;
+  click.iSubItem = column;
+  ::SendMessageW(::GetParent(list), WM_NOTIFY, click.hdr.idFrom, reinterpret_cast<LPARAM>(&click));
 }
 
 std::vector<std::wstring> MenuTexts(HWND popup) {

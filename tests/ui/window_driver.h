@@ -1,7 +1,7 @@
 #pragma once
 
 // Drives real windows from a test in the same process: the window runs on a thread of its own, the test finds it and its message
-// boxes, menus and file dialogs, presses their buttons and reads their controls. Everything waits at most ten seconds.
+// boxes, menus and file dialogs, presses their buttons and reads their controls.
 
 #include <windows.h>
 
@@ -11,8 +11,17 @@
 #include <string>
 #include <vector>
 
-/// Looks every few milliseconds until the condition holds; false when it never does.
-bool WaitUntil(const std::function<bool()>& condition);
+#include "tests/e2e/wait.h"
+
+using e2e::WaitUntil;
+
+inline constexpr wchar_t kDialogClass[] = L"#32770";
+inline constexpr wchar_t kMenuClass[] = L"#32768";
+
+/// This process's visible popup menu; null when none appears.
+HWND WaitForPopup();
+/// This process's visible, enabled dialog with a visible control of the id, as the system's dialogs with titles of their own.
+HWND WaitForDialogWith(int controlId);
 
 /// Runs a routine that shows windows.
 class WindowThread {
@@ -25,14 +34,10 @@ class WindowThread {
 
   /// The visible, enabled dialog of this thread with the title; null when it does not appear.
   [[nodiscard]] HWND WaitForDialog(const std::wstring& title) const;
-  /// The same for a dialog that has a visible control of the id, as the system's dialogs with titles of their own.
-  [[nodiscard]] HWND WaitForDialogWith(int controlId) const;
-  /// The visible popup menu of this thread.
-  [[nodiscard]] HWND WaitForMenu() const;
   [[nodiscard]] bool WaitForEnd() const;
 
  private:
-  [[nodiscard]] HWND WaitForWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) const;
+  [[nodiscard]] bool Owns(HWND window) const { return ::GetWindowThreadProcessId(window, nullptr) == id_; }
 
   std::atomic<DWORD> id_ = 0;
   std::future<void> ended_;
@@ -49,6 +54,8 @@ std::wstring TextOf(HWND window);
 std::wstring TextOfItem(HWND dialog, int id);
 int RowCount(HWND list);
 std::wstring Cell(HWND list, int row, int column);
+/// The notification that a double click on the cell sends; row -1: below the rows.
+void NotifyDoubleClick(HWND list, int row, int column);
 std::vector<std::wstring> MenuTexts(HWND popup);
 /// Picks the item at the position of an open popup by the keyboard.
 void ChooseMenuItem(HWND owner, int position);
