@@ -9,10 +9,10 @@
 #include "app/running_instance.h"
 #include "app/start_up.h"
 #include "app/tray_window.h"
+#include "autostart/logon_task.h"
 #include "platform/diagnostics.h"
 #include "platform/handles.h"
-#include "system/logon_task.h"
-#include "ui/dark_mode.h"
+#include "ui/dark/dark_mode.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 
 #include "platform/clock.h"
 #include "storage/settings_registry.h"
-#include "system/update_check.h"
 #include "ui/windows_of_program.h"
+#include "update/update_check.h"
 
 namespace {
 

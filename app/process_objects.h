@@ -3,14 +3,14 @@
 // The process-wide objects: everything that lives from before the entry point to the process's end. They are never destroyed:
 // when the program ends, windows and update threads may still be using them.
 
+#include "app/gui_alert_sink.h"
 #include "app/tray_window.h"
-#include "core/gui_alert_sink_windows.h"
 #include "core/monitor_engine.h"
 #include "core/recent_alerts.h"
 #include "storage/rule_store.h"
 #include "storage/settings.h"
-#include "system/update_state.h"
 #include "ui/program.h"
+#include "update/update_state.h"
 
 struct ProcessObjects {
   ProcessObjects();

@@ -1,8 +1,8 @@
 #include "app/running_instance.h"
 
-#include "app/messages.h"
+#include "res/messages.h"
 #include "res/resource.h"
-#include "ui/dialog_utilities.h"
+#include "ui/framework/resources.h"
 
 namespace {
 

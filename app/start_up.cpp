@@ -1,7 +1,7 @@
 #include "app/start_up.h"
 
-#include "app/messages.h"
 #include "platform/diagnostics.h"
+#include "res/messages.h"
 #include "storage/alert_log.h"
 #include "storage/settings_registry.h"
 

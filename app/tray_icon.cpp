@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <string_view>
 
-#include "app/messages.h"
+#include "res/messages.h"
 #include "res/resource.h"
-#include "system/version_number.h"
-#include "ui/dialog_utilities.h"
+#include "ui/framework/resources.h"
+#include "update/version.h"
 
 namespace {
 

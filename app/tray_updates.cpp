@@ -2,14 +2,14 @@
 
 #include <utility>
 
-#include "app/messages.h"
 #include "platform/diagnostics.h"
 #include "platform/thread.h"
+#include "res/messages.h"
 #include "res/resource.h"
-#include "system/update_values.h"
-#include "system/version_number.h"
-#include "ui/dialog_utilities.h"
-#include "ui/message_box.h"
+#include "ui/framework/resources.h"
+#include "ui/message_box/message_box.h"
+#include "update/update_values.h"
+#include "update/version.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 
 #include "app/tray_icon.h"
 #include "platform/event.h"
+#include "ui/dialogs/update_progress_dialog.h"
 #include "ui/program.h"
-#include "ui/update_windows.h"
 
 /// Tray window's thread only.
 class TrayUpdates {

@@ -1,9 +1,9 @@
 #include "app/tray_window.h"
 
-#include "app/messages.h"
 #include "platform/clock.h"
 #include "platform/diagnostics.h"
 #include "platform/thread.h"
+#include "res/messages.h"
 #include "res/resource.h"
 #include "storage/settings_registry.h"
 

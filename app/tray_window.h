@@ -9,12 +9,12 @@
 #include <functional>
 
 #include "app/alert_outputs.h"
+#include "app/gui_alert_sink.h"
 #include "app/running_instance.h"
 #include "app/tray_icon.h"
 #include "app/tray_menu.h"
 #include "app/tray_updates.h"
 #include "core/alert_delivery.h"
-#include "core/gui_alert_sink_windows.h"
 #include "ui/program.h"
 
 /// What the tray window starts on threads of their own.

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "core/monitor_engine.h"
-#include "core/simulated_process_table.h"
 #include "platform/diagnostics.h"
+#include "tests/support/simulated_process_table.h"
 
 // What the monitor itself costs: a cycle over a made-up machine, where only our own work is counted, and over this one, where the
 // system's answers are counted too.

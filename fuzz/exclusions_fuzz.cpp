@@ -2,7 +2,7 @@
 
 #include "fuzz/require.h"
 #include "platform/text_file.h"
-#include "ui/exclusions_text.h"
+#include "ui/dialogs/exclusions_text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::vector<std::wstring> patterns = SplitExclusions(DecodeTextFile(Bytes(data, size)));

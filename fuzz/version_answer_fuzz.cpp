@@ -3,8 +3,8 @@
 #include "fuzz/require.h"
 #include "platform/diagnostics.h"
 #include "platform/text_file.h"
-#include "system/version_answer.h"
-#include "system/version_number.h"
+#include "update/version.h"
+#include "update/version_answer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   SetDiagnosticHook([](std::wstring_view) {});

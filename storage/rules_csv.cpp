@@ -6,8 +6,8 @@
 #include "platform/text_encoding.h"
 #include "platform/text_file.h"
 #include "platform/text_format.h"
+#include "platform/text_scanner.h"
 #include "storage/rule_numbers.h"
-#include "storage/text_scanner.h"
 
 namespace {
 

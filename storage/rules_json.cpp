@@ -1,9 +1,9 @@
 #include "storage/rules_json.h"
 
 #include "platform/text_format.h"
+#include "platform/text_scanner.h"
 #include "storage/rule_numbers.h"
 #include "storage/rules_csv.h"
-#include "storage/text_scanner.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "core/recent_alerts.h"
 #include "storage/rule_store.h"
 #include "storage/settings.h"
-#include "system/update_state.h"
+#include "update/update_state.h"
 
 struct Program {
   HINSTANCE instance;

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/storage/throwaway_folder.h"
+#include "tests/support/throwaway_folder.h"
 
 namespace {
 

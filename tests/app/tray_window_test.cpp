@@ -7,12 +7,12 @@
 
 #include <atomic>
 
-#include "app/messages.h"
 #include "platform/handles.h"
+#include "res/messages.h"
 #include "res/resource.h"
-#include "tests/e2e/profile.h"
-#include "tests/e2e/wait.h"
-#include "tests/ui/test_program.h"
+#include "tests/support/profile.h"
+#include "tests/support/test_program.h"
+#include "tests/support/wait.h"
 
 namespace {
 

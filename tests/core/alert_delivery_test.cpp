@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/balloon_text.h"
-#include "tests/core/monitor_doubles.h"
+#include "tests/support/monitor_doubles.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "core/monitor_engine.h"
 #include "platform/text_format.h"
-#include "tests/core/monitor_doubles.h"
+#include "tests/support/monitor_doubles.h"
 
 // A day of one cycle a second over a machine whose processes come and go by a timetable. What the rules must raise is counted
 // from the timetable alone, by leaping from alert to alert, and compared with what the engine did raise.

@@ -3,7 +3,7 @@
 #include <thread>
 
 #include "core/monitor_engine.h"
-#include "tests/core/monitor_doubles.h"
+#include "tests/support/monitor_doubles.h"
 
 // The window threads change rules and exclusions without pause while the worker runs its cycles. Each change must be one step for
 // a cycle: never half of one list and half of another.

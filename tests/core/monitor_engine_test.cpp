@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/core/monitor_doubles.h"
+#include "tests/support/monitor_doubles.h"
 
 namespace {
 

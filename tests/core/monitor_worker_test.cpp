@@ -4,7 +4,7 @@
 #include <new>
 
 #include "core/monitor_engine.h"
-#include "tests/core/monitor_doubles.h"
+#include "tests/support/monitor_doubles.h"
 
 namespace {
 

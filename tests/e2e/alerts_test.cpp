@@ -11,7 +11,7 @@
 #include <regex>
 
 #include "res/resource.h"
-#include "tests/e2e/fixture.h"
+#include "tests/support/program_test.h"
 
 namespace e2e {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <windows.h>
 
-#include "app/messages.h"
+#include "res/messages.h"
 #include "res/resource.h"
-#include "tests/e2e/fixture.h"
+#include "tests/support/program_test.h"
 
 namespace e2e {
 namespace {

@@ -5,8 +5,8 @@
 
 #include <shellapi.h>
 
-#include "app/messages.h"
-#include "tests/e2e/fixture.h"
+#include "res/messages.h"
+#include "tests/support/program_test.h"
 
 namespace e2e {
 namespace {

@@ -6,9 +6,9 @@
 
 #include <shellapi.h>
 
-#include "app/messages.h"
+#include "res/messages.h"
 #include "res/resource.h"
-#include "tests/e2e/fixture.h"
+#include "tests/support/program_test.h"
 #include "tests/update_server/test_server.h"
 
 namespace e2e {

@@ -7,10 +7,10 @@
 
 #include <vector>
 
-#include "app/messages.h"
-#include "system/version_number.h"
-#include "tests/e2e/fixture.h"
+#include "res/messages.h"
+#include "tests/support/program_test.h"
 #include "tests/update_server/test_server.h"
+#include "update/version.h"
 
 namespace e2e {
 namespace {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/text_encoding.h"
-#include "tests/storage/throwaway_folder.h"
+#include "tests/support/throwaway_folder.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include "platform/text_encoding.h"
 #include "platform/text_file.h"
 #include "storage/alert_log_reader.h"
-#include "tests/storage/generated_rules.h"
-#include "tests/storage/throwaway_folder.h"
+#include "tests/support/generated_rules.h"
+#include "tests/support/throwaway_folder.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include "storage/alert_log.h"
 #include "storage/rule_store.h"
 #include "storage/rules_csv.h"
-#include "tests/platform/diagnostic_lines.h"
-#include "tests/storage/throwaway_folder.h"
+#include "tests/support/diagnostic_lines.h"
+#include "tests/support/throwaway_folder.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include "platform/file.h"
 #include "platform/handles.h"
 #include "storage/rule_store.h"
-#include "tests/storage/throwaway_folder.h"
+#include "tests/support/throwaway_folder.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/platform/diagnostic_lines.h"
-#include "tests/storage/throwaway_folder.h"
+#include "tests/support/diagnostic_lines.h"
+#include "tests/support/throwaway_folder.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "platform/text_encoding.h"
 #include "platform/text_file.h"
-#include "tests/storage/generated_rules.h"
+#include "tests/support/generated_rules.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <tuple>
 
-#include "tests/storage/generated_rules.h"
+#include "tests/support/generated_rules.h"
 
 namespace {
 

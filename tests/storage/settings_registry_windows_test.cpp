@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "tests/e2e/profile.h"
+#include "tests/support/profile.h"
 
 namespace {
 

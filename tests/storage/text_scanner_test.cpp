@@ -1,4 +1,4 @@
-#include "storage/text_scanner.h"
+#include "platform/text_scanner.h"
 
 #include <gtest/gtest.h>
 

@@ -5,10 +5,10 @@
 #include <chrono>
 #include <thread>
 
-#include "app/messages.h"
 #include "platform/file.h"
 #include "platform/text_file.h"
-#include "tests/ui/program_window_fixture.h"
+#include "res/messages.h"
+#include "tests/support/program_window_fixture.h"
 
 namespace {
 

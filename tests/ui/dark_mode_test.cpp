@@ -1,4 +1,4 @@
-#include "ui/dark_mode.h"
+#include "ui/dark/dark_mode.h"
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
@@ -9,9 +9,9 @@
 
 #include "platform/handles.h"
 #include "res/resource.h"
-#include "tests/ui/theme_recorder.h"
-#include "ui/dark_menu_bar.h"
-#include "ui/dark_scroll_bar.h"
+#include "tests/support/theme_recorder.h"
+#include "ui/dark/dark_menu_bar.h"
+#include "ui/dark/dark_scroll_bar.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ui/delay_import_slot.h"
+#include "ui/dark/delay_import_slot.h"
 
 #include <gtest/gtest.h>
 

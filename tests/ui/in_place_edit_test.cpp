@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "tests/ui/main_window_fixture.h"
-#include "ui/rule_list_model.h"
+#include "tests/support/main_window_fixture.h"
+#include "ui/rules/rule_list_model.h"
 
 namespace {
 

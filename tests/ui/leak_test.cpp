@@ -17,12 +17,12 @@
 #include <new>
 #include <vector>
 
-#include "app/messages.h"
-#include "tests/ui/main_window_fixture.h"
-#include "tests/ui/theme_recorder.h"
-#include "ui/about_dialog.h"
-#include "ui/exclusions_dialog.h"
-#include "ui/message_box.h"
+#include "res/messages.h"
+#include "tests/support/main_window_fixture.h"
+#include "tests/support/theme_recorder.h"
+#include "ui/dialogs/about_dialog.h"
+#include "ui/dialogs/exclusions_dialog.h"
+#include "ui/message_box/message_box.h"
 
 namespace {
 std::atomic<std::size_t> liveBytes{0};

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/handles.h"
-#include "tests/ui/main_window_fixture.h"
+#include "tests/support/main_window_fixture.h"
 
 namespace {
 

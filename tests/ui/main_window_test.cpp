@@ -4,13 +4,13 @@
 #include <chrono>
 #include <vector>
 
-#include "app/messages.h"
 #include "platform/handles.h"
+#include "res/messages.h"
 #include "storage/settings_registry.h"
-#include "tests/ui/main_window_fixture.h"
-#include "tests/ui/theme_recorder.h"
-#include "ui/layout.h"
-#include "ui/message_box_model.h"
+#include "tests/support/main_window_fixture.h"
+#include "tests/support/theme_recorder.h"
+#include "ui/framework/anchors.h"
+#include "ui/message_box/message_box_model.h"
 
 namespace {
 

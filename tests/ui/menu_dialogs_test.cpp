@@ -1,8 +1,8 @@
 // The dialogs that a menu opens: exclusions and About.
 
 #include "product_config.h"
-#include "tests/ui/program_window_fixture.h"
-#include "ui/about_dialog.h"
+#include "tests/support/program_window_fixture.h"
+#include "ui/dialogs/about_dialog.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ui/message_box_model.h"
+#include "ui/message_box/message_box_model.h"
 
 #include <gtest/gtest.h>
 

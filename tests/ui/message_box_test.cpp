@@ -1,12 +1,12 @@
-#include "ui/message_box.h"
+#include "ui/message_box/message_box.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <optional>
 
-#include "tests/ui/window_driver.h"
-#include "ui/message_box_model.h"
+#include "tests/support/window_driver.h"
+#include "ui/message_box/message_box_model.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ui/number_text.h"
+#include "ui/rules/number_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ui/recent_alerts_rows.h"
+#include "ui/alerts/recent_alerts_rows.h"
 
 #include <gtest/gtest.h>
 

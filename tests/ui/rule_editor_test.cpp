@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/ui/main_window_fixture.h"
+#include "tests/support/main_window_fixture.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "ui/rule_presets.h"
+#include "ui/rules/rule_presets.h"
 
 #include <gtest/gtest.h>
 

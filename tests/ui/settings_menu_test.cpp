@@ -1,17 +1,17 @@
-#include "ui/settings_menu.h"
+#include "ui/main_window/settings_menu.h"
 
 #include <future>
 #include <thread>
 #include <tuple>
 
-#include "app/messages.h"
-#include "system/elevation_system.h"
-#include "system/run_value.h"
-#include "tests/system/fake_task_scheduler.h"
-#include "tests/ui/program_window_fixture.h"
-#include "ui/dialog_utilities.h"
-#include "ui/main_window_host.h"
-#include "ui/settings_page.h"
+#include "autostart/elevation_system.h"
+#include "autostart/run_value.h"
+#include "res/messages.h"
+#include "tests/support/fake_task_scheduler.h"
+#include "tests/support/program_window_fixture.h"
+#include "ui/framework/resources.h"
+#include "ui/main_window/main_window_frame.h"
+#include "ui/main_window/settings_page.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "ui/settings_page.h"
+#include "ui/main_window/settings_page.h"
 
 #include <filesystem>
 #include <tuple>
 
 #include "platform/file.h"
-#include "tests/ui/program_window_fixture.h"
+#include "tests/support/program_window_fixture.h"
 
 namespace {
 

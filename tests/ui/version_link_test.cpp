@@ -1,9 +1,9 @@
-#include "ui/version_link.h"
+#include "ui/main_window/version_link.h"
 
 #include <atomic>
 
-#include "app/messages.h"
-#include "tests/ui/program_window_fixture.h"
+#include "res/messages.h"
+#include "tests/support/program_window_fixture.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 
 #include "platform/file.h"
 #include "platform/text_file.h"
-#include "tests/e2e/wait.h"
+#include "tests/support/wait.h"
 
 class TestServer {
  public:

@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "system/update_config.h"
+#include "update/update_channel.h"
 
 std::wstring UpdateServer() {
   wchar_t address[1024] = {};

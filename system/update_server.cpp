@@ -1,3 +1,0 @@
-#include "system/update_config.h"
-
-std::wstring UpdateServer() { return L"" VANTORA_UPDATE_SERVER; }

@@ -1,0 +1,65 @@
+#pragma once
+
+// Drives real windows from a test in the same process: the window runs on a thread of its own, the test finds it and its message
+// boxes, menus and file dialogs, presses their buttons and reads their controls.
+
+#include <windows.h>
+
+#include <atomic>
+#include <functional>
+#include <future>
+#include <string>
+#include <vector>
+
+#include "tests/support/wait.h"
+
+using e2e::WaitUntil;
+
+inline constexpr wchar_t kDialogClass[] = L"#32770";
+inline constexpr wchar_t kMenuClass[] = L"#32768";
+
+/// This process's visible popup menu; null when none appears.
+HWND WaitForPopup();
+/// This process's visible, enabled dialog with a visible control of the id, as the system's dialogs with titles of their own.
+HWND WaitForDialogWith(int controlId);
+
+/// Runs a routine that shows windows.
+class WindowThread {
+ public:
+  explicit WindowThread(std::function<void()> routine);
+  /// Cancels whatever window still stands, then waits for the routine.
+  ~WindowThread();
+  WindowThread(const WindowThread&) = delete;
+  WindowThread& operator=(const WindowThread&) = delete;
+
+  /// The visible, enabled dialog of this thread with the title; null when it does not appear.
+  [[nodiscard]] HWND WaitForDialog(const std::wstring& title) const;
+  [[nodiscard]] bool WaitForEnd() const;
+
+ private:
+  [[nodiscard]] bool Owns(HWND window) const { return ::GetWindowThreadProcessId(window, nullptr) == id_; }
+
+  std::atomic<DWORD> id_ = 0;
+  std::future<void> ended_;
+};
+
+/// As a click on a button or a menu item, without waiting for what it does.
+void PostCommand(HWND dialog, int id);
+/// The same, back when it is done.
+void SendCommand(HWND dialog, int id);
+
+/// The control with the keyboard focus of the thread that owns the window.
+HWND FocusOf(HWND window);
+std::wstring TextOf(HWND window);
+std::wstring TextOfItem(HWND dialog, int id);
+int RowCount(HWND list);
+std::wstring Cell(HWND list, int row, int column);
+/// The notification that a double click on the cell sends; row -1: below the rows.
+void NotifyDoubleClick(HWND list, int row, int column);
+std::vector<std::wstring> MenuTexts(HWND popup);
+/// Picks the item at the position of an open popup by the keyboard.
+void ChooseMenuItem(HWND owner, int position);
+/// The file name box of the system's file dialogs, by which they are known.
+inline constexpr int kFileNameBox = 0x47C;
+/// Types the path into the system's file dialog and presses its button.
+void AnswerFileDialog(HWND fileDialog, const std::wstring& path);

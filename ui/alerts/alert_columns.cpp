@@ -1,0 +1,28 @@
+#include "ui/alerts/alert_columns.h"
+
+#include "platform/text_format.h"
+#include "res/resource.h"
+#include "storage/alert_log.h"
+
+namespace {
+
+constexpr ListColumn kRecentAlertsColumns[kAlertColumnCount] = {
+    {IDS_COLUMN_TIME, 120}, {IDS_COLUMN_PID, 50}, {IDS_COLUMN_PROCESS, 110}, {IDS_COLUMN_VIOLATION, 300}};
+constexpr ListColumn kAlertLogColumns[kAlertColumnCount] = {
+    {IDS_COLUMN_TIME, 130}, {IDS_COLUMN_PID, 60}, {IDS_COLUMN_PROCESS, 120}, {IDS_COLUMN_VIOLATION, 350}};
+
+using CellText = std::wstring (*)(const AlertRecord&);
+constexpr CellText kCellTexts[kAlertColumnCount] = {
+    [](const AlertRecord& alert) { return FormatAlertTime(alert.time); },
+    [](const AlertRecord& alert) { return FormatText(L"%u", static_cast<unsigned>(alert.pid)); },
+    [](const AlertRecord& alert) { return alert.processName; },
+    [](const AlertRecord& alert) { return alert.violation; },
+};
+
+}  // namespace
+
+std::span<const ListColumn, kAlertColumnCount> RecentAlertsColumns() { return kRecentAlertsColumns; }
+
+std::span<const ListColumn, kAlertColumnCount> AlertLogColumns() { return kAlertLogColumns; }
+
+std::wstring AlertCellText(const AlertRecord& alert, std::size_t column) { return kCellTexts[column](alert); }

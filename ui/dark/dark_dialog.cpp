@@ -1,0 +1,153 @@
+// A dialog's dark colours: the subclass that answers its controls' colour questions and gives each listed control its theme.
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/handles.h"
+#include "ui/dark/dark_menu_bar.h"
+#include "ui/dark/dark_mode.h"
+#include "ui/dark/dark_mode_entry_points.h"
+
+namespace {
+
+constexpr UINT_PTR kDialogSubclass = 1;
+
+struct DarkDialogData {
+  COLORREF text;
+  COLORREF background;
+  std::vector<int> controlIds;
+  UniqueBrush brush;
+};
+
+bool IsOfClass(HWND window, const wchar_t* className) {
+  wchar_t name[32];
+  const int length = ::GetClassNameW(window, name, static_cast<int>(std::size(name)));
+  return length > 0 && ::CompareStringOrdinal(name, length, className, -1, TRUE) == CSTR_EQUAL;
+}
+
+unsigned StyleOf(HWND window) { return static_cast<unsigned>(::GetWindowLongPtrW(window, GWL_STYLE)); }
+
+void ThemeAsExplorer(HWND control) { Theme().setWindowTheme(control, L"Explorer", nullptr); }
+/// Without visual styles a control draws in the colours that its parent answers.
+void TakeThemeAway(HWND control) { Theme().setWindowTheme(control, L"", L""); }
+
+void ThemeListedControl(HWND control) {
+  AllowDarkMode(control);
+  const unsigned type = StyleOf(control) & BS_TYPEMASK;
+  if (IsOfClass(control, L"Button") && (type == BS_PUSHBUTTON || type == BS_DEFPUSHBUTTON)) {
+    ThemeAsExplorer(control);
+  } else {
+    TakeThemeAway(control);
+  }
+  ::SendMessageW(control, WM_THEMECHANGED, 0, 0);
+}
+
+/// Whether a button has a dark form in the Explorer theme; the others draw in the dialog's colours without a theme.
+bool HasDarkForm(HWND button) {
+  constexpr unsigned kFirstBuildWithDarkCheckBoxes = 22000;
+  const unsigned style = StyleOf(button);
+  const bool groupBox = (style & 7) == BS_GROUPBOX;
+  const bool checkBox = !groupBox && (style & 2) != 0;
+  // A disabled check box keeps the theme on older builds too: the classic one draws its text unreadably.
+  if (checkBox)
+    return (IsWindows10OrGreater() && GetWindowsBuildNumber() >= kFirstBuildWithDarkCheckBoxes) || !::IsWindowEnabled(button);
+  const bool radioOrThreeState = (style & 4) != 0 || (style & 9) == 9;
+  return !groupBox && !radioOrThreeState;
+}
+
+void ThemeButton(HWND button) {
+  if (HasDarkForm(button)) {
+    ThemeAsExplorer(button);
+  } else {
+    TakeThemeAway(button);
+  }
+}
+
+BOOL CALLBACK ThemeChildControl(HWND child, LPARAM) noexcept {
+  AllowDarkMode(child);
+  if (IsOfClass(child, L"Button")) {
+    ThemeButton(child);
+  } else if (IsOfClass(child, L"ComboBox")) {
+    TakeThemeAway(child);
+  }
+  return TRUE;
+}
+
+LRESULT AnswerColors(DarkDialogData& data, HDC dc, HWND control) {
+  ::SetTextColor(dc, data.text);
+  ::SetBkColor(dc, data.background);
+  if (IsOfClass(control, WC_LINK)) {
+    // Some systems' link control deletes the brush it is answered; a stock one survives that.
+    ::SetDCBrushColor(dc, data.background);
+    return reinterpret_cast<LRESULT>(::GetStockObject(DC_BRUSH));
+  }
+  if (data.brush == nullptr) data.brush.reset(::CreateSolidBrush(data.background));
+  return reinterpret_cast<LRESULT>(data.brush.get());
+}
+
+void OnThemeChanged(HWND dialog, const DarkDialogData& data) {
+  AllowDarkMode(dialog);
+  RefreshTitleBarTheme(dialog);
+  for (const int id : data.controlIds) {
+    if (HWND control = ::GetDlgItem(dialog, id)) ThemeListedControl(control);
+  }
+  ::RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+}
+
+void OnSettingChange(HWND dialog, const wchar_t* setting) {
+  const bool colors = setting != nullptr && ::CompareStringOrdinal(setting, -1, L"ImmersiveColorSet", -1, TRUE) == CSTR_EQUAL;
+  if (colors) Theme().refreshColorPolicy();
+  if (Theme().refreshHighContrast != nullptr) Theme().refreshHighContrast(1);
+  if (colors) ::SendMessageW(dialog, WM_THEMECHANGED, 0, 0);
+}
+
+LRESULT CALLBACK DarkDialogSubclassProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                                        DWORD_PTR reference) noexcept {
+  auto* data = reinterpret_cast<DarkDialogData*>(reference);
+  switch (message) {
+    case WM_CTLCOLORMSGBOX:
+    case WM_CTLCOLOREDIT:
+    case WM_CTLCOLORLISTBOX:
+    case WM_CTLCOLORBTN:
+    case WM_CTLCOLORDLG:
+    case WM_CTLCOLORSCROLLBAR:
+    case WM_CTLCOLORSTATIC:
+      if (DarkModeAvailable() && DarkModeOn())
+        return AnswerColors(*data, reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam));
+      break;
+    case WM_THEMECHANGED:
+      if (DarkModeAvailable()) OnThemeChanged(dialog, *data);
+      break;
+    case WM_SETTINGCHANGE:
+      if (DarkModeAvailable()) OnSettingChange(dialog, reinterpret_cast<const wchar_t*>(lParam));
+      break;
+    case WM_DESTROY:
+      ::RemoveWindowSubclass(dialog, &DarkDialogSubclassProc, id);
+      std::unique_ptr<DarkDialogData>(data).reset();
+      break;
+    default:
+      break;
+  }
+  return ::DefSubclassProc(dialog, message, wParam, lParam);
+}
+
+}  // namespace
+
+void ApplyDarkModeToDialog(HWND dialog, COLORREF text, COLORREF background, std::span<const int> controlIds,
+                           DarkMenuBar menuBar) {
+  if (!DarkModeAvailable()) return;
+  AllowDarkMode(dialog);
+  RefreshTitleBarTheme(dialog);
+  if (menuBar == DarkMenuBar::kDraw) InstallDarkMenuBar(dialog);
+  auto data = std::make_unique<DarkDialogData>(
+      DarkDialogData{text, background, std::vector<int>(controlIds.begin(), controlIds.end()), nullptr});
+  if (!::SetWindowSubclass(dialog, &DarkDialogSubclassProc, kDialogSubclass, reinterpret_cast<DWORD_PTR>(data.get()))) return;
+  data.release();  // the subclass frees it at WM_DESTROY
+  ::SendMessageW(dialog, WM_THEMECHANGED, 0, 0);
+  if (DarkModeOn()) ::EnumChildWindows(dialog, &ThemeChildControl, 0);
+}

@@ -1,0 +1,144 @@
+#include "ui/framework/dialog.h"
+
+#include "ui/framework/resources.h"
+
+namespace {
+
+LayoutRect ControlRect(HWND dialog, HWND control) {
+  RECT rect{};
+  ::GetWindowRect(control, &rect);
+  ::MapWindowPoints(HWND_DESKTOP, dialog, reinterpret_cast<POINT*>(&rect), 2);
+  return {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+}  // namespace
+
+Dialog::Dialog(HINSTANCE instance, WORD templateId) : instance_(instance), templateId_(templateId) {}
+
+Dialog::~Dialog() {
+  if (window_ != nullptr) ::SetWindowLongPtrW(window_, DWLP_USER, 0);
+}
+
+INT_PTR Dialog::RunModal(HWND owner) {
+  return ::DialogBoxParamW(instance_, MAKEINTRESOURCEW(templateId_), owner, &Dialog::Procedure, reinterpret_cast<LPARAM>(this));
+}
+
+HWND Dialog::CreateModeless(HWND owner) {
+  return ::CreateDialogParamW(instance_, MAKEINTRESOURCEW(templateId_), owner, &Dialog::Procedure,
+                              reinterpret_cast<LPARAM>(this));
+}
+
+bool Dialog::OnCommand(WORD id, WORD) {
+  if (id != IDOK && id != IDCANCEL) return false;
+  End(id);
+  return true;
+}
+
+INT_PTR Dialog::OnNotify(const NMHDR&) { return FALSE; }
+void Dialog::OnTimer(UINT_PTR) {}
+std::optional<INT_PTR> Dialog::OnMessage(UINT, WPARAM, LPARAM) { return std::nullopt; }
+void Dialog::OnDestroy() {}
+
+void Dialog::End(INT_PTR result) { ::EndDialog(window_, result); }
+
+INT_PTR Dialog::Reply(LRESULT result) const {
+  ::SetWindowLongPtrW(window_, DWLP_MSGRESULT, result);
+  return TRUE;
+}
+
+HWND Dialog::Item(int id) const { return ::GetDlgItem(window_, id); }
+
+std::wstring Dialog::ItemText(int id, std::size_t maxChars) const {
+  std::wstring text(maxChars + 1, L'\0');
+  text.resize(::GetDlgItemTextW(window_, id, text.data(), static_cast<int>(text.size())));
+  return text;
+}
+
+void Dialog::SetItemText(int id, const std::wstring& text) const { ::SetDlgItemTextW(window_, id, text.c_str()); }
+
+void Dialog::SetChecked(int id, bool checked) const { ::CheckDlgButton(window_, id, checked ? BST_CHECKED : BST_UNCHECKED); }
+bool Dialog::IsChecked(int id) const { return ::IsDlgButtonChecked(window_, id) == BST_CHECKED; }
+
+void Dialog::ShowItem(int id, bool shown) const {
+  if (HWND item = Item(id)) ::ShowWindow(item, shown ? SW_SHOW : SW_HIDE);
+}
+
+void Dialog::ApplyDarkMode(std::span<const int> controlIds, DarkMenuBar menuBar) {
+  ApplyDarkModeToDialog(window_, kDarkText, kDarkBackground, controlIds, menuBar);
+}
+
+void Dialog::StartLayout(std::span<const AnchorRow> rows, int extraMinHeightPx, bool eraseOnResize) {
+  RECT client{};
+  RECT frame{};
+  ::GetClientRect(window_, &client);
+  ::GetWindowRect(window_, &frame);
+  initialClient_ = {client.right, client.bottom};
+  minTrack_ = {frame.right - frame.left, frame.bottom - frame.top + extraMinHeightPx};
+  eraseOnResize_ = eraseOnResize;
+  anchors_.clear();
+  for (const AnchorRow& row : rows) {
+    if (HWND control = Item(row.controlId)) anchors_.push_back({row.controlId, row.flags, ControlRect(window_, control)});
+  }
+}
+
+INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+  if (message == WM_INITDIALOG) {
+    auto* created = reinterpret_cast<Dialog*>(lParam);
+    created->window_ = window;
+    ::SetWindowLongPtrW(window, DWLP_USER, lParam);
+  }
+  // Null for the few messages before WM_INITDIALOG and after the window has let go of its object.
+  auto* dialog = reinterpret_cast<Dialog*>(::GetWindowLongPtrW(window, DWLP_USER));
+  if (dialog == nullptr) return FALSE;
+  const INT_PTR result = dialog->Handle(message, wParam, lParam);
+  if (message == WM_NCDESTROY) {
+    ::SetWindowLongPtrW(window, DWLP_USER, 0);
+    dialog->window_ = nullptr;
+  }
+  return result;
+}
+
+INT_PTR Dialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_INITDIALOG:
+      SetDialogIcons(window_);
+      return OnInitDialog();
+    case WM_COMMAND:
+      return OnCommand(LOWORD(wParam), HIWORD(wParam));
+    case WM_NOTIFY:
+      return OnNotify(*reinterpret_cast<const NMHDR*>(lParam));
+    case WM_TIMER:
+      OnTimer(wParam);
+      return TRUE;
+    case WM_SIZE:
+      OnSize(wParam);
+      break;
+    case WM_GETMINMAXINFO:
+      if (minTrack_.cx >= 1) reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {minTrack_.cx, minTrack_.cy};
+      break;
+    case WM_DESTROY:
+      OnDestroy();
+      return FALSE;
+    default:
+      break;
+  }
+  return OnMessage(message, wParam, lParam).value_or(FALSE);
+}
+
+void Dialog::OnSize(WPARAM kind) {
+  if (kind == SIZE_MINIMIZED || initialClient_.cx < 1) return;
+  RECT client{};
+  ::GetClientRect(window_, &client);
+  const std::int32_t dx = client.right - initialClient_.cx;
+  const std::int32_t dy = client.bottom - initialClient_.cy;
+  HDWP positions = ::BeginDeferWindowPos(static_cast<int>(anchors_.size()));
+  for (const LayoutAnchor& anchor : anchors_) {
+    HWND control = Item(anchor.controlId);
+    if (control == nullptr || positions == nullptr) continue;
+    const LayoutRect rect = ResolveAnchor(anchor, dx, dy);
+    positions = ::DeferWindowPos(positions, control, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
+                                 SWP_NOZORDER | SWP_NOACTIVATE);
+  }
+  if (positions != nullptr) ::EndDeferWindowPos(positions);
+  ::InvalidateRect(window_, nullptr, eraseOnResize_);
+}

@@ -1,0 +1,102 @@
+#pragma once
+
+// The one base of all dialogs: binds the object to its window at WM_INITDIALOG, routes messages to handlers, and owns what every
+// dialog has: icons, dark colours, anchors, minimum size. A dialog is a resource, a class with state, and handlers.
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ui/dark/dark_mode.h"
+#include "ui/framework/anchors.h"
+
+/// One row of a dialog's command table: a menu item or button and what it does.
+template <class DialogClass>
+struct CommandRow {
+  WORD id;
+  void (DialogClass::*handler)();
+};
+
+/// Runs the row's handler; false when the id is in no row.
+template <class DialogClass>
+bool DispatchCommand(DialogClass& dialog, std::span<const CommandRow<DialogClass>> rows, WORD id) {
+  for (const auto& row : rows) {
+    if (row.id == id) {
+      (dialog.*row.handler)();
+      return true;
+    }
+  }
+  return false;
+}
+
+/// Used on the thread that opens it. Not movable: the window points at it.
+class Dialog {
+ public:
+  virtual ~Dialog();
+  Dialog(const Dialog&) = delete;
+  Dialog& operator=(const Dialog&) = delete;
+
+  /// Runs the dialog until End; -1 when it could not be created.
+  INT_PTR RunModal(HWND owner);
+  /// Creates it without waiting; the caller destroys the window and keeps the object longer than it. Null on failure.
+  HWND CreateModeless(HWND owner);
+
+  [[nodiscard]] HWND Window() const { return window_; }
+
+ protected:
+  Dialog(HINSTANCE instance, WORD templateId);
+
+  /// WM_INITDIALOG; icons are set already. True: the system puts the focus on the first control.
+  virtual bool OnInitDialog() = 0;
+  /// WM_COMMAND by id and notification code. The default ends with OK and Cancel.
+  virtual bool OnCommand(WORD id, WORD notification);
+  /// WM_NOTIFY; what it returns is the dialog procedure's result.
+  virtual INT_PTR OnNotify(const NMHDR& header);
+  virtual void OnTimer(UINT_PTR timerId);
+  /// Any other message, and WM_SIZE and WM_GETMINMAXINFO once the base has done its part; empty: not handled.
+  virtual std::optional<INT_PTR> OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
+  /// WM_DESTROY.
+  virtual void OnDestroy();
+
+  /// Ends a modal dialog with the result. A modeless one has no result and overrides OnCommand.
+  void End(INT_PTR result);
+  /// For messages whose sender reads a value: leaves it in the window and returns what the handler then returns.
+  [[nodiscard]] INT_PTR Reply(LRESULT result) const;
+
+  [[nodiscard]] HINSTANCE Instance() const { return instance_; }
+  /// Null when the dialog has no such control; all helpers below then do nothing.
+  [[nodiscard]] HWND Item(int id) const;
+  /// At most maxChars characters, the terminator not counted.
+  [[nodiscard]] std::wstring ItemText(int id, std::size_t maxChars) const;
+  void SetItemText(int id, const std::wstring& text) const;
+  void SetChecked(int id, bool checked) const;
+  [[nodiscard]] bool IsChecked(int id) const;
+  void ShowItem(int id, bool shown) const;
+
+  /// Dark mode for the dialog and the listed controls, with the program's two colours; without effect where dark mode is
+  /// unavailable. `menuBar`: the dialog has a menu bar, which is drawn dark too.
+  void ApplyDarkMode(std::span<const int> controlIds, DarkMenuBar menuBar = DarkMenuBar::kNone);
+
+  /// From now on resizing moves the controls by the table and the window cannot become smaller than it is, `extraMinHeightPx`
+  /// added. `eraseOnResize`: whether the invalidation after a resize erases.
+  void StartLayout(std::span<const AnchorRow> rows, int extraMinHeightPx, bool eraseOnResize);
+
+ private:
+  static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+  INT_PTR Handle(UINT message, WPARAM wParam, LPARAM lParam);
+  void OnSize(WPARAM kind);
+
+  HINSTANCE instance_;
+  WORD templateId_;
+  HWND window_ = nullptr;
+  SIZE initialClient_{};
+  SIZE minTrack_{};
+  bool eraseOnResize_ = true;
+  std::vector<LayoutAnchor> anchors_;
+};

@@ -1,0 +1,233 @@
+#include "ui/main_window/main_window.h"
+
+#include "platform/diagnostics.h"
+#include "platform/handles.h"
+#include "res/messages.h"
+#include "res/resource.h"
+#include "storage/settings_registry.h"
+#include "ui/framework/resources.h"
+#include "ui/windows_of_program.h"
+
+namespace {
+
+constexpr UINT kRecentAlertsPollMs = 2000;
+
+constexpr std::uint32_t kFollowCorner = ANCHOR_MOVE_RIGHT | ANCHOR_MOVE_DOWN;
+constexpr std::uint32_t kFill = ANCHOR_WIDEN | ANCHOR_GROW_TALLER;
+
+// Width goes to the lists and path fields, all height to the pages; what is not listed stays where it is.
+constexpr AnchorRow kAnchors[] = {
+    {IDC_RULES_GROUP, ANCHOR_WIDEN},
+    {IDC_RULE_LIST, ANCHOR_WIDEN},
+    {IDC_IMPORT_RULES, ANCHOR_MOVE_RIGHT},
+    {IDC_EXPORT_RULES, ANCHOR_MOVE_RIGHT},
+    {IDC_TABS, kFill},
+    {IDC_RECENT_ALERTS, kFill},
+    {IDC_SETTINGS_GROUP, kFill},
+    {IDC_LOG_PATH, ANCHOR_WIDEN},
+    {IDC_LOG_BROWSE, ANCHOR_MOVE_RIGHT},
+    {IDC_SOUND_PATH, ANCHOR_WIDEN},
+    {IDC_SOUND_BROWSE, ANCHOR_MOVE_RIGHT},
+    {IDC_APPLY, ANCHOR_MOVE_RIGHT},
+    {IDC_VERSION_LINK, ANCHOR_MOVE_DOWN},
+    {IDOK, kFollowCorner},
+    {IDCANCEL, kFollowCorner},
+    {IDC_MAIN_GRIP, kFollowCorner},
+};
+
+constexpr int kDarkControls[] = {IDC_ADD_RULE,     IDC_EDIT_RULE,     IDC_REMOVE_RULE, IDC_PRESETS,      IDC_IMPORT_RULES,
+                                 IDC_EXPORT_RULES, IDC_POLL_INTERVAL, IDC_NOTIFY,      IDC_LOG,          IDC_SOUND,
+                                 IDC_LOG_PATH,     IDC_SOUND_PATH,    IDC_APPLY,       IDC_VERSION_LINK, IDOK,
+                                 IDCANCEL};
+
+}  // namespace
+
+struct MainDialog::Tables {
+  static constexpr CommandRow<MainDialog> kCommands[] = {
+      {IDOK, &MainDialog::OnOk},       {IDCANCEL, &MainDialog::OnCancel},        {IDM_CLOSE, &MainDialog::OnCancel},
+      {IDM_EXIT, &MainDialog::OnExit}, {IDM_CLEAR_LOG, &MainDialog::OnClearLog},
+  };
+
+  /// One control's notification and what it does.
+  struct NotifyRow {
+    UINT_PTR controlId;
+    UINT code;
+    void (MainDialog::*handler)();
+  };
+  static constexpr NotifyRow kNotifications[] = {
+      {IDC_TABS, TCN_SELCHANGE, &MainDialog::OnTabChange},
+      {IDC_RECENT_ALERTS, NM_RCLICK, &MainDialog::OnAlertsRightClick},
+      {IDC_VERSION_LINK, NM_CLICK, &MainDialog::OnVersionLink},
+      {IDC_VERSION_LINK, NM_RETURN, &MainDialog::OnVersionLink},
+  };
+};
+
+MainDialog::MainDialog(Program& program)
+    : Dialog(program.instance, IDD_MAIN),
+      program_(program),
+      rules_(program),
+      recentAlerts_(program),
+      settingsPage_(program),
+      settingsMenu_(program, *this, settingsPage_),
+      versionLink_(program) {}
+
+bool MainDialog::OnInitDialog() {
+  program_.MainDialogHandle = Window();
+  program_.mainDialogOpening = false;
+  AttachMenu();
+  rules_.OnInitDialog(Window());
+  settingsPage_.OnInitDialog(Window());
+  recentAlerts_.OnInitDialog(Window());
+  StartRecentAlerts();
+  tabs_.OnInitDialog(Window());
+  ApplyDarkColours();
+  StartLayout(kAnchors, ::GetMenu(Window()) != nullptr ? ::GetSystemMetrics(SM_CYMENU) : 0, true);
+  // After the anchors are known: the size that comes back lays the controls out.
+  RestorePlacement();
+  versionLink_.OnInitDialog(Window());
+  shortcuts_.Install();
+  ::BringWindowToTop(Window());
+  ::SetForegroundWindow(Window());
+  return true;
+}
+
+void MainDialog::AttachMenu() const {
+  UniqueMenu menu(::LoadMenuW(Instance(), MAKEINTRESOURCEW(IDR_MAIN_MENU)));
+  if (menu && ::SetMenu(Window(), menu.get())) (void)menu.release();  // the window's from now on
+}
+
+void MainDialog::StartRecentAlerts() const {
+  ::SetTimer(Window(), IDT_RECENT_ALERTS, kRecentAlertsPollMs, nullptr);
+  ::PostMessageW(Window(), WM_TIMER, IDT_RECENT_ALERTS, 0);
+}
+
+void MainDialog::ApplyDarkColours() {
+  if (!DarkModeAvailable()) return;
+  ApplyDarkMode(kDarkControls, DarkMenuBar::kDraw);
+  for (const int list : {IDC_RULE_LIST, IDC_RECENT_ALERTS}) {
+    if (HWND window = Item(list)) ApplyDarkModeToListView(window);
+  }
+  tabs_.ApplyDarkMode();
+  // The system has no dark size grip.
+  if (DarkModeOn()) ShowItem(IDC_MAIN_GRIP, false);
+}
+
+void MainDialog::RestorePlacement() const {
+  const WindowPlacement placement = program_.settings.Get().mainDialogPlacement;
+  if (!placement.HasSize()) return;
+  const POINT centre = {static_cast<LONG>((std::int64_t{placement.left} + placement.right) / 2),
+                        static_cast<LONG>((std::int64_t{placement.top} + placement.bottom) / 2)};
+  if (::MonitorFromPoint(centre, MONITOR_DEFAULTTONULL) == nullptr) return;
+  ::SetWindowPos(Window(), nullptr, placement.left, placement.top, placement.right - placement.left,
+                 placement.bottom - placement.top, SWP_NOZORDER);
+}
+
+void MainDialog::StorePlacement() const {
+  RECT rect{};
+  if (!::GetWindowRect(Window(), &rect)) return;
+  program_.settings.Update([&rect](AppSettings& settings) {
+    settings.mainDialogPlacement = {rect.left, rect.top, rect.right, rect.bottom};
+  });
+}
+
+void MainDialog::EndMainWindow(INT_PTR result) {
+  End(result);
+  program_.MainDialogHandle = nullptr;
+}
+
+void MainDialog::Close(INT_PTR result) {
+  ::KillTimer(Window(), IDT_RECENT_ALERTS);
+  StorePlacement();
+  if (result == IDOK) SaveSettings(program_.settings, program_.engine);
+  EndMainWindow(result);
+}
+
+void MainDialog::OnOk() { Close(IDOK); }
+void MainDialog::OnCancel() { Close(IDCANCEL); }
+
+void MainDialog::OnExit() {
+  EndMainWindow(IDCANCEL);
+  if (HWND tray = program_.trayWindow) ::PostMessageW(tray, UWM_TERMINATE, 0, 0);
+}
+
+void MainDialog::OnClearLog() { recentAlerts_.Clear(); }
+void MainDialog::OnTabChange() { tabs_.OnSelectionChange(); }
+void MainDialog::OnAlertsRightClick() { recentAlerts_.ShowContextMenu(); }
+void MainDialog::OnVersionLink() { versionLink_.OnClick(); }
+
+bool MainDialog::OnCommand(WORD id, WORD notification) {
+  return settingsPage_.OnCommand(id, notification) || DispatchCommand<MainDialog>(*this, Tables::kCommands, id) ||
+         rules_.OnCommand(id) || settingsMenu_.OnCommand(id);
+}
+
+INT_PTR MainDialog::OnNotify(const NMHDR& header) {
+  for (const Tables::NotifyRow& row : Tables::kNotifications) {
+    if (row.controlId != header.idFrom || row.code != header.code) continue;
+    (this->*row.handler)();
+    return TRUE;
+  }
+  return rules_.OnNotify(header);
+}
+
+void MainDialog::OnTimer(UINT_PTR timerId) {
+  if (timerId == IDT_RECENT_ALERTS) recentAlerts_.Refresh();
+}
+
+std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_DRAWITEM:
+      return tabs_.OnDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+    case WM_CTLCOLORSTATIC:
+    case WM_CTLCOLORBTN:
+      return reinterpret_cast<INT_PTR>(tabs_.OnControlColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam)));
+    case WM_CONTEXTMENU:
+      // From the keyboard; a right click has its own notification.
+      if (lParam != -1 || reinterpret_cast<HWND>(wParam) != Item(IDC_RECENT_ALERTS)) return std::nullopt;
+      recentAlerts_.ShowContextMenuByKeyboard();
+      return TRUE;
+    case WM_INITMENUPOPUP:
+      settingsMenu_.OnInitMenuPopup(reinterpret_cast<HMENU>(wParam));
+      return TRUE;
+    case UWM_UPDATE_AVAILABLE:
+      versionLink_.ShowUpdate();
+      return TRUE;
+    case UWM_END_INPLACE_EDIT:
+      rules_.EndInPlaceEdit(wParam != 0);
+      return TRUE;
+    default:
+      return std::nullopt;
+  }
+}
+
+void MainDialog::OnDestroy() {
+  shortcuts_.Remove();
+  // However the window ended: nobody may find it any more.
+  HWND window = Window();
+  program_.MainDialogHandle.compare_exchange_strong(window, nullptr);
+}
+
+namespace {
+
+/// True when a window was open, which is then in front.
+bool BringForward(const Program& program) {
+  HWND open = program.MainDialogHandle;
+  if (open == nullptr) return false;
+  if (::IsIconic(open)) ::ShowWindowAsync(open, SW_RESTORE);
+  ::SetForegroundWindow(open);
+  return true;
+}
+
+}  // namespace
+
+void MainDialogThread(Program& program) {
+  if (BringForward(program)) return;
+  // A double click on the tray icon asks twice within milliseconds; the second request finds the window still opening.
+  if (program.mainDialogOpening.exchange(true)) return;
+  if (BringForward(program)) {  // it has opened between the two questions
+    program.mainDialogOpening = false;
+    return;
+  }
+  DebugLog(L"MainDialogThread");
+  // The window itself takes the flag back as soon as it can be found.
+  if (MainDialog(program).RunModal(nullptr) == -1) program.mainDialogOpening = false;
+}

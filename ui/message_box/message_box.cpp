@@ -1,0 +1,321 @@
+#include "ui/message_box/message_box.h"
+
+#include <dwmapi.h>
+#include <uxtheme.h>
+
+#include <cstring>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "platform/handles.h"
+#include "ui/framework/resources.h"
+#include "ui/message_box/message_box_model.h"
+
+namespace {
+
+constexpr COLORREF kDarkBoxText = 0xDCDCDC;
+constexpr COLORREF kDarkBoxBackground = 0x202020;
+
+UniqueFont CreateMessageFont() {
+  NONCLIENTMETRICSW metrics{};
+  metrics.cbSize = sizeof(metrics);
+  if (!::SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0)) return nullptr;
+  return UniqueFont(::CreateFontIndirectW(&metrics.lfMessageFont));
+}
+
+class FontMeasurer : public TextMeasurer {
+ public:
+  explicit FontMeasurer(HFONT font) : screen_(nullptr, font) {}
+
+  PixelSize MeasureMessage(std::wstring_view text, int maxWidthPx) override {
+    return Measure(text, maxWidthPx, DT_WORDBREAK | DT_EXPANDTABS | DT_NOPREFIX);
+  }
+  int MeasureLabel(std::wstring_view label) override { return Measure(label, 0, DT_SINGLELINE).width; }
+
+ private:
+  [[nodiscard]] PixelSize Measure(std::wstring_view text, int maxWidthPx, UINT flags) const {
+    RECT rect{0, 0, maxWidthPx, 0};
+    ::DrawTextW(screen_.Get(), text.data(), static_cast<int>(text.size()), &rect, flags | DT_CALCRECT);
+    return {rect.right, rect.bottom};
+  }
+
+  WindowDc screen_;
+};
+
+MessageBoxMetrics SystemMetrics() {
+  const LONG baseUnits = ::GetDialogBaseUnits();
+  MessageBoxMetrics metrics;
+  metrics.dialogBaseX = LOWORD(baseUnits);
+  metrics.dialogBaseY = HIWORD(baseUnits);
+  metrics.screenWidth = ::GetSystemMetrics(SM_CXSCREEN);
+  metrics.iconSize = {::GetSystemMetrics(SM_CXICON), ::GetSystemMetrics(SM_CYICON)};
+  metrics.dpi = ScaleForDpi(USER_DEFAULT_SCREEN_DPI);
+  return metrics;
+}
+
+/// The user's choice for applications; no choice means light.
+bool UserWantsDark() {
+  DWORD light = 1;
+  DWORD size = sizeof(light);
+  const LSTATUS status = ::RegGetValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize",
+                                        L"AppsUseLightTheme", RRF_RT_REG_DWORD, nullptr, &light, &size);
+  return status == ERROR_SUCCESS && light == 0;
+}
+
+/// The system's icons are shared and never destroyed.
+HICON SystemIcon(MessageBoxIcon icon) {
+  switch (icon) {
+    case MessageBoxIcon::kHand:
+      return ::LoadIconW(nullptr, IDI_HAND);
+    case MessageBoxIcon::kQuestion:
+      return ::LoadIconW(nullptr, IDI_QUESTION);
+    case MessageBoxIcon::kExclamation:
+      return ::LoadIconW(nullptr, IDI_EXCLAMATION);
+    case MessageBoxIcon::kAsterisk:
+      return ::LoadIconW(nullptr, IDI_ASTERISK);
+    case MessageBoxIcon::kNone:
+      break;
+  }
+  return nullptr;
+}
+
+void CopyToClipboard(HWND owner, const std::wstring& text) {
+  const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+  UniqueGlobal memory(::GlobalAlloc(GMEM_MOVEABLE, bytes));
+  void* target = memory != nullptr ? ::GlobalLock(memory.get()) : nullptr;
+  if (target == nullptr) return;
+  std::memcpy(target, text.c_str(), bytes);
+  ::GlobalUnlock(memory.get());
+  const ClipboardLock clipboard(owner);
+  if (!clipboard.IsOpen() || !::EmptyClipboard()) return;
+  // From here on the clipboard owns the memory.
+  if (::SetClipboardData(CF_UNICODETEXT, memory.get()) != nullptr) memory.release();
+}
+
+/// One box from its opening to its end.
+class MessageBoxWindow {
+ public:
+  MessageBoxWindow(MessageBoxContent content, UINT style, bool dark)
+      : content_(std::move(content)),
+        style_(style),
+        dark_(dark),
+        buttons_(ButtonsOfStyle(style)),
+        font_(CreateMessageFont()),
+        darkBrush_(dark ? ::CreateSolidBrush(kDarkBoxBackground) : nullptr) {}
+
+  int Run(HWND owner) {
+    const MessageBoxMetrics metrics = SystemMetrics();
+    FontMeasurer measurer(font_.get());
+    layout_ = LayOutMessageBox(content_, style_, metrics, measurer);
+    const std::vector<std::byte> bytes = MakeMessageBoxTemplate(content_, style_, layout_, metrics).Pack();
+
+    ::MessageBeep(style_ & MB_ICONMASK);
+    HWND window = ::CreateDialogIndirectParamW(::GetModuleHandleW(nullptr), reinterpret_cast<const DLGTEMPLATE*>(bytes.data()),
+                                               owner, &MessageBoxWindow::Procedure, reinterpret_cast<LPARAM>(this));
+    if (window == nullptr) return -1;
+    const bool disabledOwner = owner != nullptr && !::EnableWindow(owner, FALSE);
+    Pump();
+    if (disabledOwner) ::EnableWindow(owner, TRUE);
+    if (window_ != nullptr) ::DestroyWindow(window_);
+    return result_;
+  }
+
+ private:
+  static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    if (message == WM_INITDIALOG) {
+      reinterpret_cast<MessageBoxWindow*>(lParam)->window_ = window;
+      ::SetWindowLongPtrW(window, DWLP_USER, lParam);
+    }
+    auto* box = reinterpret_cast<MessageBoxWindow*>(::GetWindowLongPtrW(window, DWLP_USER));
+    return box != nullptr ? box->Handle(message, wParam, lParam) : FALSE;
+  }
+
+  INT_PTR Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+      case WM_INITDIALOG:
+        OnInitDialog();
+        return FALSE;  // the focus is on the default button already
+      case WM_ERASEBKGND:
+        OnErase(reinterpret_cast<HDC>(wParam));
+        return TRUE;
+      case WM_DRAWITEM:
+        OnDrawIcon(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+        return TRUE;
+      case WM_CTLCOLORSTATIC:
+        return OnStaticColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam));
+      case WM_CTLCOLORBTN:
+      case WM_CTLCOLORDLG:
+        return dark_ ? DarkColors(reinterpret_cast<HDC>(wParam)) : FALSE;
+      case WM_COMMAND:
+        OnCommand(LOWORD(wParam));
+        return TRUE;
+      case WM_DESTROY:
+        // With its owner, without an answer.
+        window_ = nullptr;
+        End(IDCANCEL);
+        return FALSE;
+      default:
+        return FALSE;
+    }
+  }
+
+  void OnInitDialog() {
+    const auto font = reinterpret_cast<WPARAM>(font_.get());
+    ::SendDlgItemMessageW(window_, kMessageBoxTextId, WM_SETFONT, font, FALSE);
+    for (const MessageBoxButton& button : buttons_.buttons) {
+      HWND control = ::GetDlgItem(window_, button.id);
+      ::SendMessageW(control, WM_SETFONT, font, FALSE);
+      if (dark_) ::SetWindowTheme(control, L"Explorer", nullptr);
+    }
+    const std::size_t place = DefaultButtonOfStyle(style_, buttons_.buttons.size());
+    ::SetFocus(::GetDlgItem(window_, buttons_.buttons[place].id));
+    if (dark_) {
+      constexpr DWORD kImmersiveDarkMode = 20;
+      const BOOL on = TRUE;
+      ::DwmSetWindowAttribute(window_, kImmersiveDarkMode, &on, sizeof(on));
+    }
+    if (buttons_.escapeResult == 0) ::EnableMenuItem(::GetSystemMenu(window_, FALSE), SC_CLOSE, MF_BYCOMMAND | MF_GRAYED);
+    if ((style_ & MB_TOPMOST) != 0) ::SetWindowPos(window_, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    CenterOverOwner();
+    // Also without MB_SETFOREGROUND: a box that waits behind other windows is an application that hangs.
+    ::SetForegroundWindow(window_);
+  }
+
+  void CenterOverOwner() {
+    HWND owner = ::GetWindow(window_, GW_OWNER);
+    RECT over{};
+    RECT box{};
+    if (owner == nullptr || ::IsIconic(owner) || !::GetWindowRect(owner, &over) || !::GetWindowRect(window_, &box)) return;
+    const int x = over.left + ((over.right - over.left) - (box.right - box.left)) / 2;
+    const int y = over.top + ((over.bottom - over.top) - (box.bottom - box.top)) / 2;
+    ::SetWindowPos(window_, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+  }
+
+  void OnErase(HDC dc) const {
+    RECT client{};
+    ::GetClientRect(window_, &client);
+    ::FillRect(dc, &client, dark_ ? darkBrush_.get() : ::GetSysColorBrush(COLOR_3DFACE));
+    if (dark_) return;
+    client.bottom = layout_.message.bottom;
+    ::FillRect(dc, &client, ::GetSysColorBrush(COLOR_WINDOW));
+  }
+
+  void OnDrawIcon(const DRAWITEMSTRUCT& draw) const {
+    ::FillRect(draw.hDC, &draw.rcItem, dark_ ? darkBrush_.get() : ::GetSysColorBrush(COLOR_WINDOW));
+    ::DrawIcon(draw.hDC, 0, 0, SystemIcon(IconOfStyle(style_)));
+  }
+
+  INT_PTR OnStaticColor(HDC dc, HWND control) const {
+    if (dark_) {
+      const INT_PTR brush = DarkColors(dc);
+      wchar_t name[32];
+      const int length = ::GetClassNameW(control, name, static_cast<int>(std::size(name)));
+      if (::CompareStringOrdinal(name, length, WC_BUTTONW, -1, TRUE) == CSTR_EQUAL) ::SetBkMode(dc, TRANSPARENT);
+      return brush;
+    }
+    if (::GetDlgCtrlID(control) != kMessageBoxTextId) return FALSE;
+    ::SetTextColor(dc, ::GetSysColor(COLOR_WINDOWTEXT));
+    ::SetBkColor(dc, ::GetSysColor(COLOR_WINDOW));
+    return reinterpret_cast<INT_PTR>(::GetSysColorBrush(COLOR_WINDOW));
+  }
+
+  INT_PTR DarkColors(HDC dc) const {
+    ::SetTextColor(dc, kDarkBoxText);
+    ::SetBkColor(dc, kDarkBoxBackground);
+    return reinterpret_cast<INT_PTR>(darkBrush_.get());
+  }
+
+  void OnCommand(int id) {
+    if (id == IDCANCEL) {
+      if (buttons_.escapeResult != 0) End(buttons_.escapeResult);
+      return;
+    }
+    for (const MessageBoxButton& button : buttons_.buttons) {
+      if (button.id == id) End(id);
+    }
+  }
+
+  void End(int result) {
+    if (ended_) return;
+    ended_ = true;
+    result_ = result;
+    // What ended the box may have been sent from elsewhere, which does not wake the loop.
+    ::PostThreadMessageW(::GetCurrentThreadId(), WM_NULL, 0, 0);
+  }
+
+  void Pump() {
+    MSG message{};
+    while (!ended_) {
+      if (!::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (!ended_) ::WaitMessage();
+        continue;
+      }
+      if (message.message == WM_QUIT) {
+        ::PostQuitMessage(static_cast<int>(message.wParam));
+        return;
+      }
+      if (IsCopyKey(message)) {
+        Copy();
+      } else if (!::IsDialogMessageW(window_, &message)) {
+        ::TranslateMessage(&message);
+        ::DispatchMessageW(&message);
+      }
+    }
+  }
+
+  void Copy() const noexcept {
+    try {
+      CopyToClipboard(window_, MessageBoxCopyText(content_));
+    } catch (const std::bad_alloc&) {
+      // As with a clipboard that is not available: nothing is copied and the box stays open.
+    }
+  }
+
+  [[nodiscard]] static bool IsCopyKey(const MSG& message) {
+    return message.message == WM_KEYDOWN && message.wParam == L'C' && ::GetKeyState(VK_CONTROL) < 0;
+  }
+
+  MessageBoxContent content_;
+  UINT style_;
+  bool dark_;
+  const MessageBoxButtons& buttons_;
+  UniqueFont font_;
+  UniqueBrush darkBrush_;
+  MessageBoxLayout layout_;
+  HWND window_ = nullptr;
+  bool ended_ = false;
+  int result_ = IDCANCEL;
+};
+
+std::wstring TextOrResource(const wchar_t* text) {
+  return IS_INTRESOURCE(text) ? LoadResString(static_cast<UINT>(reinterpret_cast<UINT_PTR>(text))) : std::wstring(text);
+}
+
+MessageBoxContent MakeContent(const wchar_t* text, const wchar_t* caption, UINT style) {
+  MessageBoxContent content;
+  content.message = TextOrResource(text);
+  content.caption = caption != nullptr ? TextOrResource(caption) : L"Error";
+  for (const MessageBoxButton& button : ButtonsOfStyle(style).buttons) {
+    std::wstring translated = LoadResString(button.label->stringId);
+    content.labels.push_back(translated.empty() ? std::wstring(button.label->text) : std::move(translated));
+  }
+  return content;
+}
+
+}  // namespace
+
+int XMessageBox(HWND owner, const wchar_t* text, const wchar_t* caption, UINT style) {
+  try {
+    if (owner == nullptr) {
+      if (HWND active = ::GetActiveWindow()) owner = ::GetLastActivePopup(active);
+    }
+    MessageBoxContent content = MakeContent(text, caption, style);
+    if ((style & MB_SYSTEMMODAL) != 0 && (style & MB_ICONMASK) == MB_ICONHAND) {
+      return ::MessageBoxW(owner, content.message.c_str(), content.caption.c_str(), style);
+    }
+    return MessageBoxWindow(std::move(content), style, UserWantsDark()).Run(owner);
+  } catch (const std::bad_alloc&) {
+    return IDCANCEL;
+  }
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+// The columns of the rule list: what each shows of a rule, and what a text typed into a cell makes of it. Apart from the list
+// control, which only carries these texts.
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/records.h"
+#include "ui/framework/list_columns.h"
+
+struct RuleColumn {
+  ListColumn column;
+  std::wstring (*cellText)(const ThresholdRule& rule);
+  /// Any text is accepted.
+  void (*applyText)(ThresholdRule& rule, std::wstring_view text);
+};
+
+/// In the order of the list, the Enabled column first.
+[[nodiscard]] std::span<const RuleColumn> RuleColumns();
+/// Headers and widths alone, for the list control.
+[[nodiscard]] std::vector<ListColumn> RuleListColumns();
+
+inline constexpr int kEnabledColumn = 0;
+
+[[nodiscard]] bool IsRuleColumn(int column);
+/// Empty for a column that is none.
+[[nodiscard]] std::wstring RuleCellText(int column, const ThresholdRule& rule);
+/// What the edit box over a cell starts with: nothing where the cell shows that there is no limit.
+[[nodiscard]] std::wstring EditTextOfCell(const std::wstring& cellText);
+/// Changes the rule as the text says; the Enabled column flips whatever the text. Nothing for a column that is none.
+void ApplyCellText(int column, std::wstring_view text, ThresholdRule& rule);

@@ -1,0 +1,53 @@
+#include "update/installer_file.h"
+
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "update/integrity_label.h"
+
+namespace {
+
+constexpr std::size_t kCompareBytes = 65'536;
+
+bool WriteInOneCall(HANDLE file, std::string_view bytes, InstallerFile::WriteCall write) {
+  if (bytes.size() > std::numeric_limits<DWORD>::max()) return false;
+  DWORD written = 0;
+  return write(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) && written == bytes.size();
+}
+
+}  // namespace
+
+InstallerFileResult InstallerFile::Create(std::string_view bytes, bool protect, WriteCall write) {
+  const DWORD labelAccess = protect ? kLabelAccess : 0;
+  UniqueHandle created = OwnFileHandle(
+      ::CreateFileW(path_.c_str(), GENERIC_WRITE | labelAccess, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (created == nullptr) return InstallerFileResult::kCannotCreate;
+  if (protect && !LabelHighIntegrity(created.get())) return InstallerFileResult::kCannotCreate;
+  if (!WriteInOneCall(created.get(), bytes, write)) return InstallerFileResult::kCannotWrite;
+  created.reset();
+  // Between the two handles the file is anybody's, so what is held now is compared with what was downloaded. A handle that can
+  // write could not be kept: the system refuses to start a file that is open for writing.
+  held_ = OwnFileHandle(::CreateFileW(path_.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  return held_ != nullptr && HoldsExactly(bytes) ? InstallerFileResult::kReady : InstallerFileResult::kChanged;
+}
+
+bool InstallerFile::HoldsExactly(std::string_view bytes) const {
+  BY_HANDLE_FILE_INFORMATION information{};
+  if (!::GetFileInformationByHandle(held_.get(), &information)) return false;
+  if ((information.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return false;
+  std::vector<char> buffer(kCompareBytes);
+  for (;;) {
+    DWORD count = 0;
+    if (!::ReadFile(held_.get(), buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr)) return false;
+    if (count == 0) return bytes.empty();
+    if (count > bytes.size() || std::memcmp(buffer.data(), bytes.data(), count) != 0) return false;
+    bytes.remove_prefix(count);
+  }
+}
+
+void InstallerFile::Discard() {
+  held_.reset();
+  ::DeleteFileW(path_.c_str());
+}

@@ -1,0 +1,79 @@
+#include "update/installer_folder.h"
+
+#include <cwchar>
+#include <vector>
+
+#include "platform/diagnostics.h"
+#include "update/integrity_label.h"
+
+namespace {
+
+struct Entry {
+  std::wstring name;
+  DWORD attributes;
+};
+
+/// The folder's entries, itself and its parent left out. False when the listing broke off.
+bool ListEntries(const std::wstring& folder, std::vector<Entry>& entries) {
+  WIN32_FIND_DATAW data{};
+  const UniqueFind find(::FindFirstFileW((folder + L"\\*").c_str(), &data));
+  if (find.get() == INVALID_HANDLE_VALUE) return false;
+  do {
+    const std::wstring name = data.cFileName;
+    if (name != L"." && name != L"..") entries.push_back({name, data.dwFileAttributes});
+  } while (::FindNextFileW(find.get(), &data));
+  return ::GetLastError() == ERROR_NO_MORE_FILES;
+}
+
+bool IsPlainFolder(const std::wstring& path) {
+  const DWORD attributes = ::GetFileAttributesW(path.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return false;
+  return (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == FILE_ATTRIBUTE_DIRECTORY;
+}
+
+}  // namespace
+
+bool InstallerFolder::Hold(const std::wstring& path, bool protect) {
+  const DWORD access = FILE_LIST_DIRECTORY | FILE_READ_ATTRIBUTES | (protect ? kLabelAccess : 0);
+  // The link itself is opened, not what it points to; without delete sharing nobody can put another folder in this one's place.
+  UniqueHandle folder =
+      OwnFileHandle(::CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  if (folder == nullptr || !IsPlainFolder(path)) {
+    DebugLog(L"ERROR: not a plain folder: %ls", path.c_str());
+    return false;
+  }
+  if (protect && !LabelHighIntegrity(folder.get())) {
+    DebugLog(L"ERROR: cannot protect %ls", path.c_str());
+    return false;
+  }
+  path_ = path;
+  folder_ = std::move(folder);
+  return true;
+}
+
+void InstallerFolder::Empty() const {
+  std::vector<Entry> entries;
+  ListEntries(path_, entries);
+  for (const Entry& entry : entries) {
+    const std::wstring path = path_ + L"\\" + entry.name;
+    if ((entry.attributes & FILE_ATTRIBUTE_READONLY) != 0) ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if ((entry.attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+      ::DeleteFileW(path.c_str());
+      continue;
+    }
+    {
+      // Held while it is emptied, as this folder is: it cannot turn into a link to somewhere else meanwhile.
+      InstallerFolder inner;
+      if (inner.Hold(path, false)) inner.Empty();
+    }
+    ::RemoveDirectoryW(path.c_str());
+  }
+}
+
+bool InstallerFolder::HoldsOnly(const std::wstring& fileName) const {
+  // An empty folder can be turned into a link while it is held, so its kind is looked at again; one that holds the file cannot.
+  std::vector<Entry> entries;
+  return IsPlainFolder(path_) && ListEntries(path_, entries) && entries.size() == 1 &&
+         _wcsicmp(entries[0].name.c_str(), fileName.c_str()) == 0;
+}
