@@ -9,7 +9,7 @@
 #include "core/alert_sink.h"
 #include "core/monitor_engine.h"
 #include "platform/text_encoding.h"
-#include "storage/alert_log.h"
+#include "storage/alert_log_line.h"
 #include "storage/rule_store.h"
 
 namespace {

@@ -13,6 +13,7 @@
 #include "platform/diagnostics.h"
 #include "platform/handles.h"
 #include "ui/dark/dark_mode.h"
+#include "ui/dark/dark_scroll_bar.h"
 
 namespace {
 
@@ -59,6 +60,7 @@ int RunMessageLoop(TrayWindow& tray) {
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
   RegisterControls();
   InitDarkMode();
+  InstallDarkScrollBars();
   const InstanceName name = ProgramInstanceName();
   TrayWindow::RegisterWindowClass(instance, name.windowClass);
 

@@ -3,8 +3,10 @@
 #include <mmsystem.h>
 
 #include "platform/clock.h"
-#include "storage/settings_registry.h"
-#include "ui/windows_of_program.h"
+#include "storage/data_folder.h"
+#include "ui/alerts/alert_log_window.h"
+#include "ui/dialogs/update_installation.h"
+#include "ui/main_window/main_window_thread.h"
 #include "update/update_check.h"
 
 namespace {

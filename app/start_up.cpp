@@ -1,8 +1,10 @@
 #include "app/start_up.h"
 
+#include "autostart/legacy_migration.h"
 #include "platform/diagnostics.h"
 #include "res/messages.h"
 #include "storage/alert_log.h"
+#include "storage/data_folder.h"
 #include "storage/settings_registry.h"
 
 bool InitInstance(ProcessObjects& objects, const InstanceName& name, bool startInTray) {

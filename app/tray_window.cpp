@@ -5,6 +5,7 @@
 #include "platform/thread.h"
 #include "res/messages.h"
 #include "res/resource.h"
+#include "storage/data_folder.h"
 #include "storage/settings_registry.h"
 
 namespace {

@@ -1,3 +1,5 @@
+#include "autostart/legacy_migration.h"
+
 #include <windows.h>
 
 #include <iterator>

@@ -12,6 +12,7 @@
 #include "core/recent_alerts.h"
 #include "platform/text_file.h"
 #include "storage/alert_log.h"
+#include "storage/alert_log_line.h"
 
 namespace {
 

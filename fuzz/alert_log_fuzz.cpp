@@ -9,7 +9,7 @@
 #include "platform/file.h"
 #include "platform/text_encoding.h"
 #include "platform/text_file.h"
-#include "storage/alert_log.h"
+#include "storage/alert_log_line.h"
 #include "storage/alert_log_reader.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-class Event;
+#include "platform/event.h"
 
 /// Local date and time; the layout of the system's own SYSTEMTIME.
 struct LocalTime {
@@ -20,8 +20,6 @@ struct LocalTime {
 
   bool operator==(const LocalTime&) const = default;
 };
-
-enum class WaitResult { kSignaled, kTimedOut, kFailed };
 
 class Clock {
  public:

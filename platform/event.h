@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "platform/clock.h"
+enum class WaitResult { kSignaled, kTimedOut, kFailed };
 
 class Event {
  public:

@@ -39,6 +39,3 @@ enum class WriteResult { kWritten, kCannotOpen, kWriteFailed };
 
 /// Appends the bytes with one write, creating the file when it is missing; `whenEmpty` goes first when the file had no bytes.
 [[nodiscard]] WriteResult AppendToFile(const std::wstring& path, std::string_view bytes, std::string_view whenEmpty);
-
-/// Deletes a file; the result is the system's word and callers mostly ignore it.
-bool RemoveFile(const std::wstring& path);

@@ -44,3 +44,6 @@ class NativeFile {
   std::intptr_t handle_ = kNoHandle;
   std::uint64_t sizeBytes_ = 0;
 };
+
+/// Deletes a file; the result is the system's word and callers mostly ignore it.
+bool RemoveFile(const std::wstring& path);

@@ -1,11 +1,11 @@
+#include "platform/native_file.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
-#include "platform/file.h"
-#include "platform/native_file.h"
 #include "platform/text_encoding.h"
 
 namespace {

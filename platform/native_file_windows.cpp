@@ -1,9 +1,8 @@
+#include "platform/native_file.h"
+
 #include <windows.h>
 
 #include <algorithm>
-
-#include "platform/file.h"
-#include "platform/native_file.h"
 
 namespace {
 

@@ -4,8 +4,6 @@
 
 #include <shlobj.h>
 
-#include "storage/settings_registry.h"
-
 std::wstring RoamingFolder() {
   wchar_t folder[MAX_PATH] = {};
   if (FAILED(::SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, folder))) return {};

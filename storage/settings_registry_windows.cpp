@@ -1,3 +1,4 @@
+#include "storage/data_folder.h"
 #include "storage/settings_registry.h"
 
 #include <windows.h>

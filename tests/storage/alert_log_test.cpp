@@ -1,4 +1,5 @@
 #include "storage/alert_log.h"
+#include "storage/alert_log_line.h"
 
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+#include "autostart/legacy_migration.h"
 #include "storage/settings_registry.h"
 
 #include <windows.h>

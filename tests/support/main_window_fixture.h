@@ -16,7 +16,7 @@
 #include "res/resource.h"
 #include "tests/support/test_program.h"
 #include "tests/support/window_driver.h"
-#include "ui/windows_of_program.h"
+#include "ui/main_window/main_window_thread.h"
 
 inline constexpr wchar_t kEditorTitle[] = L"Edit Threshold Rule";
 

@@ -9,6 +9,7 @@
 #include "platform/text_file.h"
 #include "res/messages.h"
 #include "tests/support/program_window_fixture.h"
+#include "ui/alerts/alert_log_window.h"
 
 namespace {
 

@@ -20,6 +20,7 @@
 #include "res/messages.h"
 #include "tests/support/main_window_fixture.h"
 #include "tests/support/theme_recorder.h"
+#include "ui/alerts/alert_log_window.h"
 #include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/exclusions_dialog.h"
 #include "ui/message_box/message_box.h"

@@ -1,4 +1,5 @@
 #include "ui/main_window/settings_menu.h"
+#include "storage/data_folder.h"
 
 #include <future>
 #include <thread>

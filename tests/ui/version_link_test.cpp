@@ -1,4 +1,5 @@
 #include "ui/main_window/version_link.h"
+#include "ui/dialogs/update_installation.h"
 
 #include <atomic>
 

@@ -13,14 +13,15 @@
 #include "res/resource.h"
 #include "tests/support/test_program.h"
 #include "tests/support/window_driver.h"
+#include "ui/alerts/alert_log_window.h"
 #include "ui/dark/dark_mode.h"
 #include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/exclusions_dialog.h"
 #include "ui/dialogs/update_progress_dialog.h"
 #include "ui/framework/resources.h"
+#include "ui/main_window/main_window_thread.h"
 #include "ui/message_box/message_box.h"
 #include "ui/rules/rule_editor.h"
-#include "ui/windows_of_program.h"
 
 namespace {
 

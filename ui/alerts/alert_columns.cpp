@@ -2,7 +2,7 @@
 
 #include "platform/text_format.h"
 #include "res/resource.h"
-#include "storage/alert_log.h"
+#include "storage/alert_log_line.h"
 
 namespace {
 

@@ -1,3 +1,5 @@
+#include "ui/alerts/alert_log_window.h"
+
 // The alert log window: a snapshot of every alert held, with export and Clear Log. Any number of them may be open, each on a
 // thread of its own.
 
@@ -14,7 +16,6 @@
 #include "ui/framework/dialog.h"
 #include "ui/framework/file_choosers.h"
 #include "ui/framework/resources.h"
-#include "ui/windows_of_program.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include "ui/dark/dark_mode.h"
 
 #include "ui/dark/dark_mode_entry_points.h"
-#include "ui/dark/dark_scroll_bar.h"
 
 namespace {
 
@@ -52,7 +51,7 @@ bool HasRequired(const ThemeEntryPoints& entries, unsigned build) {
 void InitDarkMode() {
   const VersionNumbers version = ReadVersionNumbers();
   if (version.major != 10 || version.minor != 0 || version.build < kFirstDarkBuild) return;
-  if (StartDarkMode(LoadThemeEntryPoints(version.build), version.build)) InstallDarkScrollBars();
+  (void)StartDarkMode(LoadThemeEntryPoints(version.build), version.build);
 }
 
 bool StartDarkMode(const ThemeEntryPoints& entryPoints, unsigned build) {

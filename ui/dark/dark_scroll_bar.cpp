@@ -26,6 +26,7 @@ std::span<std::byte> ModuleImage(HMODULE module) {
 }  // namespace
 
 void InstallDarkScrollBars() {
+  if (!DarkModeAvailable()) return;
   UniqueModule library(::LoadLibraryExW(L"comctl32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32));
   if (library == nullptr) return;
   // Never let go: the patched slot lies in it.

@@ -7,8 +7,8 @@
 
 #include <uxtheme.h>
 
-/// Once, at start-up, after the entry points are in place. The slot stays patched for the life of the process; without effect
-/// when the common controls have no such import.
+/// Once, at start-up, after InitDarkMode. The slot stays patched for the life of the process; without effect
+/// where dark mode is unavailable or the common controls have no such import.
 void InstallDarkScrollBars();
 
 /// What stands in the slot: opens the Explorer scroll bar in place of the plain one while dark mode is on.

@@ -6,7 +6,7 @@
 #include "res/resource.h"
 #include "storage/settings_registry.h"
 #include "ui/framework/resources.h"
-#include "ui/windows_of_program.h"
+#include "ui/main_window/main_window_thread.h"
 
 namespace {
 

@@ -8,7 +8,9 @@
 #include "platform/thread.h"
 #include "res/messages.h"
 #include "res/resource.h"
+#include "storage/data_folder.h"
 #include "storage/settings_registry.h"
+#include "ui/alerts/alert_log_window.h"
 #include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/exclusions_dialog.h"
 #include "ui/framework/dialog.h"
@@ -17,7 +19,6 @@
 #include "ui/main_window/menu_marks.h"
 #include "ui/main_window/settings_page.h"
 #include "ui/message_box/message_box.h"
-#include "ui/windows_of_program.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include "platform/thread.h"
 #include "res/messages.h"
 #include "res/resource.h"
+#include "ui/dialogs/update_installation.h"
 #include "ui/framework/resources.h"
-#include "ui/windows_of_program.h"
 #include "update/version.h"
 
 void VersionLink::OnInitDialog(HWND dialog) {
