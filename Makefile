@@ -3,7 +3,7 @@
 HOST_PACKAGES := cmake ninja-build g++ googletest
 WINDOWS_PACKAGES := cmake ninja-build g++-mingw-w64-x86-64-posix googletest
 WINE_PACKAGES := wine wine64 xvfb openbox fonts-liberation imagemagick x11-utils xdotool trayer osslsigncode openssl python3
-LINT_PACKAGES := $(HOST_PACKAGES) $(WINDOWS_PACKAGES) clang clang-format clang-tidy git
+LINT_PACKAGES := $(HOST_PACKAGES) $(WINDOWS_PACKAGES) clang clang-format clang-tidy cppcheck git python3
 FUZZ_PACKAGES := cmake ninja-build clang libclang-rt-14-dev
 JOBS := $(shell nproc 2>/dev/null || echo 2)
 
