@@ -14,6 +14,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 AlertRecord Alert(std::uint32_t pid, const std::wstring& name, const std::wstring& violation) {
   return {{.year = 2024, .month = 3, .day = 5, .hour = 14, .minute = 7, .second = 9}, pid, name, 0, violation};
 }
@@ -26,7 +28,7 @@ TEST(AlertLog, ReadsLinesAsTheTokeniserDoes) {
       {L"\t\t" + time + L"\t 7x\ta\t\tb\tc", Alert(7, L"a", L"b")},
       {time + L"\t-5\ta\tb\r\r\n", Alert(0, L"a", L"b")},
       {time + L"\t99999999999\ta\tb", Alert(4294967295U, L"a", L"b")},
-      {std::wstring(L"2024-3-5   14:07:9junk\tx\ta\tb\0c", 32), Alert(0, L"a", L"b")},
+      {L"2024-3-5   14:07:9junk\tx\ta\tb"s + L'\0' + L'c', Alert(0, L"a", L"b")},
       {L"70000-1-x 5:6:7\t1\ta", {{.year = 65535, .month = 1}, 1, L"a", 0, L""}},
   };
   AlertRecord record;
@@ -60,7 +62,7 @@ std::string NastyLog(Generator& generator, bool large) {
   const std::size_t encoding = generator.Below(4);
   if (encoding > 0) bytes = std::array{"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"}[encoding - 1];
   for (std::size_t count = generator.Below(large ? 300 : 30); count > 0; --count) {
-    std::wstring line = FormatAlertLogLine(Alert(static_cast<std::uint32_t>(count), L"p", generator.Pattern(20).c_str()));
+    std::wstring line = FormatAlertLogLine(Alert(static_cast<std::uint32_t>(count), L"p", generator.Pattern(20)));
     if (generator.OneIn(8)) line.resize(generator.Below(line.size()));
     if (generator.OneIn(8)) line = std::wstring(generator.Below(5000), generator.OneIn(2) ? L'\t' : L'\u20AC') + line;
     if (generator.OneIn(8)) line = L"\r\n";

@@ -3,6 +3,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+
 #include "platform/text_file.h"
 #include "storage/alert_log.h"
 #include "storage/rule_store.h"
@@ -25,19 +27,23 @@ TEST(FullDisk, IsReportedAndLosesNothingInMemory) {
   EXPECT_FALSE(ExportAlertCsv(kFullDisk, L"Time", RecentAlerts()));
 }
 
+[[noreturn]] void SaveInTurnForever(const std::wstring& path, const std::array<std::wstring, 2>& texts) {
+  for (std::size_t save = 0;; ++save) (void)WriteTextFile(path, texts[save % 2]);
+}
+
 TEST(KilledSave, LeavesTheOldListOrTheNewOne) {
   const ThrowawayFolder folder;
   const std::wstring path = folder.Path("rules.csv");
   const RuleList few(3, MakeNewRule(1));
   // Within one page of memory: between two, Linux itself may break a write off when it kills the writer.
   const RuleList many(100, MakeNewRule(2));
-  const std::wstring texts[] = {FormatRulesCsv(few), FormatRulesCsv(many)};
+  const std::array texts = {FormatRulesCsv(few), FormatRulesCsv(many)};
   ASSERT_LT(texts[1].size(), 4096U);
   ASSERT_EQ(WriteTextFile(path, texts[0]), WriteResult::kWritten);
   for (unsigned round = 0; round < 50; ++round) {
     const pid_t saver = ::fork();
     ASSERT_GE(saver, 0);
-    for (std::size_t save = 0; saver == 0; ++save) (void)WriteTextFile(path, texts[save % 2]);
+    if (saver == 0) SaveInTurnForever(path, texts);
     ::usleep(round * 100);
     ::kill(saver, SIGKILL);
     ::waitpid(saver, nullptr, 0);
