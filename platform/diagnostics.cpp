@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <new>
 #include <string>
 
 #include "platform/diagnostic_channel.h"
@@ -16,15 +17,18 @@ std::atomic<DiagnosticHook> diagnosticHook{nullptr};
 void DebugLog(const wchar_t* format, ...) {
   std::va_list arguments;
   va_start(arguments, format);
-  std::wstring line = FormatTextList(format, arguments);
-  va_end(arguments);
-  if (line.size() > kMaxLineChars) line.resize(kMaxLineChars);
-
-  if (const DiagnosticHook hook = diagnosticHook.load()) {
-    hook(line);
-  } else {
-    WriteDiagnosticLine(line);
+  try {
+    std::wstring line = FormatTextList(format, arguments);
+    if (line.size() > kMaxLineChars) line.resize(kMaxLineChars);
+    if (const DiagnosticHook hook = diagnosticHook.load()) {
+      hook(line);
+    } else {
+      WriteDiagnosticLine(line);
+    }
+  } catch (const std::bad_alloc&) {
+    // A line less is the smallest of the troubles then.
   }
+  va_end(arguments);
 }
 
 void SetDiagnosticHook(DiagnosticHook hook) { diagnosticHook.store(hook); }

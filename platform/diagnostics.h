@@ -6,7 +6,7 @@
 #include <string_view>
 
 /// Formats a line with the wide printf rules ("%ls" for wide text) and writes it; text beyond 1022 characters is cut. Any thread.
-/// Adds no time, level, prefix or line end.
+/// Adds no time, level, prefix or line end. Never throws: without memory the line is lost.
 void DebugLog(const wchar_t* format, ...);
 
 /// Receives every diagnostic line instead of the system, for tests. Null restores the system's channel. Must itself be

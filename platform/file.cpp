@@ -1,7 +1,6 @@
 #include "platform/file.h"
 
-#include <new>
-#include <stdexcept>
+#include "platform/out_of_memory.h"
 
 namespace {
 
@@ -12,30 +11,25 @@ constexpr std::uint64_t kMaxPaddingBytes = std::uint64_t{16} * 1024 * 1024;
 /// first.
 WriteResult WriteOverLonger(const NativeFile& file, std::string_view bytes) {
   const bool cutFirst = file.SizeBytes() - bytes.size() > kMaxPaddingBytes;
-  if (cutFirst && !file.CutAt(bytes.size())) return WriteResult::kWriteFailed;
+  if (cutFirst) return file.CutAt(bytes.size()) && file.Write(bytes) ? WriteResult::kWritten : WriteResult::kWriteFailed;
   std::string padded(bytes);
-  if (!cutFirst) padded.resize(static_cast<std::size_t>(file.SizeBytes()), '\n');
-  if (!file.Write(padded)) return WriteResult::kWriteFailed;
-  return cutFirst || file.CutAt(bytes.size()) ? WriteResult::kWritten : WriteResult::kWriteFailed;
+  padded.resize(static_cast<std::size_t>(file.SizeBytes()), '\n');
+  return file.Write(padded) && file.CutAt(bytes.size()) ? WriteResult::kWritten : WriteResult::kWriteFailed;
 }
 
 }  // namespace
 
 std::optional<std::string> ReadWholeFile(const std::wstring& path) {
-  try {
+  using Bytes = std::optional<std::string>;
+  return UnlessOutOfMemory(L"ReadWholeFile", Bytes(), [&]() -> Bytes {
     NativeFile file;
     std::string bytes;
     if (!file.Open(path, NativeFile::Mode::kRead) || !file.ReadAt(0, static_cast<std::size_t>(file.SizeBytes()), bytes)) {
       return std::nullopt;
     }
     return bytes;
-  } catch (const std::bad_alloc&) {
-  } catch (const std::length_error&) {
-  }
-  return std::nullopt;
+  });
 }
-
-bool RandomReadFile::Open(const std::wstring& path) { return file_.Open(path, NativeFile::Mode::kRead); }
 
 WriteResult WriteWholeFile(const std::wstring& path, std::string_view bytes) {
   NativeFile file;
@@ -43,7 +37,7 @@ WriteResult WriteWholeFile(const std::wstring& path, std::string_view bytes) {
   if (file.SizeBytes() > bytes.size()) {
     const WriteResult result = WriteOverLonger(file, bytes);
     if (result != WriteResult::kWritten) return result;
-  } else if (!file.Write(bytes)) {
+  } else if (!file.Reserve(bytes.size()) || !file.Write(bytes)) {
     return WriteResult::kWriteFailed;
   }
   return file.Flush() ? WriteResult::kWritten : WriteResult::kWriteFailed;

@@ -13,28 +13,12 @@
 /// Reads a file whole. Empty optional when it cannot be opened or read, is a folder, or memory for it cannot be had.
 [[nodiscard]] std::optional<std::string> ReadWholeFile(const std::wstring& path);
 
-/// A file opened for reading at any offset. The loader of a large log reads its end through this.
-class RandomReadFile {
- public:
-  /// Once per object.
-  [[nodiscard]] bool Open(const std::wstring& path);
-  /// As it was when the file was opened.
-  [[nodiscard]] std::uint64_t SizeBytes() const { return file_.SizeBytes(); }
-  /// Reads up to `count` bytes at `offset` into `bytes` (resized to what was read). False on a system error.
-  [[nodiscard]] bool ReadAt(std::uint64_t offset, std::size_t count, std::string& bytes) {
-    return file_.ReadAt(offset, count, bytes);
-  }
-
- private:
-  NativeFile file_;
-};
-
 enum class WriteResult { kWritten, kCannotOpen, kWriteFailed };
 
 /// Makes the bytes the file's whole content, in place: one write over what is there, flushed before the file is closed. A program
 /// killed meanwhile leaves the old file or the new one, the latter perhaps followed by empty lines in place of a longer old one's
-/// rest; a system that breaks off the write itself (Linux does, between pages) leaves some of each. A disk that fills up leaves
-/// the file damaged (kWriteFailed) until the next whole write.
+/// rest; a system that breaks off the write itself (Linux does, between pages) leaves some of each. Room for
+/// a longer file is taken first: on a full disk the old file stays whole (kWriteFailed).
 [[nodiscard]] WriteResult WriteWholeFile(const std::wstring& path, std::string_view bytes);
 
 /// Appends the bytes with one write, creating the file when it is missing; `whenEmpty` goes first when the file had no bytes.

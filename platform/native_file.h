@@ -26,7 +26,7 @@ class NativeFile {
     return *this;
   }
 
-  /// False also for a folder. Once per object.
+  /// False also for a folder. Once per object. A file that another program holds is tried again for about half a second.
   [[nodiscard]] bool Open(const std::wstring& path, Mode mode);
   /// As it was when the file was opened; 0 for what is no file on a disk.
   [[nodiscard]] std::uint64_t SizeBytes() const { return sizeBytes_; }
@@ -35,6 +35,9 @@ class NativeFile {
   [[nodiscard]] bool ReadAt(std::uint64_t offset, std::size_t count, std::string& bytes) const;
   [[nodiscard]] bool Write(std::string_view bytes) const;
   [[nodiscard]] bool CutAt(std::uint64_t sizeBytes) const;
+  /// Takes the room for a longer file (zeros until it is written) before anything is written over. False, the file as it was,
+  /// when there is none.
+  [[nodiscard]] bool Reserve(std::uint64_t sizeBytes) const;
   /// Returns when the bytes are on the disk.
   [[nodiscard]] bool Flush() const;
 
@@ -44,6 +47,9 @@ class NativeFile {
   std::intptr_t handle_ = kNoHandle;
   std::uint64_t sizeBytes_ = 0;
 };
+
+/// The folder is there and holds no such file. False also when that cannot be told.
+[[nodiscard]] bool IsMissingFile(const std::wstring& path);
 
 /// Deletes a file; the result is the system's word and callers mostly ignore it.
 bool RemoveFile(const std::wstring& path);

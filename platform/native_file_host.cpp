@@ -74,9 +74,23 @@ bool NativeFile::CutAt(std::uint64_t sizeBytes) const {
   return ::ftruncate(static_cast<int>(handle_), static_cast<off_t>(sizeBytes)) == 0;
 }
 
+bool NativeFile::Reserve(std::uint64_t sizeBytes) const {
+  const int error = ::posix_fallocate(static_cast<int>(handle_), 0, static_cast<off_t>(sizeBytes));
+  if (error != ENOSPC && error != EFBIG && error != EDQUOT) return true;
+  (void)CutAt(sizeBytes_);
+  return false;
+}
+
 bool NativeFile::Flush() const {
   // What is no file on a disk (a terminal, a pipe) has nothing to flush and says so.
   return ::fsync(static_cast<int>(handle_)) == 0 || errno == EINVAL;
+}
+
+bool IsMissingFile(const std::wstring& path) {
+  const std::string narrow = NarrowPath(path);
+  const std::size_t slash = narrow.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : narrow.substr(0, slash + 1);
+  return ::access(folder.c_str(), F_OK) == 0 && ::access(narrow.c_str(), F_OK) != 0 && errno == ENOENT;
 }
 
 bool RemoveFile(const std::wstring& path) { return ::unlink(NarrowPath(path).c_str()) == 0; }

@@ -22,6 +22,19 @@ DWORD AccessOf(NativeFile::Mode mode) {
   return GENERIC_READ;
 }
 
+/// Repeats what fails because another program (a virus scanner, a backup, an editor) holds the file for a moment.
+template <class Call>
+bool RepeatWhileHeld(Call call) {
+  constexpr int kTries = 10;
+  constexpr DWORD kPauseMs = 50;
+  for (int tries = 1;; ++tries) {
+    if (call()) return true;
+    const DWORD error = ::GetLastError();
+    if ((error != ERROR_SHARING_VIOLATION && error != ERROR_LOCK_VIOLATION) || tries == kTries) return false;
+    ::Sleep(kPauseMs);
+  }
+}
+
 }  // namespace
 
 NativeFile::~NativeFile() {
@@ -34,10 +47,13 @@ bool NativeFile::Open(const std::wstring& path, Mode mode) {
   // As the runtime opens files: others may read and write meanwhile, nobody may delete.
   constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE;
   const DWORD disposition = mode == Mode::kRead ? OPEN_EXISTING : OPEN_ALWAYS;
-  handle_ = reinterpret_cast<std::intptr_t>(
-      ::CreateFileW(path.c_str(), AccessOf(mode), kShare, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+  const bool opened = RepeatWhileHeld([&] {
+    handle_ = reinterpret_cast<std::intptr_t>(
+        ::CreateFileW(path.c_str(), AccessOf(mode), kShare, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return handle_ != kNoHandle;
+  });
   LARGE_INTEGER size = {};
-  if (handle_ == kNoHandle || ::GetFileSizeEx(ToHandle(handle_), &size) == FALSE) return false;
+  if (!opened || ::GetFileSizeEx(ToHandle(handle_), &size) == FALSE) return false;
   sizeBytes_ = static_cast<std::uint64_t>(size.QuadPart);
   return true;
 }
@@ -51,7 +67,8 @@ bool NativeFile::ReadAt(std::uint64_t offset, std::size_t count, std::string& by
   while (have < count) {
     const auto wanted = static_cast<DWORD>(std::min(count - have, kMaxTransferBytes));
     DWORD got = 0;
-    if (::ReadFile(ToHandle(handle_), bytes.data() + have, wanted, &got, nullptr) == FALSE) return false;
+    const auto read = [&] { return ::ReadFile(ToHandle(handle_), bytes.data() + have, wanted, &got, nullptr) != FALSE; };
+    if (!RepeatWhileHeld(read)) return false;
     if (got == 0) break;
     have += got;
   }
@@ -63,7 +80,8 @@ bool NativeFile::Write(std::string_view bytes) const {
   while (!bytes.empty()) {
     const auto count = static_cast<DWORD>(std::min(bytes.size(), kMaxTransferBytes));
     DWORD written = 0;
-    if (::WriteFile(ToHandle(handle_), bytes.data(), count, &written, nullptr) == FALSE || written == 0) return false;
+    const auto write = [&] { return ::WriteFile(ToHandle(handle_), bytes.data(), count, &written, nullptr) != FALSE; };
+    if (!RepeatWhileHeld(write) || written == 0) return false;
     bytes.remove_prefix(written);
   }
   return true;
@@ -77,6 +95,17 @@ bool NativeFile::CutAt(std::uint64_t sizeBytes) const {
          ::SetEndOfFile(ToHandle(handle_)) != FALSE && ::SetFilePointerEx(ToHandle(handle_), start, nullptr, FILE_BEGIN) != FALSE;
 }
 
+// The end of the file moved out takes the room on the volume, except where files are sparse.
+bool NativeFile::Reserve(std::uint64_t sizeBytes) const {
+  if (CutAt(sizeBytes)) return true;
+  (void)CutAt(sizeBytes_);
+  return false;
+}
+
 bool NativeFile::Flush() const { return ::FlushFileBuffers(ToHandle(handle_)) != FALSE; }
+
+bool IsMissingFile(const std::wstring& path) {
+  return ::GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES && ::GetLastError() == ERROR_FILE_NOT_FOUND;
+}
 
 bool RemoveFile(const std::wstring& path) { return ::DeleteFileW(path.c_str()) != FALSE; }

@@ -1,21 +1,32 @@
 #include "platform/text_file.h"
 
 #include <algorithm>
-#include <new>
-#include <stdexcept>
 
+#include "platform/out_of_memory.h"
 #include "platform/text_encoding.h"
 
 namespace {
 
 constexpr wchar_t kCtrlZ = L'\x1A';
 
-/// The encoding in which a line is to be appended; UTF-8 for a file that is missing or has no mark.
-TextEncoding EncodingOfFile(const std::wstring& path) {
-  RandomReadFile file;
-  std::string head;
-  if (!file.Open(path) || !file.ReadAt(0, kUtf8Mark.size(), head)) return TextEncoding::kUtf8;
-  return FindTextMark(head).encoding;
+/// How a text is to be appended to a file: UTF-8 on a line that is begun, where the file is missing or cannot be read.
+struct FileEnd {
+  TextEncoding encoding = TextEncoding::kUtf8;
+  bool endsLine = true;
+};
+
+FileEnd FindFileEnd(const std::wstring& path) {
+  FileEnd end;
+  NativeFile file;
+  std::string bytes;
+  if (!file.Open(path, NativeFile::Mode::kRead) || !file.ReadAt(0, kUtf8Mark.size(), bytes)) return end;
+  const TextMark mark = FindTextMark(bytes);
+  end.encoding = mark.encoding;
+  const std::uint64_t unitBytes = mark.encoding == TextEncoding::kUtf8 ? 1 : 2;
+  if (file.SizeBytes() < mark.sizeBytes + unitBytes) return end;
+  if (!file.ReadAt(file.SizeBytes() - unitBytes, static_cast<std::size_t>(unitBytes), bytes)) return end;
+  end.endsLine = bytes.find('\n') != std::string::npos;
+  return end;
 }
 
 }  // namespace
@@ -27,7 +38,7 @@ std::string EncodeTextFile(std::wstring_view text) {
   return bytes;
 }
 
-std::wstring DecodeTextFile(std::string_view bytes) {
+std::wstring DecodeTextFile(std::string_view bytes, CtrlZ ctrlZ) {
   const TextMark mark = FindTextMark(bytes);
   bytes.remove_prefix(mark.sizeBytes);
   std::wstring text;
@@ -35,35 +46,35 @@ std::wstring DecodeTextFile(std::string_view bytes) {
   TextDecoder decoder(mark.encoding);
   decoder.Decode(bytes, text);
   decoder.Finish(text);
-  text.resize(std::min(text.size(), text.find(kCtrlZ)));
+  if (ctrlZ == CtrlZ::kEndsText) text.resize(std::min(text.size(), text.find(kCtrlZ)));
   return text;
 }
 
-std::optional<std::wstring> ReadTextFile(const std::wstring& path) {
-  try {
+std::optional<std::wstring> ReadTextFile(const std::wstring& path, CtrlZ ctrlZ) {
+  using Text = std::optional<std::wstring>;
+  return UnlessOutOfMemory(L"ReadTextFile", Text(), [&]() -> Text {
     const std::optional<std::string> bytes = ReadWholeFile(path);
     if (!bytes) return std::nullopt;
-    return DecodeTextFile(*bytes);
-  } catch (const std::bad_alloc&) {
-  } catch (const std::length_error&) {
-  }
-  return std::nullopt;
+    return DecodeTextFile(*bytes, ctrlZ);
+  });
 }
 
 WriteResult WriteTextFile(const std::wstring& path, std::wstring_view text) {
-  try {
+  return UnlessOutOfMemory(L"WriteTextFile", WriteResult::kWriteFailed, [&] {
     std::string bytes(kUtf8Mark);
     bytes += EncodeTextFile(text);
     return WriteWholeFile(path, bytes);
-  } catch (const std::bad_alloc&) {
-    return WriteResult::kWriteFailed;
-  }
+  });
 }
 
 WriteResult AppendTextFile(const std::wstring& path, std::wstring_view text) {
-  std::string bytes;
-  EncodeText(text, EncodingOfFile(path), bytes);
-  return AppendToFile(path, bytes, kUtf8Mark);
+  return UnlessOutOfMemory(L"AppendTextFile", WriteResult::kWriteFailed, [&] {
+    std::string bytes;
+    const FileEnd end = FindFileEnd(path);
+    if (!end.endsLine) EncodeText(L"\n", end.encoding, bytes);
+    EncodeText(text, end.encoding, bytes);
+    return AppendToFile(path, bytes, kUtf8Mark);
+  });
 }
 
 bool LineReader::Next(std::wstring_view& line) {

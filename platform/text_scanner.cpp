@@ -68,7 +68,11 @@ void TakeExponent(std::wstring_view text, std::size_t& position, DigitCollector&
 
 }  // namespace
 
-bool IsBlank(wchar_t character) { return character == L' ' || (character >= L'\t' && character <= L'\r'); }
+bool IsBlank(wchar_t character) {
+  constexpr std::wstring_view kOthers = L" \x00A0\x1680\x2028\x2029\x202F\x205F\x3000";
+  return (character >= L'\t' && character <= L'\r') || (character >= L'\x2000' && character <= L'\x200A') ||
+         kOthers.find(character) != std::wstring_view::npos;
+}
 
 DecimalNumber ParseDecimal(std::wstring_view text) {
   std::size_t position = 0;
@@ -140,7 +144,11 @@ bool TextScanner::Decimal(double& value) {
   if (number.length == 0) return false;
   ahead.Skip(number.length);
   // An exponent without digits makes the whole field no number: scanf has read too far to give it back.
-  if (!ahead.rest_.empty() && (ahead.rest_.front() == L'e' || ahead.rest_.front() == L'E')) return false;
+  const std::wstring_view taken = rest_.substr(0, rest_.size() - ahead.rest_.size());
+  if (!ahead.rest_.empty() && (ahead.rest_.front() == L'e' || ahead.rest_.front() == L'E') &&
+      taken.find_first_of(L"eE") == std::wstring_view::npos) {
+    return false;
+  }
   *this = ahead;
   value = number.value;
   return true;

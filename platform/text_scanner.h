@@ -16,7 +16,7 @@ struct DecimalNumber {
 /// Linear in the text's length.
 [[nodiscard]] DecimalNumber ParseDecimal(std::wstring_view text);
 
-/// Blank, TAB, LF, VT, FF, CR.
+/// What the Windows runtime's wide-character test calls white space, on every machine and under every locale.
 [[nodiscard]] bool IsBlank(wchar_t character);
 
 /// Each conversion either succeeds and moves on, or fails and leaves position and output as they were. Borrows the text.

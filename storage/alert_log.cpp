@@ -1,5 +1,6 @@
 #include "storage/alert_log.h"
 
+#include "platform/out_of_memory.h"
 #include "platform/text_file.h"
 #include "platform/text_format.h"
 #include "storage/alert_log_line.h"
@@ -15,17 +16,21 @@ std::wstring FormatCsvRow(const AlertRecord& record) {
 }  // namespace
 
 void AppendAlertLog(const std::wstring& path, const AlertRecord& record) {
-  (void)AppendTextFile(path, FormatAlertLogLine(record));
+  (void)DoUnlessOutOfMemory(L"AppendAlertLog", [&] { (void)AppendTextFile(path, FormatAlertLogLine(record)); });
 }
 
 void LoadAlertLog(const std::wstring& path, RecentAlerts& recentAlerts) {
   if (path.empty()) return;
-  std::optional<std::vector<AlertRecord>> alerts = ReadNewestAlerts(path, RecentAlerts::kMaxAlerts);
-  if (alerts) recentAlerts.Replace(std::move(*alerts));
+  (void)DoUnlessOutOfMemory(L"LoadAlertLog", [&] {
+    std::optional<std::vector<AlertRecord>> alerts = ReadNewestAlerts(path, RecentAlerts::kMaxAlerts);
+    if (alerts) recentAlerts.Replace(std::move(*alerts));
+  });
 }
 
 bool ExportAlertCsv(const std::wstring& path, const std::wstring& header, const RecentAlerts& recentAlerts) {
-  std::wstring text = header + L"\n";
-  recentAlerts.ForEachLocked([&](const AlertRecord& record) { text += FormatCsvRow(record); });
-  return WriteTextFile(path, text) == WriteResult::kWritten;
+  return UnlessOutOfMemory(L"ExportAlertCsv", false, [&] {
+    std::wstring text = header + L"\n";
+    recentAlerts.ForEachLocked([&](const AlertRecord& record) { text += FormatCsvRow(record); });
+    return WriteTextFile(path, text) == WriteResult::kWritten;
+  });
 }

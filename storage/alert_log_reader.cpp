@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <deque>
 #include <iterator>
-#include <new>
 #include <string_view>
 
 #include "platform/file.h"
@@ -18,7 +17,7 @@ constexpr std::size_t kBlockBytes = std::size_t{64} * 1024;
 
 class TailReader {
  public:
-  TailReader(RandomReadFile& file, std::size_t maxAlerts) : file_(file), maxAlerts_(maxAlerts) {}
+  TailReader(const NativeFile& file, std::size_t maxAlerts) : file_(file), maxAlerts_(maxAlerts) {}
 
   [[nodiscard]] bool Read(std::size_t stepBytes);
   [[nodiscard]] std::vector<AlertRecord> TakeAlerts() {
@@ -30,7 +29,7 @@ class TailReader {
   [[nodiscard]] bool ReadLines(std::uint64_t begin, std::uint64_t end);
   void AddLines(LineReader& lines, bool complete, std::deque<AlertRecord>& alerts) const;
 
-  RandomReadFile& file_;
+  const NativeFile& file_;
   std::size_t maxAlerts_;
   TextMark mark_;
   std::string block_;
@@ -106,13 +105,9 @@ void TailReader::AddLines(LineReader& lines, bool complete, std::deque<AlertReco
 }  // namespace
 
 std::optional<std::vector<AlertRecord>> ReadNewestAlerts(const std::wstring& path, std::size_t maxAlerts, std::size_t stepBytes) {
-  try {
-    RandomReadFile file;
-    if (!file.Open(path)) return std::nullopt;
-    TailReader reader(file, maxAlerts);
-    if (!reader.Read(stepBytes)) return std::nullopt;
-    return reader.TakeAlerts();
-  } catch (const std::bad_alloc&) {
-    return std::nullopt;
-  }
+  NativeFile file;
+  if (!file.Open(path, NativeFile::Mode::kRead)) return std::nullopt;
+  TailReader reader(file, maxAlerts);
+  if (!reader.Read(stepBytes)) return std::nullopt;
+  return reader.TakeAlerts();
 }

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <iterator>
-#include <new>
 #include <optional>
-#include <stdexcept>
 
 #include "platform/diagnostics.h"
+#include "platform/native_file.h"
+#include "platform/out_of_memory.h"
 #include "platform/text_file.h"
 #include "storage/rules_csv.h"
 #include "storage/rules_json.h"
@@ -41,27 +41,26 @@ class RuleIdSource {
   std::uint32_t next_;
 };
 
-WriteResult WriteRules(const std::wstring& path, const RuleList& rules) {
-  try {
-    return WriteTextFile(path, FormatRulesCsv(rules));
-  } catch (const std::bad_alloc&) {
-    return WriteResult::kWriteFailed;
-  }
-}
-
-bool SaveRules(const std::wstring& path, const RuleList& rules) {
-  switch (WriteRules(path, rules)) {
+/// Makes the text the file's content and says in `where`'s name how that went.
+bool WriteRules(const wchar_t* where, const wchar_t* done, const std::wstring& path, const RuleList& rules,
+                std::wstring (*format)(const RuleList&)) {
+  const auto write = [&] { return WriteTextFile(path, format(rules)); };
+  switch (UnlessOutOfMemory(where, WriteResult::kWriteFailed, write)) {
     case WriteResult::kWritten:
-      DebugLog(L"RuleStore::Save - Saved %u rules to %ls", CountOf(rules), path.c_str());
+      DebugLog(L"%ls - %ls %u rules to %ls", where, done, CountOf(rules), path.c_str());
       return true;
     case WriteResult::kCannotOpen:
-      DebugLog(L"RuleStore::Save - Could not open %ls for writing", path.c_str());
+      DebugLog(L"%ls - Could not open %ls for writing", where, path.c_str());
       return false;
     case WriteResult::kWriteFailed:
       break;
   }
-  DebugLog(L"RuleStore::Save - Could not write %ls", path.c_str());
+  DebugLog(L"%ls - Could not write %ls", where, path.c_str());
   return false;
+}
+
+bool SaveRules(const std::wstring& path, const RuleList& rules) {
+  return WriteRules(L"RuleStore::Save", L"Saved", path, rules, FormatRulesCsv);
 }
 
 }  // namespace
@@ -90,19 +89,30 @@ std::uint32_t RuleStore::TakeRuleId() {
 
 bool RuleStore::Load(const std::wstring& path) {
   std::lock_guard writer(writers_);
-  std::optional<RuleList> rules;
-  const std::optional<std::wstring> text = ReadTextFile(path);
-  if (text) {
-    rules = ParseRulesCsv(*text);
-  } else {
-    DebugLog(L"RuleStore::Load - Could not open %ls", path.c_str());
-  }
-  const auto loaded = std::make_shared<const RuleList>(rules ? std::move(*rules) : RuleList());
-  std::uint32_t highestId = 0;
-  for (const ThresholdRule& rule : *loaded) highestId = std::max(highestId, rule.ruleId);
-  Publish(loaded, RuleIdSource(*loaded, highestId + 1).Next());
-  if (rules) DebugLog(L"RuleStore::Load - Loaded %u rules from %ls", CountOf(*loaded), path.c_str());
-  return rules.has_value();
+  changed_ = false;
+  readPath_.clear();
+  std::uint32_t nextRuleId = 1;
+  bool found = false;
+  auto loaded = std::make_shared<RuleList>();
+  const bool read = UnlessOutOfMemory(L"RuleStore::Load", false, [&] {
+    const std::optional<std::wstring> text = ReadTextFile(path);
+    if (!text) {
+      DebugLog(L"RuleStore::Load - Could not open %ls", path.c_str());
+      return IsMissingFile(path);
+    }
+    std::optional<RuleList> rules = ParseRulesCsv(*text);
+    if (!rules) return true;
+    std::uint32_t highestId = 0;
+    for (const ThresholdRule& rule : *rules) highestId = std::max(highestId, rule.ruleId);
+    nextRuleId = RuleIdSource(*rules, highestId + 1).Next();
+    loaded->swap(*rules);
+    found = true;
+    return true;
+  });
+  if (read) readPath_ = path;
+  if (found) DebugLog(L"RuleStore::Load - Loaded %u rules from %ls", CountOf(*loaded), path.c_str());
+  Publish(std::move(loaded), nextRuleId);
+  return found;
 }
 
 bool RuleStore::Save(const std::wstring& path) const {
@@ -113,7 +123,10 @@ bool RuleStore::Save(const std::wstring& path) const {
 bool RuleStore::SaveAndClose(const std::wstring& path) {
   std::lock_guard writer(writers_);
   closed_ = true;
-  return SaveRules(path, *Snapshot());
+  if (changed_ || path == readPath_) return SaveRules(path, *Snapshot());
+  // The file may hold rules that this run never saw.
+  DebugLog(L"RuleStore::SaveAndClose - Left %ls as it is", path.c_str());
+  return false;
 }
 
 void RuleStore::Append(const RuleList& rules) {
@@ -152,23 +165,11 @@ void RuleStore::RemoveAll() {
 }
 
 bool RuleStore::ExportJson(const std::wstring& path) const {
-  const RuleSnapshot rules = Snapshot();
-  switch (WriteTextFile(path, FormatRulesJson(*rules))) {
-    case WriteResult::kWritten:
-      DebugLog(L"RuleStore::ExportJson - Exported %u rules to %ls", CountOf(*rules), path.c_str());
-      return true;
-    case WriteResult::kCannotOpen:
-      DebugLog(L"RuleStore::ExportJson - Could not open %ls for writing", path.c_str());
-      return false;
-    case WriteResult::kWriteFailed:
-      break;
-  }
-  DebugLog(L"RuleStore::ExportJson - Could not write %ls", path.c_str());
-  return false;
+  return WriteRules(L"RuleStore::ExportJson", L"Exported", path, *Snapshot(), FormatRulesJson);
 }
 
 bool RuleStore::ImportJson(const std::wstring& path) {
-  const std::optional<std::wstring> text = ReadTextFile(path);
+  const std::optional<std::wstring> text = ReadTextFile(path, CtrlZ::kIsText);
   if (!text) {
     DebugLog(L"RuleStore::ImportJson - Could not open %ls", path.c_str());
     return false;
@@ -177,17 +178,13 @@ bool RuleStore::ImportJson(const std::wstring& path) {
 }
 
 bool RuleStore::ImportJsonString(const std::wstring& text) {
-  try {
+  return UnlessOutOfMemory(L"RuleStore::ImportJsonString", false, [&] {
     std::optional<RuleList> rules = ParseRulesJson(text);
     if (rules && !rules->empty()) return AppendImported(std::move(*rules));
     DebugLog(rules ? L"RuleStore::ImportJsonString - No valid rules found"
                    : L"RuleStore::ImportJsonString - No 'rules' array found");
-  } catch (const std::bad_alloc&) {
-    DebugLog(L"RuleStore::ImportJsonString - Out of memory");
-  } catch (const std::length_error&) {
-    DebugLog(L"RuleStore::ImportJsonString - Out of memory");
-  }
-  return false;
+    return false;
+  });
 }
 
 bool RuleStore::AppendImported(RuleList imported) {
@@ -210,6 +207,7 @@ bool RuleStore::Change(const std::function<bool(RuleList&, std::uint32_t& nextRu
   nextRuleId = RuleIdSource(list, nextRuleId).Next();
   // Saved before it is published, and under the writers' mutex alone: readers go on with the old list meanwhile.
   const auto changed = std::make_shared<const RuleList>(std::move(list));
+  changed_ = true;
   (void)SaveRules(rulesFilePath_(), *changed);
   Publish(changed, nextRuleId);
   return true;

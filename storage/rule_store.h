@@ -26,11 +26,12 @@ class RuleStore : public RuleSource {
   bool Load(const std::wstring& path);
   bool Save(const std::wstring& path) const;
   /// The program's last save: no change gets through after it. Windows may still be open on other threads while the process ends,
-  /// and none of them may then be half-way through writing the file.
+  /// and none of them may then be half-way through writing the file. A list that was never read from this path, although a file
+  /// may be there (held by another program, too large for memory), is saved only when something has been changed.
   bool SaveAndClose(const std::wstring& path);
 
   // Changes. Each saves to the rules file and publishes once; a failed save is a diagnostic line and the change still holds.
-  // Without effect once the store is closed.
+  // Without effect once the store is closed. When memory runs out in one (std::bad_alloc), list and file are as they were.
   void Append(const RuleList& rules);
   /// Changes the first rule with the id; false when there is none. `edit` gets the rule of the moment
   /// and must not call the store.
@@ -56,7 +57,10 @@ class RuleStore : public RuleSource {
   mutable std::mutex snapshotLock_;
   RuleSnapshot snapshot_;
   std::uint32_t nextRuleId_ = 1;
-  bool closed_ = false;  ///< guarded by writers_
+  // Guarded by writers_.
+  std::wstring readPath_;  ///< whose content, or absence, the list was when it was loaded; empty when it could not be read
+  bool changed_ = false;   ///< since it was loaded
+  bool closed_ = false;
 };
 
 /// The first rule of the list with the id; null when there is none.

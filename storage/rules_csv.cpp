@@ -102,7 +102,8 @@ bool ScanQuotedPattern(TextScanner& scanner, std::wstring& pattern) {
 bool ScanPattern(TextScanner& scanner, std::wstring& pattern) {
   if (scanner.Rest().starts_with(kQuotedStart)) {
     scanner.Skip(kQuotedStart.size());
-    return ScanQuotedPattern(scanner, pattern);
+    // What could not be written again would be torn at the next save.
+    return ScanQuotedPattern(scanner, pattern) && FitsRulesCsv(pattern);
   }
   const std::wstring_view longest = scanner.Rest().substr(0, kMaxPlainPatternChars);
   const std::wstring_view plain = longest.substr(0, longest.find(L','));

@@ -70,9 +70,12 @@ TEST(TextFile, AppendsInTheEncodingOfTheFile) {
   EXPECT_EQ(AppendTextFile(path, L"new\n"), WriteResult::kWritten);
   EXPECT_EQ(ThrowawayFolder::Read(path), "\xEF\xBB\xBFnew\r\n");
   for (const auto& [before, after] : {std::pair{""s, "\xEF\xBB\xBF\xC3\xA4\r\n"s},
-                                      {"x"s, "x\xC3\xA4\r\n"s},
-                                      {"\xFF\xFEx\0"s, "\xFF\xFEx\0\xE4\0\r\0\n\0"s},
-                                      {"\xFE\xFF\0x"s, "\xFE\xFF\0x\0\xE4\0\r\0\n"s}}) {
+                                      {"\xEF\xBB\xBF"s, "\xEF\xBB\xBF\xC3\xA4\r\n"s},
+                                      {"x\n"s, "x\n\xC3\xA4\r\n"s},
+                                      {"x"s, "x\r\n\xC3\xA4\r\n"s},
+                                      {"\xFF\xFEx\0"s, "\xFF\xFEx\0\r\0\n\0\xE4\0\r\0\n\0"s},
+                                      {"\xFE\xFF\0x\0\n"s, "\xFE\xFF\0x\0\n\0\xE4\0\r\0\n"s},
+                                      {"\xFE\xFF\0x"s, "\xFE\xFF\0x\0\r\0\n\0\xE4\0\r\0\n"s}}) {
     ThrowawayFolder::Write(path, before);
     EXPECT_EQ(AppendTextFile(path, L"ä\n"), WriteResult::kWritten);
     EXPECT_EQ(ThrowawayFolder::Read(path), after);
@@ -81,8 +84,6 @@ TEST(TextFile, AppendsInTheEncodingOfTheFile) {
 
 TEST(TextFile, AFolderIsNoFile) {
   const ThrowawayFolder folder;
-  RandomReadFile file;
-  EXPECT_FALSE(file.Open(folder.Path("")));
   for (const std::wstring& nowhere : {folder.Path(""), folder.Path("missing/file")}) {
     EXPECT_FALSE(ReadTextFile(nowhere).has_value());
     EXPECT_EQ(WriteTextFile(nowhere, L"x"), WriteResult::kCannotOpen);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "platform/file.h"
 #include "platform/handles.h"
 #include "storage/rule_store.h"
@@ -36,6 +38,27 @@ TEST(FilesOnWindows, ThatOthersHoldOrProtectKeepTheirBytes) {
   const UniqueHandle writer = Open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE);
   EXPECT_TRUE(store.Load(path)) << "a file that another program still writes can be read";
   EXPECT_FALSE(store.Snapshot()->empty());
+}
+
+TEST(FilesOnWindows, ThatAnotherProgramHoldsAreWaitedForAndNeverWrittenUnread) {
+  const ThrowawayFolder folder;
+  const std::wstring path = folder.Path("rules.csv");
+  ThrowawayFolder::Write(path, "header\r\n1,a.exe,1\r\n");
+  RuleStore store([&] { return path; });
+  {
+    const UniqueHandle holder = Open(path, GENERIC_READ, 0);
+    EXPECT_FALSE(store.Load(path));
+  }
+  EXPECT_FALSE(store.SaveAndClose(path));
+  EXPECT_EQ(ThrowawayFolder::Read(path), "header\r\n1,a.exe,1\r\n");
+
+  UniqueHandle holder = Open(path, GENERIC_READ, 0);
+  std::thread scanner([&] {
+    ::Sleep(200);
+    holder.reset();
+  });
+  EXPECT_TRUE(store.Load(path));
+  scanner.join();
 }
 
 }  // namespace

@@ -42,7 +42,9 @@ TEST_F(RuleStoreTest, IdsAreNeverHandedOutTwiceNorZeroNorInUse) {
 }
 
 TEST_F(RuleStoreTest, AnImportAppendsSavesOnceAndKeepsAllOrNothing) {
-  store_.Append({Rule(store_.TakeRuleId(), L"a"), Rule(store_.TakeRuleId(), L"b,c")});
+  store_.Append({Rule(store_.TakeRuleId(), L"a"), Rule(store_.TakeRuleId(),
+                                                       L"b,\x1A"
+                                                       L"c")});
   const std::wstring json = folder_.Path("rules.json");
   EXPECT_TRUE(store_.ExportJson(json));
   (void)DiagnosticLines::Take();
@@ -50,7 +52,9 @@ TEST_F(RuleStoreTest, AnImportAppendsSavesOnceAndKeepsAllOrNothing) {
   EXPECT_EQ(DiagnosticLines::Take(),
             (Lines{L"RuleStore::ImportJsonString - Imported 2 rules", L"RuleStore::Save - Saved 4 rules to " + path_}));
   EXPECT_EQ(Ids(), (IdList{1, 2, 3, 4}));
-  EXPECT_EQ(store_.Snapshot()->back().processPattern, L"b,c");
+  EXPECT_EQ(store_.Snapshot()->back().processPattern,
+            L"b,\x1A"
+            L"c");
 
   EXPECT_FALSE(store_.ImportJsonString(L"{}"));
   EXPECT_FALSE(store_.ImportJsonString(L"\"rules\" {\"processPattern\":\"\"}"));
@@ -60,6 +64,23 @@ TEST_F(RuleStoreTest, AnImportAppendsSavesOnceAndKeepsAllOrNothing) {
                    L"RuleStore::ImportJson - Could not open " + folder_.Path("missing")}));
   EXPECT_EQ(Ids(), (IdList{1, 2, 3, 4}));
   EXPECT_EQ(store_.NextRuleId(), 5U);
+}
+
+TEST_F(RuleStoreTest, AListThatWasNeverReadIsSavedOnlyWhenSomethingHasChanged) {
+  const std::wstring unreadable = folder_.Path("missing/rules.csv");
+  EXPECT_FALSE(store_.Load(unreadable));
+  ThrowawayFolder::Write(path_, "what another run wrote");
+  EXPECT_FALSE(store_.SaveAndClose(path_));
+  EXPECT_EQ(ThrowawayFolder::Read(path_), "what another run wrote");
+
+  RuleStore changed([&] { return unreadable; });
+  EXPECT_FALSE(changed.Load(unreadable));
+  changed.Append({Rule(1, L"a.exe")});
+  EXPECT_TRUE(changed.SaveAndClose(path_));
+
+  RuleStore first([&] { return path_; });
+  EXPECT_FALSE(first.Load(folder_.Path("new.csv")));
+  EXPECT_TRUE(first.SaveAndClose(folder_.Path("new.csv"))) << "a missing file is made";
 }
 
 TEST_F(RuleStoreTest, AClosedStoreKeepsListAndFileWhateverIsAsked) {

@@ -26,6 +26,12 @@ TEST(RulesCsv, ReadsRowsAsScanfWould) {
       {L"4,foo.exe,1", L"4,foo.exe,1,0,0.0,0.0,0.0,0,0,0,3,60\n"},
       {L"4, foo ,-1\r\n", L"4, foo ,1,0,0.0,0.0,0.0,0,0,0,3,60\n"},
       {L" +4,foo, 0,\t9, 1.25,\f2e1,-1,1,2,3,4,5,junk", L"4,foo,0,9,1.2,20.0,-1.0,1,2,3,4,5\n"},
+      {L"\x00A0"
+       L"4,foo,\x3000"
+       L"1,\x2003"
+       L"5,\x1680"
+       L"1e2e",
+       L"4,foo,1,5,100.0,0.0,0.0,0,0,0,3,60\n"},
       // The first field that does not fit ends the row.
       {L"4,foo,2,9,1e,2", L"4,foo,1,9,0.0,0.0,0.0,0,0,0,3,60\n"},
       {L"4,foo,2,9,1,nan,7", L"4,foo,1,9,1.0,0.0,0.0,0,0,0,3,60\n"},
@@ -41,6 +47,10 @@ TEST(RulesCsv, ReadsRowsAsScanfWould) {
       {L"4 ,foo,1", L""},
       {L"4," + p255 + L"p,1", L""},
       {L"4,foo,yes", L""},
+      {L"\x0085"
+       L"4,foo,1",
+       L""},
+      {L"4,\",\"" + std::wstring(2030, L'p') + L"\",1,5", L""},
       {std::wstring(L"4,fo\0o,1", 8), L""},
   };
   for (const auto& [row, reread] : cases) EXPECT_EQ(Reread(row), reread) << row;

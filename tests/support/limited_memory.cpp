@@ -4,7 +4,11 @@
 #include <new>
 
 void* operator new(std::size_t bytes) {
-  void* memory = bytes > largestAllocation ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
+  const bool fails = bytes > largestAllocation || allocationsLeft == 0;
+  if (allocationsLeft == 0) allocationsLeft = SIZE_MAX;  // one failure: what cleans up after it finds memory again
+  if (allocationsLeft != SIZE_MAX) --allocationsLeft;
+  memoryRanOut = memoryRanOut || fails;
+  void* memory = fails ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }

@@ -7,11 +7,32 @@
 #include <cstdint>
 
 inline thread_local std::size_t largestAllocation = SIZE_MAX;
+inline thread_local std::size_t allocationsLeft = SIZE_MAX;
+inline thread_local bool memoryRanOut = false;
 
-/// While this lives, allocations of more than the limit fail on its thread.
+/// While this lives, allocations of more than the limit fail on its thread, and the one after so many that succeeded.
 struct LimitedMemory {
-  explicit LimitedMemory(std::size_t largestBytes) { largestAllocation = largestBytes; }
-  ~LimitedMemory() { largestAllocation = SIZE_MAX; }
+  explicit LimitedMemory(std::size_t largestBytes, std::size_t allocations = SIZE_MAX) {
+    memoryRanOut = false;
+    largestAllocation = largestBytes;
+    allocationsLeft = allocations;
+  }
+  ~LimitedMemory() { largestAllocation = allocationsLeft = SIZE_MAX; }
   LimitedMemory(const LimitedMemory&) = delete;
   LimitedMemory& operator=(const LimitedMemory&) = delete;
 };
+
+/// Runs `work` with the first, then the second, then the third allocation failing, and so on until it needs no more; `prepare`
+/// before and `check` after each.
+template <class Prepare, class Work, class Check>
+void FailEachAllocationOf(Prepare prepare, Work work, Check check) {
+  for (std::size_t allocations = 0;; ++allocations) {
+    prepare();
+    {
+      const LimitedMemory limited(SIZE_MAX, allocations);
+      work();
+    }
+    check(allocations);
+    if (!memoryRanOut) return;
+  }
+}

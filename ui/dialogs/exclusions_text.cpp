@@ -1,18 +1,12 @@
 #include "ui/dialogs/exclusions_text.h"
 
+#include "platform/text_scanner.h"
+
 namespace {
 
-/// What the Windows runtime's wide-character test calls white space. Spelled out, because the test of another runtime depends on
-/// its locale and a list must not change with the machine it is edited on.
-bool IsWhiteSpace(wchar_t character) {
-  constexpr std::wstring_view kOthers = L" \x00A0\x1680\x2028\x2029\x202F\x205F\x3000";
-  return (character >= L'\t' && character <= L'\r') || (character >= L'\x2000' && character <= L'\x200A') ||
-         kOthers.find(character) != std::wstring_view::npos;
-}
-
 std::wstring_view Trim(std::wstring_view text) {
-  while (!text.empty() && IsWhiteSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsWhiteSpace(text.back())) text.remove_suffix(1);
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
   return text;
 }
 
