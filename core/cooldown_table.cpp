@@ -2,20 +2,30 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 namespace {
 
 constexpr std::uint64_t kMsPerSecond = 1000;
 
-// An id can stand in the list twice, each time with a cooldown of its own; the longest decides how long an entry matters. Ids are
-// not handed out twice: one that is gone from the list matters no more.
-std::uint64_t LongestCooldownMs(const RuleList& rules, std::uint32_t ruleId) {
-  std::uint64_t longest = 0;
-  for (const ThresholdRule& rule : rules) {
-    if (rule.ruleId == ruleId) longest = std::max(longest, rule.cooldownSec * kMsPerSecond);
+/// The longest cooldown of each id, in the order of ids. An id can stand in the list twice, each time with a cooldown of its own;
+/// the longest decides how long an entry matters. Ids are not handed out twice: one that is gone from the list matters no more.
+class LongestCooldowns {
+ public:
+  explicit LongestCooldowns(const RuleList& rules) {
+    cooldowns_.reserve(rules.size());
+    for (const ThresholdRule& rule : rules) cooldowns_.emplace_back(rule.ruleId, rule.cooldownSec);
+    std::sort(cooldowns_.begin(), cooldowns_.end());
   }
-  return longest;
-}
+  [[nodiscard]] std::uint64_t MsOf(std::uint32_t ruleId) const {
+    const auto behind = std::upper_bound(cooldowns_.begin(), cooldowns_.end(), std::pair(ruleId, UINT32_MAX));
+    if (behind == cooldowns_.begin() || std::prev(behind)->first != ruleId) return 0;
+    return std::prev(behind)->second * kMsPerSecond;
+  }
+
+ private:
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> cooldowns_;  ///< rule ID, seconds
+};
 
 }  // namespace
 
@@ -30,11 +40,13 @@ bool CooldownTable::Pass(std::uint32_t pid, std::uint32_t ruleId, std::uint32_t 
 void CooldownTable::Prune(const std::vector<std::uint32_t>& alivePids, const RuleList& rules, std::uint64_t nowMs) {
   // Both are in the order of process IDs, so one walk over each finds the entries whose process is gone.
   auto alive = alivePids.begin();
+  std::optional<LongestCooldowns> longest;  // most cycles find nobody gone and need none
   for (auto entry = lastAlertTick_.begin(); entry != lastAlertTick_.end();) {
     const auto [pid, ruleId] = entry->first;
     while (alive != alivePids.end() && *alive < pid) ++alive;
     const bool isAlive = alive != alivePids.end() && *alive == pid;
-    const bool isSpent = !isAlive && nowMs - entry->second >= LongestCooldownMs(rules, ruleId);
+    if (!isAlive && !longest) longest.emplace(rules);
+    const bool isSpent = !isAlive && nowMs - entry->second >= longest->MsOf(ruleId);
     entry = isSpent ? lastAlertTick_.erase(entry) : std::next(entry);
   }
 }

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <unordered_map>
 
-#include "core/sampling.h"
+#include "core/records.h"
 
 /// One thread at a time.
 class CpuUsage {

@@ -3,20 +3,36 @@
 #include <algorithm>
 #include <utility>
 
+#include "core/printable_text.h"
 #include "core/rule_evaluation.h"
-#include "core/wildcard.h"
 #include "platform/diagnostics.h"
+
+namespace {
+
+// The system's own two, which nobody can open.
+constexpr std::uint32_t kIdleProcessId = 0;
+constexpr std::uint32_t kKernelProcessId = 4;
+
+}  // namespace
 
 MonitorCycle::MonitorCycle(std::shared_ptr<ProcessSampler> sampler, Clock& clock, std::uint32_t processorCount)
     : sampler_(std::move(sampler)), clock_(clock), cpu_(processorCount) {}
 
-void MonitorCycle::Run(const RuleList& rules, const std::vector<std::wstring>& exclusions, IAlertSink& sink) {
-  if (rules.empty() || !SnapshotProcesses(*sampler_, entries_, sample_)) return;
-  for (SampledProcess& process : sample_) CollectCounters(*sampler_, rules, exclusions, process);
+void MonitorCycle::Run(RuleSnapshot rules, ExclusionSnapshot exclusions, IAlertSink& sink,
+                       const std::function<bool()>& isStopped) {
+  if (rules->empty() || !TakeList()) return;
+  matcher_.Use(std::move(rules), std::move(exclusions));
+  for (std::size_t index = 0; index < entries_.size(); ++index) {
+    if (isStopped()) return;
+    Collect(entries_[index], sample_[index]);
+  }
   const std::uint64_t nowMs = clock_.TickMs();
   cpu_.Update(sample_, nowMs);
-  for (const SampledProcess& process : sample_) EvaluateRules(rules, process, sink);
-  PruneCooldowns(rules, nowMs);
+  for (const SampledProcess& process : sample_) {
+    if (isStopped()) return;
+    if (process.rules != nullptr) EvaluateRules(process, sink);
+  }
+  PruneCooldowns(nowMs);
 }
 
 void MonitorCycle::ForgetHistory() {
@@ -24,14 +40,35 @@ void MonitorCycle::ForgetHistory() {
   cooldowns_.Clear();
 }
 
-void MonitorCycle::EvaluateRules(const RuleList& rules, const SampledProcess& process, IAlertSink& sink) {
+/// False when there is no list (a diagnostic line says why) or it is empty (no line).
+bool MonitorCycle::TakeList() {
+  std::uint32_t error = 0;
+  if (!sampler_->ListProcesses(entries_, error)) {
+    if (error != 0) DebugLog(L"CreateToolhelp32Snapshot failed: %u", error);
+    entries_.clear();
+  }
+  sample_.resize(entries_.size());
+  return !entries_.empty();
+}
+
+void MonitorCycle::Collect(const ProcessEntry& entry, SampledProcess& process) {
+  ProcessMetrics& metrics = process.metrics;
+  std::wstring name = std::move(metrics.name);
+  name = entry.name;  // into the memory of the last cycle's
+  metrics = ProcessMetrics{};
+  metrics.pid = entry.pid;
+  metrics.name = std::move(name);
+  metrics.threads = entry.threads;
+  const RuleMatch& match = matcher_.Find(metrics.name);
+  process.rules = match.rules;
+  process.opened = match.rules != nullptr && entry.pid != kIdleProcessId && entry.pid != kKernelProcessId &&
+                   sampler_->ReadCounters(entry, match.wanted, metrics);
+}
+
+void MonitorCycle::EvaluateRules(const SampledProcess& process, IAlertSink& sink) {
   const ProcessMetrics& metrics = process.metrics;
-  for (std::size_t index = process.firstRule; index < rules.size(); ++index) {
-    const ThresholdRule& rule = rules[index];
-    // Collection has already found the first one to match.
-    const bool applies =
-        index == process.firstRule || (rule.enabled && WildcardMatch(metrics.name.c_str(), rule.processPattern.c_str()));
-    if (!applies) continue;
+  for (const std::uint32_t place : *process.rules) {
+    const ThresholdRule& rule = matcher_.Rules()[place];
     std::wstring violation = ViolationText(rule, metrics);
     if (violation.empty()) continue;
     if (!cooldowns_.Pass(metrics.pid, rule.ruleId, rule.cooldownSec, clock_.TickMs())) continue;
@@ -40,14 +77,15 @@ void MonitorCycle::EvaluateRules(const RuleList& rules, const SampledProcess& pr
 }
 
 void MonitorCycle::RaiseAlert(const ProcessMetrics& metrics, std::uint32_t ruleId, std::wstring violation, IAlertSink& sink) {
-  DebugLog(L"ALERT: PID %u (%ls) Rule %u: %ls", metrics.pid, metrics.name.c_str(), ruleId, violation.c_str());
-  sink.OnAlert({clock_.Now(), metrics.pid, metrics.name, ruleId, std::move(violation)});
+  std::wstring name = PrintableText(metrics.name);
+  DebugLog(L"ALERT: PID %u (%ls) Rule %u: %ls", metrics.pid, name.c_str(), ruleId, violation.c_str());
+  sink.OnAlert({clock_.Now(), metrics.pid, std::move(name), ruleId, std::move(violation)});
 }
 
-void MonitorCycle::PruneCooldowns(const RuleList& rules, std::uint64_t nowMs) {
+void MonitorCycle::PruneCooldowns(std::uint64_t nowMs) {
   if (cooldowns_.Size() == 0) return;
   alivePids_.clear();
   for (const SampledProcess& process : sample_) alivePids_.push_back(process.metrics.pid);
   std::sort(alivePids_.begin(), alivePids_.end());
-  cooldowns_.Prune(alivePids_, rules, nowMs);
+  cooldowns_.Prune(alivePids_, matcher_.Rules(), nowMs);
 }

@@ -2,13 +2,13 @@
 
 #include <atomic>
 #include <mutex>
-#include <new>
 #include <utility>
 
 #include "core/alert_gate.h"
 #include "core/monitor_cycle.h"
 #include "platform/diagnostics.h"
 #include "platform/event.h"
+#include "platform/out_of_memory.h"
 
 namespace {
 
@@ -37,7 +37,7 @@ struct MonitorEngine::Session {
         processorCount(processors),
         cycle(sampler, clock, processorCount) {}
 
-  void RunCycle(Controls& controls);
+  void RunCycle(Controls& controls, const std::function<bool()>& isStopped);
   void Loop(Controls& controls);
 
   const std::shared_ptr<ProcessSampler> sampler;
@@ -50,22 +50,19 @@ struct MonitorEngine::Session {
   MonitorCycle cycle;
 };
 
-void MonitorEngine::Session::RunCycle(Controls& controls) {
+void MonitorEngine::Session::RunCycle(Controls& controls, const std::function<bool()>& isStopped) {
   if (rules == nullptr) return;
   // A snapshot each for the whole cycle: what other threads change meanwhile is the next cycle's.
-  const RuleSnapshot ruleList = rules->Snapshot();
-  const ExclusionSnapshot exclusionList = controls.Exclusions();
-  cycle.Run(*ruleList, *exclusionList, gate);
+  cycle.Run(rules->Snapshot(), controls.Exclusions(), gate, isStopped);
 }
 
 void MonitorEngine::Session::Loop(Controls& controls) {
   DebugLog(L"MonitorEngine::MonitorLoop - Entering loop");
+  const std::function<bool()> isStopped = [this] { return stopEvent.Wait(0) == WaitResult::kSignaled; };
   while (clock.Wait(stopEvent, controls.intervalMs) == WaitResult::kTimedOut) {
-    try {
-      if (!controls.paused) RunCycle(controls);
-    } catch (const std::bad_alloc&) {
-      DebugLog(L"MonitorEngine::MonitorLoop - Out of memory");  // the cycle is lost; the next one may find memory again
-    }
+    if (controls.paused) continue;
+    // Without memory the cycle is lost; the next one may find some again.
+    (void)DoUnlessOutOfMemory(L"MonitorEngine::MonitorLoop", [&] { RunCycle(controls, isStopped); });
   }
   DebugLog(L"MonitorEngine::MonitorLoop - Exiting loop");
 }
@@ -119,7 +116,9 @@ void MonitorEngine::Stop(std::uint32_t timeoutMs) {
   DebugLog(L"MonitorEngine::Stop - Stopped");
 }
 
-void MonitorEngine::RunCycle() { session_->RunCycle(*controls_); }
+void MonitorEngine::RunCycle() {
+  session_->RunCycle(*controls_, [] { return false; });
+}
 
 std::uint32_t MonitorEngine::IntervalMs() const { return controls_->intervalMs; }
 

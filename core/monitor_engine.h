@@ -14,9 +14,6 @@
 #include "platform/clock.h"
 #include "platform/thread.h"
 
-using ExclusionList = std::vector<std::wstring>;
-using ExclusionSnapshot = std::shared_ptr<const ExclusionList>;
-
 class MonitorEngine {
  public:
   static constexpr std::uint32_t kDefaultIntervalMs = 30'000;

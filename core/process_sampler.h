@@ -8,46 +8,37 @@
 #include <string>
 #include <vector>
 
+#include "core/records.h"
+
+/// What the system's list says of a process. Some systems tell more than name and threads at no extra cost; the rest stays zero.
 struct ProcessEntry {
   std::uint32_t pid = 0;
   std::uint32_t threads = 0;
-  std::wstring name;  ///< executable file name without path
-};
-
-struct ProcessTimes {
-  std::uint64_t creationTime = 0;  ///< 100 ns since 1601-01-01 UTC
+  std::uint64_t workingSet = 0;    ///< bytes
   std::uint64_t kernelTime = 0;    ///< 100 ns
   std::uint64_t userTime = 0;      ///< 100 ns
+  std::uint64_t creationTime = 0;  ///< 100 ns since 1601-01-01 UTC
+  std::wstring name;               ///< executable file name without path
 };
 
-struct ProcessMemory {
-  std::uint64_t workingSet = 0;    ///< bytes
-  std::uint64_t privateBytes = 0;  ///< bytes
+/// The counters whose reading costs something on some system, as bits.
+enum WantedCounters : std::uint32_t {
+  kWantHandles = 1,
+  kWantPrivateBytes = 2,
 };
 
+/// Worker thread only. Keeps what it needs between calls: once the machine is known, neither call allocates.
 class ProcessSampler {
  public:
-  /// An opened process; closed when destroyed. Reads leave the output untouched and return false when the counter cannot be had.
-  class Process {
-   public:
-    virtual ~Process() = default;
-    /// False when only the limited access was granted: then the GUI counts are not to be read.
-    [[nodiscard]] virtual bool HasFullAccess() const = 0;
-    [[nodiscard]] virtual bool ReadHandleCount(std::uint32_t& handles) = 0;
-    [[nodiscard]] virtual bool ReadMemory(ProcessMemory& memory) = 0;
-    [[nodiscard]] virtual bool ReadTimes(ProcessTimes& times) = 0;
-    /// 0 on failure, as the system itself answers.
-    [[nodiscard]] virtual std::uint32_t ReadGdiObjects() = 0;
-    [[nodiscard]] virtual std::uint32_t ReadUserObjects() = 0;
-  };
-
   virtual ~ProcessSampler() = default;
 
-  /// Replaces `entries` by one entry per process, in the system's own order. Worker thread only; blocks for as long as the system
-  /// takes. On failure leaves `entries` empty and stores the system's error code in `error` (0: the list was empty).
+  /// Replaces `entries` by one entry per process, in the system's own order. Blocks for as long as the system takes. On failure
+  /// leaves `entries` empty and stores the system's error code in `error` (0: the list was empty).
   [[nodiscard]] virtual bool ListProcesses(std::vector<ProcessEntry>& entries, std::uint32_t& error) = 0;
-  /// Opens a process with full access, else with limited access; null when it can be opened with neither.
-  [[nodiscard]] virtual std::unique_ptr<Process> OpenProcess(std::uint32_t pid) = 0;
+
+  /// Fills the counters of a process of the last list, those outside `wanted` where that costs nothing. What cannot be read is
+  /// left as it was. False when the process cannot be opened at all.
+  virtual bool ReadCounters(const ProcessEntry& entry, std::uint32_t wanted, ProcessMetrics& metrics) = 0;
 };
 
 /// The sampler of the machine this is built for: process snapshots on Windows, /proc on Linux.

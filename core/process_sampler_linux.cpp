@@ -3,12 +3,14 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <sys/stat.h>
+#include <sys/sysinfo.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <charconv>
+#include <ctime>
 #include <string_view>
 
 #include "platform/text_encoding.h"
@@ -19,9 +21,8 @@ constexpr std::uint64_t kTimeUnitsPerSecond = 10'000'000;
 /// Seconds from 1601, where the records' times begin, to 1970.
 constexpr std::uint64_t kSecondsBefore1970 = 11'644'473'600;
 constexpr std::uint64_t kBytesPerKb = 1024;
-
-// The fields of a process's "stat" that are read, counted from the state letter behind the name.
-enum StatField : int { kUserTicks = 11, kKernelTicks = 12, kThreads = 17, kStartTicks = 19 };
+/// What the kernel keeps of a process's name: a longer one is cut.
+constexpr std::size_t kMaxKernelNameBytes = 15;
 
 class FileDescriptor {
  public:
@@ -43,23 +44,32 @@ struct FolderCloser {
 };
 using UniqueFolder = std::unique_ptr<DIR, FolderCloser>;
 
-/// One of the system's small generated files, read into a buffer that every read uses again.
+/// One of the system's small generated files. They come whole in one read, or cut where we need no more of them.
 class GeneratedFile {
  public:
   /// The content; empty when it cannot be read. Valid until the next read.
   std::string_view Read(int folder, const char* path) {
     const FileDescriptor file(::openat(folder, path, O_RDONLY | O_CLOEXEC));
-    std::size_t size = 0;
-    while (file.IsOpen() && size < sizeof bytes_) {
-      const ssize_t got = ::read(file.Get(), bytes_ + size, sizeof bytes_ - size);
-      if (got <= 0) break;
-      size += static_cast<std::size_t>(got);
-    }
-    return {bytes_, size};
+    const ssize_t size = file.IsOpen() ? ::read(file.Get(), bytes_, sizeof bytes_) : 0;
+    return {bytes_, size > 0 ? static_cast<std::size_t>(size) : 0};
   }
 
  private:
   char bytes_[8192];
+};
+
+/// The path of a process's file below /proc: "123/stat".
+class ProcessPath {
+ public:
+  ProcessPath(std::uint32_t pid, std::string_view file) {
+    char* end = std::to_chars(path_, path_ + sizeof path_, pid).ptr;
+    end = std::copy(file.begin(), file.end(), end);
+    *end = '\0';
+  }
+  operator const char*() const { return path_; }  // NOLINT(google-explicit-constructor): it is one
+
+ private:
+  char path_[32];
 };
 
 std::uint64_t ParseNumber(std::string_view text) {
@@ -71,7 +81,7 @@ std::uint64_t ParseNumber(std::string_view text) {
   return number;
 }
 
-/// The number behind `key` in a file of "key: number unit" or "key number" lines; 0 without such a line.
+/// The number behind `key` in a file of "key: number unit" lines; 0 without such a line.
 std::uint64_t FindNumber(std::string_view content, std::string_view key) {
   while (!content.empty()) {
     const std::size_t end = content.find('\n');
@@ -87,94 +97,72 @@ std::uint64_t FindNumber(std::string_view content, std::string_view key) {
 
 /// "pid (name) state ...": the name may itself hold blanks and brackets, so the last closing one ends it.
 struct StatLine {
+  /// The fields behind the name that are read, counted from the state letter; in the order of the line.
+  enum Field : std::size_t { kUserTicks = 11, kKernelTicks = 12, kThreads = 17, kStartTicks = 19, kResidentPages = 21, kFields };
+
   explicit StatLine(std::string_view content) {
     const std::size_t open = content.find('(');
     const std::size_t close = content.rfind(')');
     if (open == std::string_view::npos || close == std::string_view::npos || close + 2 > content.size()) return;
     name = content.substr(open + 1, close - open - 1);
-    fields = content.substr(close + 2);
-  }
-
-  [[nodiscard]] bool IsValid() const { return !fields.empty(); }
-
-  [[nodiscard]] std::uint64_t Number(StatField field) const {
-    std::string_view rest = fields;
-    for (int skipped = 0; skipped < field; ++skipped) {
-      const std::size_t blank = rest.find(' ');
-      if (blank == std::string_view::npos) return 0;
-      rest.remove_prefix(blank + 1);
+    const char* at = content.data() + close + 2;
+    const char* const end = content.data() + content.size();
+    for (std::uint64_t& number : numbers) {
+      for (; at != end && *at != ' '; ++at) number = number * 10 + static_cast<std::uint64_t>(*at - '0');
+      if (at == end) return;
+      ++at;
     }
-    return ParseNumber(rest);
+    valid = true;
   }
 
   std::string_view name;
-  std::string_view fields;
+  std::uint64_t numbers[kFields] = {};  ///< nonsense where the field is no positive number
+  bool valid = false;
 };
 
-std::uint64_t TimeFromTicks(std::uint64_t ticks) {
-  static const auto ticksPerSecond = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
-  return ticks * (kTimeUnitsPerSecond / ticksPerSecond);
+std::string_view FileName(std::string_view path) {
+  constexpr std::string_view kDeleted = " (deleted)";
+  if (path.ends_with(kDeleted)) path.remove_suffix(kDeleted.size());
+  return path.substr(path.rfind('/') + 1);
 }
 
-class LinuxProcess final : public ProcessSampler::Process {
- public:
-  /// `folder` is the process's own below /proc: held open, it never shows the next process with the same ID.
-  LinuxProcess(int folder, std::uint64_t bootTime) : folder_(folder), bootTime_(bootTime) {}
-
-  bool HasFullAccess() const override { return ::faccessat(folder_.Get(), "fd", R_OK | X_OK, AT_EACCESS) == 0; }
-
-  bool ReadHandleCount(std::uint32_t& handles) override {
-    const int descriptors = ::openat(folder_.Get(), "fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const UniqueFolder folder(descriptors >= 0 ? ::fdopendir(descriptors) : nullptr);
-    if (folder == nullptr) return false;
-    std::uint32_t count = 0;
-    while (const dirent* entry = ::readdir(folder.get())) count += entry->d_name[0] != '.' ? 1 : 0;
-    handles = count;
-    return true;
+void SetName(std::wstring& name, std::string_view bytes) {
+  if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; })) {
+    name.assign(bytes.begin(), bytes.end());
+    return;
   }
-
-  bool ReadMemory(ProcessMemory& memory) override {
-    GeneratedFile file;
-    const std::string_view status = file.Read(folder_.Get(), "status");
-    if (status.empty()) return false;
-    memory.workingSet = FindNumber(status, "VmRSS:") * kBytesPerKb;
-    // Anonymous pages, resident or swapped out. Exact figures cost the kernel a walk over the process's whole page table.
-    memory.privateBytes = (FindNumber(status, "RssAnon:") + FindNumber(status, "VmSwap:")) * kBytesPerKb;
-    return true;
-  }
-
-  bool ReadTimes(ProcessTimes& times) override {
-    GeneratedFile file;
-    const StatLine stat(file.Read(folder_.Get(), "stat"));
-    if (!stat.IsValid()) return false;
-    times.creationTime = bootTime_ + TimeFromTicks(stat.Number(kStartTicks));
-    times.kernelTime = TimeFromTicks(stat.Number(kKernelTicks));
-    times.userTime = TimeFromTicks(stat.Number(kUserTicks));
-    return true;
-  }
-
-  std::uint32_t ReadGdiObjects() override { return 0; }
-  std::uint32_t ReadUserObjects() override { return 0; }
-
- private:
-  FileDescriptor folder_;
-  std::uint64_t bootTime_;
-};
+  name.clear();
+  TextDecoder decoder(TextEncoding::kUtf8);
+  decoder.Decode(bytes, name);
+  decoder.Finish(name);
+}
 
 class LinuxProcessSampler final : public ProcessSampler {
  public:
-  LinuxProcessSampler() {
+  LinuxProcessSampler()
+      : proc_(::opendir("/proc")),
+        pageBytes_(static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE))),
+        timePerTick_(kTimeUnitsPerSecond / static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK))) {
     // Asked once: the answer moves with the wall clock, and a process's creation time must not.
-    GeneratedFile file;
-    bootTime_ = (FindNumber(file.Read(AT_FDCWD, "/proc/stat"), "btime ") + kSecondsBefore1970) * kTimeUnitsPerSecond;
+    std::timespec now = {};
+    std::timespec sinceBoot = {};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    ::clock_gettime(CLOCK_BOOTTIME, &sinceBoot);
+    bootTime_ = (static_cast<std::uint64_t>(now.tv_sec - sinceBoot.tv_sec) + kSecondsBefore1970) * kTimeUnitsPerSecond;
+    struct stat own = {};
+    folderSizeTells_ = ::stat("/proc/self/fd", &own) == 0 && own.st_size > 0;
   }
 
   bool ListProcesses(std::vector<ProcessEntry>& entries, std::uint32_t& error) override {
     std::size_t count = 0;
     error = 0;
-    const UniqueFolder folder(::opendir("/proc"));
-    if (folder == nullptr) error = static_cast<std::uint32_t>(errno);
-    while (const dirent* found = folder != nullptr ? ::readdir(folder.get()) : nullptr) {
+    if (proc_ == nullptr) proc_.reset(::opendir("/proc"));
+    if (proc_ == nullptr) {
+      error = static_cast<std::uint32_t>(errno);
+    } else {
+      ::rewinddir(proc_.get());
+    }
+    while (const dirent* found = proc_ != nullptr ? ::readdir(proc_.get()) : nullptr) {
       const std::uint64_t pid = ParseNumber(found->d_name);
       if (pid == 0) continue;
       if (count == entries.size()) entries.emplace_back();
@@ -182,51 +170,84 @@ class LinuxProcessSampler final : public ProcessSampler {
       if (Describe(static_cast<std::uint32_t>(pid), entries[count])) ++count;
     }
     entries.resize(count);
+    struct sysinfo machine = {};
+    noSwap_ = ::sysinfo(&machine) == 0 && machine.totalswap == 0;
     return count != 0;
   }
 
-  std::unique_ptr<Process> OpenProcess(std::uint32_t pid) override {
-    char path[32];
-    std::snprintf(path, sizeof path, "/proc/%u", pid);
-    const int folder = ::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0) return nullptr;
-    return std::make_unique<LinuxProcess>(folder, bootTime_);
-  }
-
- private:
-  static bool Describe(std::uint32_t pid, ProcessEntry& entry) {
-    char path[32];
-    std::snprintf(path, sizeof path, "/proc/%u/stat", pid);
-    GeneratedFile file;
-    const StatLine stat(file.Read(AT_FDCWD, path));
-    if (!stat.IsValid()) return false;
-    entry.pid = pid;
-    entry.threads = static_cast<std::uint32_t>(stat.Number(kThreads));
-
-    // The kernel keeps only 15 bytes of the name; the executable's link has it whole, for those processes that we may look into.
-    char target[PATH_MAX];
-    std::snprintf(path, sizeof path, "/proc/%u/exe", pid);
-    const ssize_t length = ::readlink(path, target, sizeof target);
-    SetName(entry.name, length > 0 ? FileName({target, static_cast<std::size_t>(length)}) : stat.name);
+  bool ReadCounters(const ProcessEntry& entry, std::uint32_t wanted, ProcessMetrics& metrics) override {
+    metrics.workingSet = entry.workingSet;
+    metrics.kernelTime = entry.kernelTime;
+    metrics.userTime = entry.userTime;
+    metrics.creationTime = entry.creationTime;
+    if ((wanted & kWantHandles) != 0) ReadHandles(entry.pid, metrics);
+    if ((wanted & kWantPrivateBytes) != 0) ReadPrivateBytes(entry.pid, metrics);
     return true;
   }
 
-  static std::string_view FileName(std::string_view path) {
-    constexpr std::string_view kDeleted = " (deleted)";
-    if (path.size() > kDeleted.size() && path.substr(path.size() - kDeleted.size()) == kDeleted) {
-      path.remove_suffix(kDeleted.size());
+ private:
+  bool Describe(std::uint32_t pid, ProcessEntry& entry) const {
+    GeneratedFile file;
+    const StatLine stat(file.Read(::dirfd(proc_.get()), ProcessPath(pid, "/stat")));
+    if (!stat.valid) return false;
+    entry.pid = pid;
+    entry.threads = static_cast<std::uint32_t>(stat.numbers[StatLine::kThreads]);
+    entry.workingSet = stat.numbers[StatLine::kResidentPages] * pageBytes_;
+    entry.kernelTime = stat.numbers[StatLine::kKernelTicks] * timePerTick_;
+    entry.userTime = stat.numbers[StatLine::kUserTicks] * timePerTick_;
+    entry.creationTime = bootTime_ + stat.numbers[StatLine::kStartTicks] * timePerTick_;
+    if (stat.name.size() < kMaxKernelNameBytes || !SetWholeName(pid, stat.name, entry.name)) SetName(entry.name, stat.name);
+    return true;
+  }
+
+  /// From the executable's link, of a process that we may look into; false when that is no longer form of the kernel's name.
+  bool SetWholeName(std::uint32_t pid, std::string_view cutName, std::wstring& name) const {
+    char target[PATH_MAX];
+    const ssize_t length = ::readlinkat(::dirfd(proc_.get()), ProcessPath(pid, "/exe"), target, sizeof target);
+    if (length <= 0) return false;
+    const std::string_view whole = FileName({target, static_cast<std::size_t>(length)});
+    if (!whole.starts_with(cutName)) return false;
+    SetName(name, whole);
+    return true;
+  }
+
+  void ReadHandles(std::uint32_t pid, ProcessMetrics& metrics) const {
+    const ProcessPath path(pid, "/fd");
+    struct stat folder = {};
+    if (folderSizeTells_) {
+      if (::fstatat(::dirfd(proc_.get()), path, &folder, 0) == 0) metrics.handles = static_cast<std::uint32_t>(folder.st_size);
+      return;
     }
-    return path.substr(path.rfind('/') + 1);
+    const int descriptors = ::openat(::dirfd(proc_.get()), path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const UniqueFolder counted(descriptors >= 0 ? ::fdopendir(descriptors) : nullptr);
+    if (counted == nullptr) return;
+    metrics.handles = 0;
+    while (const dirent* entry = ::readdir(counted.get())) metrics.handles += entry->d_name[0] != '.' ? 1 : 0;
   }
 
-  static void SetName(std::wstring& name, std::string_view bytes) {
-    name.clear();
-    TextDecoder decoder(TextEncoding::kUtf8);
-    decoder.Decode(bytes, name);
-    decoder.Finish(name);
+  /// Anonymous pages, resident or swapped out. Exact figures cost the kernel a walk over the process's whole page table.
+  void ReadPrivateBytes(std::uint32_t pid, ProcessMetrics& metrics) const {
+    GeneratedFile file;
+    if (!noSwap_) {
+      const std::string_view status = file.Read(::dirfd(proc_.get()), ProcessPath(pid, "/status"));
+      if (!status.empty()) metrics.privateBytes = (FindNumber(status, "RssAnon:") + FindNumber(status, "VmSwap:")) * kBytesPerKb;
+      return;
+    }
+    // "size resident shared ...", in pages: the same figure where nothing can be swapped out, for a fraction of the price.
+    const std::string_view statm = file.Read(::dirfd(proc_.get()), ProcessPath(pid, "/statm"));
+    const std::size_t resident = statm.find(' ');
+    const std::size_t shared = statm.find(' ', resident + 1);
+    if (resident == std::string_view::npos || shared == std::string_view::npos) return;
+    const std::uint64_t residentPages = ParseNumber(statm.substr(resident + 1));
+    metrics.privateBytes = (residentPages - std::min(residentPages, ParseNumber(statm.substr(shared + 1)))) * pageBytes_;
   }
 
+  UniqueFolder proc_;
+  std::uint64_t pageBytes_;
+  std::uint64_t timePerTick_;
   std::uint64_t bootTime_ = 0;
+  bool folderSizeTells_ = false;  ///< the kernel gives a descriptor folder's size as the number of descriptors
+  bool noSwap_ = false;           ///< when the last list was made
 };
 
 }  // namespace

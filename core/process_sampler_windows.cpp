@@ -15,45 +15,24 @@ static_assert(sizeof(PROCESS_MEMORY_COUNTERS_EX) == 80, "the size that the syste
 
 std::uint64_t Join(const FILETIME& time) { return (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime; }
 
-class WindowsProcess final : public ProcessSampler::Process {
- public:
-  WindowsProcess(UniqueHandle handle, bool fullAccess) : handle_(std::move(handle)), fullAccess_(fullAccess) {}
+void ReadMemory(HANDLE process, ProcessMetrics& metrics) {
+  PROCESS_MEMORY_COUNTERS_EX counters = {};
+  counters.cb = sizeof counters;
+  if (!::K32GetProcessMemoryInfo(process, reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof counters)) return;
+  metrics.workingSet = counters.WorkingSetSize;
+  metrics.privateBytes = counters.PrivateUsage;
+}
 
-  bool HasFullAccess() const override { return fullAccess_; }
-
-  bool ReadHandleCount(std::uint32_t& handles) override {
-    DWORD count = 0;
-    if (!::GetProcessHandleCount(handle_.get(), &count)) return false;
-    handles = count;
-    return true;
-  }
-
-  bool ReadMemory(ProcessMemory& memory) override {
-    PROCESS_MEMORY_COUNTERS_EX counters = {};
-    counters.cb = sizeof counters;
-    auto* const basic = reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters);
-    if (!::K32GetProcessMemoryInfo(handle_.get(), basic, sizeof counters)) return false;
-    memory = {counters.WorkingSetSize, counters.PrivateUsage};
-    return true;
-  }
-
-  bool ReadTimes(ProcessTimes& times) override {
-    FILETIME creation = {};
-    FILETIME exit = {};
-    FILETIME kernel = {};
-    FILETIME user = {};
-    if (!::GetProcessTimes(handle_.get(), &creation, &exit, &kernel, &user)) return false;
-    times = {Join(creation), Join(kernel), Join(user)};
-    return true;
-  }
-
-  std::uint32_t ReadGdiObjects() override { return ::GetGuiResources(handle_.get(), GR_GDIOBJECTS); }
-  std::uint32_t ReadUserObjects() override { return ::GetGuiResources(handle_.get(), GR_USEROBJECTS); }
-
- private:
-  UniqueHandle handle_;
-  bool fullAccess_;
-};
+void ReadTimes(HANDLE process, ProcessMetrics& metrics) {
+  FILETIME creation = {};
+  FILETIME exit = {};
+  FILETIME kernel = {};
+  FILETIME user = {};
+  if (!::GetProcessTimes(process, &creation, &exit, &kernel, &user)) return;
+  metrics.creationTime = Join(creation);
+  metrics.kernelTime = Join(kernel);
+  metrics.userTime = Join(user);
+}
 
 class WindowsProcessSampler final : public ProcessSampler {
  public:
@@ -78,12 +57,21 @@ class WindowsProcessSampler final : public ProcessSampler {
     return count != 0;
   }
 
-  std::unique_ptr<Process> OpenProcess(std::uint32_t pid) override {
-    UniqueHandle handle(::OpenProcess(kFullAccess, FALSE, pid));
-    const bool fullAccess = handle != nullptr;
-    if (!fullAccess) handle.reset(::OpenProcess(kLimitedAccess, FALSE, pid));
-    if (handle == nullptr) return nullptr;
-    return std::make_unique<WindowsProcess>(std::move(handle), fullAccess);
+  /// Reads all: each is one cheap call here.
+  bool ReadCounters(const ProcessEntry& entry, std::uint32_t, ProcessMetrics& metrics) override {
+    UniqueHandle process(::OpenProcess(kFullAccess, FALSE, entry.pid));
+    const bool fullAccess = process != nullptr;
+    if (!fullAccess) process.reset(::OpenProcess(kLimitedAccess, FALSE, entry.pid));
+    if (process == nullptr) return false;
+    DWORD handles = 0;
+    if (::GetProcessHandleCount(process.get(), &handles)) metrics.handles = handles;
+    ReadMemory(process.get(), metrics);
+    ReadTimes(process.get(), metrics);
+    if (fullAccess) {
+      metrics.gdiObjects = ::GetGuiResources(process.get(), GR_GDIOBJECTS);
+      metrics.userObjects = ::GetGuiResources(process.get(), GR_USEROBJECTS);
+    }
+    return true;
   }
 };
 

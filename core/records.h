@@ -36,6 +36,10 @@ struct ThresholdRule {
   bool operator==(const ThresholdRule&) const = default;
 };
 
+/// Patterns of names that no rule applies to.
+using ExclusionList = std::vector<std::wstring>;
+using ExclusionSnapshot = std::shared_ptr<const ExclusionList>;
+
 using RuleList = std::vector<ThresholdRule>;
 /// One state of the rule list that never changes again; readers keep it as long as they need it.
 using RuleSnapshot = std::shared_ptr<const RuleList>;
@@ -63,6 +67,15 @@ struct ProcessMetrics {
   std::uint64_t userTime = 0;      ///< 100 ns
   std::uint64_t creationTime = 0;  ///< 100 ns since 1601-01-01 UTC; 0 when unknown
 };
+
+/// A process of a cycle with what its collection found out about the rules.
+struct SampledProcess {
+  ProcessMetrics metrics;
+  const std::vector<std::uint32_t>* rules = nullptr;  ///< places of the rules that apply; null: none does, or it is excluded
+  bool opened = false;                                ///< the counters below could be asked for
+};
+/// One entry per process, rebuilt in every cycle within the same memory.
+using ProcessSample = std::vector<SampledProcess>;
 
 /// One raised alert; copied by value wherever it goes.
 struct AlertRecord {

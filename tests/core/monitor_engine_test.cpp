@@ -58,7 +58,7 @@ TEST_F(MonitorEngineTest, CpuIsTheShareOfTheWholeMachineSinceTheLastCycle) {
   enum Listed { kYes, kFails, kGone };
   const struct {
     const char* what;
-    ProcessTimes times;
+    decltype(SimulatedProcess::times) times;
     std::uint64_t elapsedMs;
     const wchar_t* percent;
     Listed listed = kYes;

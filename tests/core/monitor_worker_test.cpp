@@ -42,7 +42,9 @@ class TroubledSampler final : public ProcessSampler {
     beforeList_(table_.ListCount());
     return listed;
   }
-  std::unique_ptr<Process> OpenProcess(std::uint32_t pid) override { return table_.OpenProcess(pid); }
+  bool ReadCounters(const ProcessEntry& entry, std::uint32_t wanted, ProcessMetrics& metrics) override {
+    return table_.ReadCounters(entry, wanted, metrics);
+  }
   [[nodiscard]] std::size_t ListCount() const { return table_.ListCount(); }
 
  private:

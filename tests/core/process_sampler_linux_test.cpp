@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <csignal>
 #include <ctime>
 
 #include "core/process_sampler.h"
@@ -10,16 +13,27 @@
 
 namespace {
 
-TEST(LinuxSampler, TellsTheBusyTimeAndTheStart) {
-  const auto self = MakeSystemProcessSampler()->OpenProcess(static_cast<std::uint32_t>(::getpid()));
-  ASSERT_NE(self, nullptr);
-  ProcessTimes before;
-  ProcessTimes after;
-  ASSERT_TRUE(self->ReadTimes(before));
+class LinuxSampler : public testing::Test {
+ protected:
+  /// The process as the list has it now; null when it is not there.
+  const ProcessEntry* List(pid_t pid) {
+    std::uint32_t error = 0;
+    EXPECT_TRUE(sampler_->ListProcesses(entries_, error));
+    const auto found = std::ranges::find(entries_, static_cast<std::uint32_t>(pid), &ProcessEntry::pid);
+    return found != entries_.end() ? &*found : nullptr;
+  }
+
+  std::shared_ptr<ProcessSampler> sampler_ = MakeSystemProcessSampler();
+  std::vector<ProcessEntry> entries_;
+};
+
+TEST_F(LinuxSampler, TellsNameBusyTimeAndStart) {
+  const ProcessEntry before = *List(::getpid());
+  EXPECT_EQ(before.name, L"core_test");
   const std::clock_t start = std::clock();
   while (std::clock() < start + CLOCKS_PER_SEC / 5) {
   }
-  ASSERT_TRUE(self->ReadTimes(after));
+  const ProcessEntry after = *List(::getpid());
   EXPECT_NEAR(static_cast<double>(after.kernelTime + after.userTime - before.kernelTime - before.userTime) / 1e7, 0.2, 0.1);
   EXPECT_EQ(after.creationTime, before.creationTime);
   // Started within the last hour by the wall clock, counted from 1601.
@@ -27,25 +41,31 @@ TEST(LinuxSampler, TellsTheBusyTimeAndTheStart) {
   EXPECT_NEAR(static_cast<double>(after.creationTime) / 1e7, now - 1800.0, 1805.0);
 }
 
-TEST(LinuxSampler, AnOpenedProcessThatEndsGivesNothingMore) {
-  const auto sampler = MakeSystemProcessSampler();
+TEST_F(LinuxSampler, ANameThatItsProcessMadeUpIsTakenAsItIs) {
+  for (const auto& [made, shown] : {std::pair{"a) b", L"a) b"}, {"fifteen bytes x", L"fifteen bytes x"}, {"\xC3\xA4", L"ä"}}) {
+    ::prctl(PR_SET_NAME, made);
+    EXPECT_EQ(List(::getpid())->name, shown);
+  }
+  ::prctl(PR_SET_NAME, "core_test");
+}
+
+TEST_F(LinuxSampler, AProcessThatHasEndedGivesNothingMore) {
   const pid_t child = ::fork();
   if (child == 0) {
     ::pause();
     ::_exit(0);
   }
   ASSERT_GT(child, 0);
-  const auto process = sampler->OpenProcess(static_cast<std::uint32_t>(child));
-  ASSERT_NE(process, nullptr);
-  ProcessTimes times;
-  ProcessMemory memory;
-  std::uint32_t handles = 42;
-  EXPECT_TRUE(process->ReadTimes(times));
+  const ProcessEntry entry = *List(child);
   ::kill(child, SIGKILL);
   ::waitpid(child, nullptr, 0);
-  EXPECT_FALSE(process->ReadTimes(times) || process->ReadMemory(memory) || process->ReadHandleCount(handles));
-  EXPECT_EQ(handles, 42u);
-  EXPECT_EQ(sampler->OpenProcess(static_cast<std::uint32_t>(child)), nullptr);
+  ProcessMetrics metrics;
+  metrics.handles = 42;
+  metrics.privateBytes = 43;
+  sampler_->ReadCounters(entry, kWantHandles | kWantPrivateBytes, metrics);
+  EXPECT_EQ(metrics.handles, 42u);
+  EXPECT_EQ(metrics.privateBytes, 43u);
+  EXPECT_EQ(List(child), nullptr);
 }
 
 }  // namespace

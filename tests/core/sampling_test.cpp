@@ -1,4 +1,4 @@
-#include "core/sampling.h"
+#include "core/monitor_cycle.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ TEST(Sampling, OpensOnlyWhatARuleCanApplyToAndReadsWhatItMay) {
   RuleList rules;
   for (const wchar_t* pattern : {L"off*", L"app*", L"sys*", L"*.scr"}) rules.push_back(ThreadRule(1, 1, 0, pattern));
   rules[0].enabled = false;
-  constexpr std::size_t kNone = SampledProcess::kNoRule;
+  constexpr std::size_t kNone = 99;
   const struct {
     SimulatedProcess process;
     std::size_t firstRule;
@@ -53,34 +53,37 @@ TEST(Sampling, OpensOnlyWhatARuleCanApplyToAndReadsWhatItMay) {
   for (const auto& test : kCases) table.Put(test.process);
   table.Find(15)->exitsAfterListing = true;
 
-  std::vector<ProcessEntry> entries;
-  ProcessSample sample;
+  const auto owned = std::shared_ptr<SimulatedProcessTable>(&table, [](auto*) {});
+  FakeClock clock;
+  MonitorCycle cycle(owned, clock, 1);
+  RecordingSink sink;
+  const auto snapshot = std::make_shared<const RuleList>(rules);
+  const auto exclusions = std::make_shared<const ExclusionList>(ExclusionList{L"app-spared*"});
   // The second round, without the one that has gone, works in the memory of the first and must not keep anything of it.
   for (const std::size_t expectedSize : {std::size(kCases), std::size(kCases) - 1}) {
-    ASSERT_TRUE(SnapshotProcesses(table, entries, sample));
+    cycle.Run(snapshot, exclusions, sink, [] { return false; });
+    const ProcessSample& sample = cycle.Sample();
     ASSERT_EQ(sample.size(), expectedSize);
     std::vector<std::uint32_t> expectedOpened;
     for (std::size_t index = 0; index < expectedSize; ++index) {
       const auto& test = kCases[index];
       SCOPED_TRACE(test.process.pid);
-      CollectCounters(table, rules, {L"app-spared*"}, sample[index]);
       Figures expected = {test.process.pid, test.process.threads};
       expected.insert(expected.end(), test.counters.begin(), test.counters.end());
       expected.resize(10);
       EXPECT_EQ(FiguresOf(sample[index].metrics), expected);
       EXPECT_EQ(sample[index].metrics.name, test.process.name);
-      EXPECT_EQ(sample[index].firstRule, test.firstRule);
+      EXPECT_EQ(sample[index].rules == nullptr ? kNone : sample[index].rules->front(), test.firstRule);
+      EXPECT_EQ(sample[index].opened, !test.counters.empty());
       if (!test.counters.empty()) expectedOpened.push_back(test.process.pid);
     }
     EXPECT_EQ(table.Opened(), expectedOpened);
-    EXPECT_EQ(table.OpenCount(), 0u);
-    EXPECT_EQ(table.ForbiddenReads(), 0u);
   }
 
   const DiagnosticLines lines;
   table.FailLists(24);
-  EXPECT_FALSE(SnapshotProcesses(table, entries, sample));
-  EXPECT_TRUE(sample.empty());
+  cycle.Run(snapshot, exclusions, sink, [] { return false; });
+  EXPECT_TRUE(cycle.Sample().empty());
   EXPECT_EQ(DiagnosticLines::Take(), Texts{L"CreateToolhelp32Snapshot failed: 24"});
 }
 

@@ -23,7 +23,8 @@ inline ThresholdRule ThreadRule(std::uint32_t ruleId, std::uint32_t maxThreads, 
   return {.ruleId = ruleId, .processPattern = pattern, .maxThreads = maxThreads, .cooldownSec = cooldownSec};
 }
 
-inline SimulatedProcess MakeProcess(std::uint32_t pid, const wchar_t* name, std::uint32_t threads, ProcessTimes times = {}) {
+inline SimulatedProcess MakeProcess(std::uint32_t pid, const wchar_t* name, std::uint32_t threads,
+                                    decltype(SimulatedProcess::times) times = {}) {
   return {.pid = pid, .name = name, .threads = threads, .memory = {}, .times = times};
 }
 

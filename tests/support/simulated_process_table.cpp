@@ -2,46 +2,6 @@
 
 #include <utility>
 
-/// Reads look the process up afresh, so that one that has exited meanwhile gives nothing.
-class SimulatedProcessTable::OpenedProcess final : public ProcessSampler::Process {
- public:
-  OpenedProcess(SimulatedProcessTable& table, std::uint32_t pid) : table_(table), pid_(pid) { ++table_.openCount_; }
-  ~OpenedProcess() override { --table_.openCount_; }
-  OpenedProcess(const OpenedProcess&) = delete;
-  OpenedProcess& operator=(const OpenedProcess&) = delete;
-
-  bool HasFullAccess() const override {
-    const SimulatedProcess* process = table_.Find(pid_);
-    return process != nullptr && process->access == SimulatedProcess::Access::kFull;
-  }
-
-  bool ReadHandleCount(std::uint32_t& handles) override {
-    return Read(SimulatedProcess::kHandles, &SimulatedProcess::handles, handles);
-  }
-  bool ReadMemory(ProcessMemory& memory) override { return Read(SimulatedProcess::kMemory, &SimulatedProcess::memory, memory); }
-  bool ReadTimes(ProcessTimes& times) override { return Read(SimulatedProcess::kTimes, &SimulatedProcess::times, times); }
-  std::uint32_t ReadGdiObjects() override { return ReadGuiCount(&SimulatedProcess::gdiObjects); }
-  std::uint32_t ReadUserObjects() override { return ReadGuiCount(&SimulatedProcess::userObjects); }
-
- private:
-  template <class Value>
-  bool Read(std::uint32_t counter, Value SimulatedProcess::*field, Value& value) {
-    const SimulatedProcess* process = table_.Find(pid_);
-    if (process == nullptr || (process->failing & counter) != 0) return false;
-    value = process->*field;
-    return true;
-  }
-
-  std::uint32_t ReadGuiCount(std::uint32_t SimulatedProcess::*field) {
-    if (!HasFullAccess()) ++table_.forbiddenReads_;
-    std::uint32_t count = 0;
-    return Read(SimulatedProcess::kGuiObjects, field, count) ? count : 0;
-  }
-
-  SimulatedProcessTable& table_;
-  std::uint32_t pid_;
-};
-
 void SimulatedProcessTable::Put(SimulatedProcess process) {
   if (SimulatedProcess* const present = Find(process.pid)) {
     *present = std::move(process);
@@ -80,9 +40,24 @@ bool SimulatedProcessTable::ListProcesses(std::vector<ProcessEntry>& entries, st
   return !entries.empty();
 }
 
-std::unique_ptr<ProcessSampler::Process> SimulatedProcessTable::OpenProcess(std::uint32_t pid) {
-  const SimulatedProcess* process = Find(pid);
-  if (process == nullptr || process->access == SimulatedProcess::Access::kNone) return nullptr;
-  opened_.push_back(pid);
-  return std::make_unique<OpenedProcess>(*this, pid);
+bool SimulatedProcessTable::ReadCounters(const ProcessEntry& entry, std::uint32_t, ProcessMetrics& metrics) {
+  const SimulatedProcess* process = Find(entry.pid);
+  if (process == nullptr || process->access == SimulatedProcess::Access::kNone) return false;
+  opened_.push_back(entry.pid);
+  const auto works = [process](SimulatedProcess::Counter counter) { return (process->failing & counter) == 0; };
+  if (works(SimulatedProcess::kHandles)) metrics.handles = process->handles;
+  if (works(SimulatedProcess::kMemory)) {
+    metrics.workingSet = process->memory.workingSet;
+    metrics.privateBytes = process->memory.privateBytes;
+  }
+  if (works(SimulatedProcess::kTimes)) {
+    metrics.creationTime = process->times.creationTime;
+    metrics.kernelTime = process->times.kernelTime;
+    metrics.userTime = process->times.userTime;
+  }
+  if (works(SimulatedProcess::kGuiObjects) && process->access == SimulatedProcess::Access::kFull) {
+    metrics.gdiObjects = process->gdiObjects;
+    metrics.userObjects = process->userObjects;
+  }
+  return true;
 }

@@ -19,8 +19,15 @@ struct SimulatedProcess {
   std::wstring name;
   std::uint32_t threads = 1;
   std::uint32_t handles = 0;
-  ProcessMemory memory;
-  ProcessTimes times;
+  struct {
+    std::uint64_t workingSet = 0;    ///< bytes
+    std::uint64_t privateBytes = 0;  ///< bytes
+  } memory;
+  struct {
+    std::uint64_t creationTime = 0;  ///< 100 ns
+    std::uint64_t kernelTime = 0;    ///< 100 ns
+    std::uint64_t userTime = 0;      ///< 100 ns
+  } times;
   std::uint32_t gdiObjects = 0;
   std::uint32_t userObjects = 0;
   Access access = Access::kFull;
@@ -28,7 +35,7 @@ struct SimulatedProcess {
   bool exitsAfterListing = false;  ///< in the next list for the last time, and gone before it can be opened
 };
 
-/// One thread at a time. Opened processes must not outlive the table.
+/// One thread at a time.
 class SimulatedProcessTable final : public ProcessSampler {
  public:
   /// Appends the process, or puts it in the place of the one that has its process ID.
@@ -43,22 +50,14 @@ class SimulatedProcessTable final : public ProcessSampler {
   [[nodiscard]] std::size_t ListCount() const { return listCount_; }
   /// The process IDs opened since the last list, in that order; refusals are not among them.
   [[nodiscard]] const std::vector<std::uint32_t>& Opened() const { return opened_; }
-  /// Opened processes that have not been closed yet.
-  [[nodiscard]] std::size_t OpenCount() const { return openCount_; }
-  /// GUI count reads that only full access allows, tried with less.
-  [[nodiscard]] std::size_t ForbiddenReads() const { return forbiddenReads_; }
 
   bool ListProcesses(std::vector<ProcessEntry>& entries, std::uint32_t& error) override;
-  std::unique_ptr<Process> OpenProcess(std::uint32_t pid) override;
+  bool ReadCounters(const ProcessEntry& entry, std::uint32_t wanted, ProcessMetrics& metrics) override;
 
  private:
-  class OpenedProcess;
-
   std::vector<SimulatedProcess> processes_;
   std::size_t lastFound_ = 0;
   std::vector<std::uint32_t> opened_;
   std::size_t listCount_ = 0;
-  std::size_t openCount_ = 0;
-  std::size_t forbiddenReads_ = 0;
   std::uint32_t listError_ = 0;
 };
