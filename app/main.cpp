@@ -4,6 +4,8 @@
 
 #include <commctrl.h>
 
+#include <optional>
+
 #include "app/command_line.h"
 #include "app/process_objects.h"
 #include "app/running_instance.h"
@@ -66,6 +68,7 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
 
   const StartOptions options = ParseCommandLine(::GetCommandLineW());
   if (options.job != StartJob::kRun) return RunJob(options.job, name);
+  std::optional<StartTurn> turn(std::in_place);
   if (options.replaceRunning) ReplaceInstance(name);
   ReplaceInstance(LegacyInstanceName());
 
@@ -77,5 +80,6 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
     DebugLog(L"wWinMain - CreateEvent failed: %u", error);
   }
   if (!InitInstance(objects, name, options.startInTray)) return 0;
+  turn.reset();
   EndProcess(RunMessageLoop(objects.tray));
 }

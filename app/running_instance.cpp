@@ -1,5 +1,7 @@
 #include "app/running_instance.h"
 
+#include <sddl.h>
+
 #include "res/messages.h"
 #include "res/resource.h"
 #include "ui/framework/resources.h"
@@ -8,6 +10,12 @@ namespace {
 
 constexpr int kMaxLooks = 100;
 constexpr DWORD kLookPauseMs = 50;
+/// Longer than a sound instance takes to end; one that hangs is left alone after it.
+constexpr UINT kSendTimeoutMs = 30'000;
+
+void SendToInstance(HWND trayWindow, UINT message, LPARAM lParam) {
+  ::SendMessageTimeoutW(trayWindow, message, 0, lParam, SMTO_NORMAL, kSendTimeoutMs, nullptr);
+}
 
 }  // namespace
 
@@ -17,8 +25,26 @@ InstanceName LegacyInstanceName() { return {L"HALVERNW", L"Halvern"}; }
 
 HWND FindInstance(const InstanceName& name) { return ::FindWindowW(name.windowClass.c_str(), name.title.c_str()); }
 
+StartTurn::StartTurn() {
+  // An elevated copy and an ordinary one of the session's user share it: without the label the ordinary one could not take what
+  // the elevated one has made.
+  constexpr wchar_t kSharedByBoth[] = L"D:(A;;GA;;;IU)(A;;GA;;;BA)(A;;GA;;;SY)S:(ML;;NW;;;ME)";
+  PSECURITY_DESCRIPTOR descriptor = nullptr;
+  ::ConvertStringSecurityDescriptorToSecurityDescriptorW(kSharedByBoth, SDDL_REVISION_1, &descriptor, nullptr);
+  SECURITY_ATTRIBUTES attributes{sizeof(attributes), descriptor, FALSE};
+  mutex_.reset(::CreateMutexExW(&attributes, L"Local\\VantoraStarting", 0, SYNCHRONIZE | MUTEX_MODIFY_STATE));
+  ::LocalFree(descriptor);
+  if (mutex_ == nullptr) return;
+  const DWORD waited = ::WaitForSingleObject(mutex_.get(), kSendTimeoutMs);
+  owned_ = waited == WAIT_OBJECT_0 || waited == WAIT_ABANDONED;
+}
+
+StartTurn::~StartTurn() {
+  if (owned_) ::ReleaseMutex(mutex_.get());
+}
+
 void TerminateInstance(const InstanceName& name) {
-  if (HWND window = FindInstance(name)) ::SendMessageW(window, UWM_TERMINATE, 0, 0);
+  if (HWND window = FindInstance(name)) SendToInstance(window, UWM_TERMINATE, 0);
 }
 
 void ReplaceInstance(const InstanceName& name) {
@@ -36,5 +62,5 @@ void OpenInstance(HWND trayWindow) {
   DWORD processId = 0;
   ::GetWindowThreadProcessId(trayWindow, &processId);
   ::AllowSetForegroundWindow(processId);
-  ::SendMessageW(trayWindow, UWM_TRAYICON, 0, WM_LBUTTONUP);
+  SendToInstance(trayWindow, UWM_TRAYICON, WM_LBUTTONUP);
 }

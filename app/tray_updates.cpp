@@ -7,6 +7,7 @@
 #include "res/messages.h"
 #include "res/resource.h"
 #include "ui/framework/resources.h"
+#include "ui/main_window/version_link.h"
 #include "ui/message_box/message_box.h"
 #include "update/update_values.h"
 #include "update/version.h"
@@ -50,17 +51,22 @@ void TrayUpdates::PostAutomaticCheck() { ::PostMessageW(window_, UWM_CHECK_FOR_U
 
 void TrayUpdates::RequestCheck(bool manual) {
   if (!UpdateCheckDoneEvent_->IsOpen()) return;
+  if (manual && boxOpen_) {
+    BringMessageBoxForward(boxCaption_);
+    return;
+  }
   if (manual) ManualUpdateCheck_ = true;
   if (!checkRunning_) StartCheck();
   if (ManualUpdateCheck_) progress_.Open();
 }
 
 void TrayUpdates::StartCheck() {
+  std::function<void()> routine = [check = check_, done = UpdateCheckDoneEvent_] { check(*done); };
   program_.updates.UpdateAvailableEvent.Clear();
   UpdateCheckDoneEvent_->Clear();
   ::SetTimer(window_, IDT_UPDATE_POLL, kPollPeriodMs, nullptr);
   checkRunning_ = true;
-  if (StartDetachedThread([check = check_, done = UpdateCheckDoneEvent_] { check(*done); })) return;
+  if (StartDetachedThread(std::move(routine))) return;
   // A check that cannot even start ends as one that failed.
   program_.updates.SetLatestVersion(AppVersionDisplay);
   UpdateCheckDoneEvent_->Signal();
@@ -83,25 +89,27 @@ void TrayUpdates::PollCheck() {
 
 void TrayUpdates::HandleNoUpdate(bool manual) {
   program_.updates.UpdateAvailableEvent.Clear();
-  if (manual) {
-    XMessageBox(nullptr, LoadResString(IDS_NO_UPDATE).c_str(), LoadResString(IDS_APP_TITLE).c_str(),
-                MB_OK | MB_ICONINFORMATION | MB_SETFOREGROUND);
-  }
-  SetLinkText(program_.MainDialogHandle, FormatResString(IDS_LINK_VERSION, AppVersionDisplay));
+  if (manual) (void)ShowBox(LoadResString(IDS_NO_UPDATE), IDS_APP_TITLE, MB_OK | MB_ICONINFORMATION);
+  // The box may have been open for so long that a later check has found something.
+  SetLinkText(program_.MainDialogHandle, VersionLinkText(program_.updates));
 }
 
 void TrayUpdates::HandleUpdate(bool manual) {
   DebugLog(L"Update available. Signaling.");
   program_.updates.UpdateAvailableEvent.Signal();
-  if (!manual) {
-    ::PostMessageW(window_, UWM_SHOW_UPDATE_AVAILABLE_NOTIFICATION, 0, 0);
-    if (HWND mainWindow = program_.MainDialogHandle) ::PostMessageW(mainWindow, UWM_UPDATE_AVAILABLE, 0, 0);
-    return;
-  }
+  if (!manual) ::PostMessageW(window_, UWM_SHOW_UPDATE_AVAILABLE_NOTIFICATION, 0, 0);
+  if (HWND mainWindow = program_.MainDialogHandle) ::PostMessageW(mainWindow, UWM_UPDATE_AVAILABLE, 0, 0);
+  if (!manual) return;
   const std::wstring question = FormatResString(IDS_ASK_UPDATE_NOW, program_.updates.LatestVersion().c_str());
-  const int answer = XMessageBox(nullptr, question.c_str(), LoadResString(IDS_UPDATE_AVAILABLE_TITLE).c_str(),
-                                 MB_YESNO | MB_ICONQUESTION | MB_SETFOREGROUND);
-  if (answer == IDYES) StartInstallation();
+  if (ShowBox(question, IDS_UPDATE_AVAILABLE_TITLE, MB_YESNO | MB_ICONQUESTION) == IDYES) StartInstallation();
+}
+
+int TrayUpdates::ShowBox(const std::wstring& text, UINT captionId, UINT style) {
+  boxCaption_ = LoadResString(captionId);
+  boxOpen_ = true;
+  const int answer = XMessageBox(nullptr, text.c_str(), boxCaption_.c_str(), style | MB_SETFOREGROUND);
+  boxOpen_ = false;
+  return answer;
 }
 
 void TrayUpdates::StartInstallation() { StartDetachedThread(install_); }

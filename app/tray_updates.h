@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "app/tray_icon.h"
 #include "platform/event.h"
@@ -28,7 +29,8 @@ class TrayUpdates {
   /// Asks for a check as the periodic timer does.
   void PostAutomaticCheck();
 
-  /// Starts a check. While one runs the request joins it; a request of the user makes the running check one of the user's.
+  /// Starts a check. While one runs the request joins it; a request of the user makes the running check one of the user's, or
+  /// brings the box with the last one's result forward while that is open.
   void RequestCheck(bool manual);
   /// Handles the result of a check that has ended; otherwise does nothing.
   void PollCheck();
@@ -49,6 +51,8 @@ class TrayUpdates {
   void HandleNoUpdate(bool manual);
   void HandleUpdate(bool manual);
   void StartInstallation();
+  /// The result of the user's check; one at a time.
+  int ShowBox(const std::wstring& text, UINT captionId, UINT style);
 
   Program& program_;
   TrayIcon& icon_;
@@ -58,6 +62,8 @@ class TrayUpdates {
   /// Shared with the check's thread, which may outlive the tray window.
   std::shared_ptr<Event> UpdateCheckDoneEvent_ = std::make_shared<Event>();
   UpdateProgressDialog progress_;
+  std::wstring boxCaption_;
+  bool boxOpen_ = false;
   bool checkRunning_ = false;
   bool ManualUpdateCheck_ = false;
   bool UpdateBalloonShown_ = false;

@@ -2,6 +2,7 @@
 
 #include "platform/clock.h"
 #include "platform/diagnostics.h"
+#include "platform/out_of_memory.h"
 #include "platform/thread.h"
 #include "res/messages.h"
 #include "res/resource.h"
@@ -45,13 +46,18 @@ HWND TrayWindow::Create(const InstanceName& name) {
 }
 
 LRESULT CALLBACK TrayWindow::TrayWndProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+  auto* self = reinterpret_cast<TrayWindow*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
   if (message == WM_NCCREATE) {
+    // Any program can send it again: what it then points at is none of ours, nor fit for the system.
+    if (self != nullptr) return FALSE;
     auto* created = static_cast<TrayWindow*>(reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
     created->window_ = window;
     ::SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
+    self = created;
   }
-  auto* self = reinterpret_cast<TrayWindow*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
-  return self != nullptr ? self->Handle(message, wParam, lParam) : ::DefWindowProcW(window, message, wParam, lParam);
+  if (self == nullptr) return ::DefWindowProcW(window, message, wParam, lParam);
+  const LRESULT failed = message == WM_CREATE ? -1 : 0;
+  return UnlessOutOfMemory(L"TrayWindow", failed, [&] { return self->Handle(message, wParam, lParam); });
 }
 
 const TrayWindow::MessageRow TrayWindow::kMessages[] = {
@@ -85,6 +91,7 @@ LRESULT TrayWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void TrayWindow::OnCreate() {
+  if (program_.trayWindow == window_) return;  // sent by a stranger
   program_.trayWindow = window_;
   sink_.SetTarget(window_);
   icon_.Attach(window_);

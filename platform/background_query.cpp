@@ -5,6 +5,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/out_of_memory.h"
 #include "platform/thread.h"
 
 struct BackgroundQuery::State {
@@ -38,7 +39,7 @@ void BackgroundQuery::Run(const std::shared_ptr<State>& state) {
   while (state->answeredCount != state->askedCount) {
     const std::uint64_t asked = state->askedCount;
     lock.unlock();
-    const bool answer = state->question();
+    const bool answer = UnlessOutOfMemory(L"BackgroundQuery", false, state->question);
     lock.lock();
     state->answer = answer;
     state->answeredCount = asked;

@@ -15,7 +15,8 @@ class Thread {
   Thread(Thread&&) noexcept;
   Thread& operator=(Thread&&) noexcept;
 
-  /// Starts `routine` on a new thread. False with the system's error code when there is none. `routine` must not throw.
+  /// Starts `routine` on a new thread. False with the system's error code when there is none. A routine that runs out of
+  /// memory just ends.
   [[nodiscard]] bool Start(std::function<void()> routine, std::uint32_t& error);
   [[nodiscard]] bool IsStarted() const;
   [[nodiscard]] std::uint32_t Id() const;

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "platform/event.h"
+#include "platform/out_of_memory.h"
 
 namespace {
 
@@ -46,7 +47,7 @@ bool Thread::Start(std::function<void()> routine, std::uint32_t& error) {
     impl->thread = std::thread([routine = std::move(routine), progress]() mutable {
       progress->id = CurrentThreadId();
       progress->started.Signal();
-      routine();
+      (void)DoUnlessOutOfMemory(L"Thread", routine);
       routine = nullptr;  // what it holds is let go before anybody learns of the end
       progress->ended.Signal();
     });

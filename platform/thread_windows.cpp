@@ -1,6 +1,7 @@
 #include "platform/thread.h"
 
 #include "platform/handles.h"
+#include "platform/out_of_memory.h"
 
 struct Thread::Impl {
   UniqueHandle handle;
@@ -13,7 +14,7 @@ using Routine = std::function<void()>;
 
 DWORD WINAPI RunRoutine(void* parameter) {
   const std::unique_ptr<Routine> routine(static_cast<Routine*>(parameter));
-  (*routine)();
+  (void)DoUnlessOutOfMemory(L"Thread", *routine);
   return 0;
 }
 
@@ -25,8 +26,12 @@ Thread::Thread(Thread&&) noexcept = default;
 Thread& Thread::operator=(Thread&&) noexcept = default;
 
 bool Thread::Start(std::function<void()> routine, std::uint32_t& error) {
-  auto impl = std::make_unique<Impl>();
-  auto parameter = std::make_unique<Routine>(std::move(routine));
+  std::unique_ptr<Impl> impl(new (std::nothrow) Impl);
+  std::unique_ptr<Routine> parameter(new (std::nothrow) Routine(std::move(routine)));
+  if (impl == nullptr || parameter == nullptr) {
+    error = ERROR_NOT_ENOUGH_MEMORY;
+    return false;
+  }
   impl->handle.reset(::CreateThread(nullptr, 0, RunRoutine, parameter.get(), 0, &impl->id));
   if (impl->handle == nullptr) {
     error = ::GetLastError();

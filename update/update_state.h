@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/event.h"
+#include "update/version.h"
 
 class UpdateState {
  public:
@@ -23,6 +24,10 @@ class UpdateState {
 
   /// Set while the last check found a newer version. Created by start-up; empty before.
   Event UpdateAvailableEvent;
+  /// Whether there is something to install. Any thread.
+  [[nodiscard]] bool IsUpdateKnown() {
+    return UpdateAvailableEvent.Wait(0) == WaitResult::kSignaled && IsNewerVersion(LatestVersion());
+  }
 
   /// One installation at a time: true when the caller may go on and owes EndInstallation.
   [[nodiscard]] bool BeginInstallation() { return !installing_.exchange(true); }

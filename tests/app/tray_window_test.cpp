@@ -128,6 +128,8 @@ TEST_F(TrayWindowTest, AnAlertsSoundIsPlayedFromItsFileWithoutWaitingAndTheEndLe
     EXPECT_TRUE(PumpUntil([&] { return sink_.OutstandingCount() == 0; }));
   }
   EXPECT_EQ(sounds, std::vector<std::wstring>{L"C:\\a b.wav|" + std::to_wstring(0x20001)});
+  // What any program can send, pointing at nothing of ours.
+  for (const int hostile : {WM_NCCREATE, WM_CREATE}) Send(static_cast<UINT>(hostile));
   Send(UWM_ALERT, 12345);
   EXPECT_EQ(own_.recentAlerts.Size(), 3u) << "an address that is none of the sink's is nothing";
 

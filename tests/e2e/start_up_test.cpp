@@ -5,6 +5,10 @@
 
 #include <shellapi.h>
 
+#include <algorithm>
+#include <memory>
+#include <vector>
+
 #include "res/messages.h"
 #include "tests/support/program_test.h"
 
@@ -76,6 +80,21 @@ TEST_F(StartUp, EveryRequestForTheMainWindowLeadsToTheOneOfTheFirstInstance) {
   EXPECT_TRUE(NeverWithin(500, [&] { return windows() > 1; }));
   EXPECT_EQ(first.WaitForMainWindow(), window);
   EXPECT_TRUE(first.End());
+}
+
+TEST_F(StartUp, OfManyStartsAtOnceOneRuns) {
+  WriteFileBytes(profile_.RulesFile(), "header\n4,foo.exe,1\n");
+  std::vector<std::unique_ptr<RunningProgram>> starts;
+  for (int count = 0; count < 6; ++count) starts.push_back(std::make_unique<RunningProgram>(L"/tray"));
+  const auto running = [&] {
+    return std::count_if(starts.begin(), starts.end(), [](const auto& start) { return !start->WaitForExit(0); });
+  };
+  EXPECT_TRUE(WaitUntil([&] { return running() == 1; }));
+  EXPECT_TRUE(NeverWithin(500, [&] { return running() != 1; }));
+  std::size_t loads = 0;
+  for (const auto& start : starts) loads += debug_.Count(start->Id(), "RuleStore::Load");
+  EXPECT_EQ(loads, 1u);
+  EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
 }
 
 TEST_F(StartUp, JobsSayByTheirExitCodeWhetherThingsAreAsWantedAndDoNothingElse) {

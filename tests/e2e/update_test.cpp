@@ -49,6 +49,9 @@ TEST_F(Updates, ThatFailAreToldAndTheProgramGoesOnAndEndsWithoutWaitingForACheck
   }
   EXPECT_EQ(shell_.Balloons().size(), 0u);
 
+  program.PostToTray(UWM_TRAYICON, 0, WM_LBUTTONUP);
+  HWND link = ::GetDlgItem(program.WaitForMainWindow(), IDC_VERSION_LINK);
+  EXPECT_TRUE(WaitUntil([&] { return TextOf(link) == L"Version 0.0.2.7 BETA. <a>Check for updates</a>"; }));
   TestServer::Use("slow");
   const std::size_t atStart = TestServer::Requests().size();
   for (int times = 0; times < 2; ++times) CheckByHand(program);  // the second joins the first
@@ -56,7 +59,11 @@ TEST_F(Updates, ThatFailAreToldAndTheProgramGoesOnAndEndsWithoutWaitingForACheck
   ASSERT_NE(progress, nullptr);
   PostCommand(progress, IDCANCEL);  // closes the window, not the check
   ASSERT_TRUE(WaitUntil([&] { return !::IsWindow(progress); }));
+  ASSERT_NE(program.WaitForBox(kAvailable, kQuestion), nullptr);
+  CheckByHand(program);  // brings the box forward
+  EXPECT_TRUE(NeverWithin(500, [&] { return program.VisibleWindows().size() != 2; })) << "the main window and the one box";
   EXPECT_TRUE(program.AnswerBox(kAvailable, kQuestion, IDNO));
+  EXPECT_EQ(TextOf(link), L"Version 0.0.2.9 available. <a>Update now</a>");
   EXPECT_EQ(TestServer::Requests().substr(atStart), "/versioninfo/vantora/beta/ Vantora\n");
 
   for (const char* scenario : {"unsigned", "unstartable", "good"}) {

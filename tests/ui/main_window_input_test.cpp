@@ -162,8 +162,11 @@ TEST_F(MainWindowInputTest, KeysOfTheRuleList) {
   SelectRows(list, {0});
   PressKey(VK_DELETE);
   HWND box = WaitForDialog(L"Confirm Remove");
+  ::SendMessageW(box, WM_INITDIALOG, 0, 0);  // from a stranger
+  ::SendMessageW(Window(), WM_INITDIALOG, 0, 0);
   const DWORD before = ::GetClipboardSequenceNumber();
-  PressKey('C');  // alone it does nothing
+  PressKey(VK_INSERT);  // the main window's key, not the box's
+  PressKey('C');        // alone it does nothing
   PressKey('C', VK_CONTROL);
   const std::wstring line = L"---------------------------\r\n";
   const std::wstring whole =
@@ -171,6 +174,7 @@ TEST_F(MainWindowInputTest, KeysOfTheRuleList) {
   // Nobody looks into the clipboard before: the box could not open it then.
   EXPECT_TRUE(WaitUntil([before] { return ::GetClipboardSequenceNumber() != before; }));
   EXPECT_TRUE(WaitUntil([&] { return ClipboardText() == whole; }));
+  EXPECT_EQ(::FindWindowW(nullptr, kEditorTitle), nullptr);
   PressAndWaitForEnd(box, 'Y', VK_MENU);
   EXPECT_TRUE(WaitUntil([this] { return Rules().empty() && RowCount(list) == 0; }));
 

@@ -49,6 +49,19 @@ TEST_F(RuleEditorTest, EditsTheUpperOfTheSelectedRules) {
   Answer(editor, IDCANCEL);
   EXPECT_EQ(Rules()[1], rule);
 
+  // Longer than a field gives back, and touched by nobody.
+  const std::wstring imported(300, L'q');
+  (void)rules.Edit(8, [&](ThresholdRule& first) { first.processPattern = imported; });
+  SelectRows(list, {0});
+  Answer(OpenDialog(IDC_EDIT_RULE, kEditorTitle), IDOK);
+  EXPECT_EQ(Rules()[0].processPattern, imported);
+  NotifyDoubleClick(list, 0, 1);
+  ::PostMessageW(Box(), WM_KEYDOWN, VK_RETURN, 0);
+  ASSERT_TRUE(WaitForNoBox());
+  EXPECT_EQ(Rules()[0].processPattern, imported);
+  (void)rules.Edit(8, [](ThresholdRule& first) { first = Rule(8, L"a.exe"); });
+  SelectRows(list, {2, 1});
+
   editor = OpenDialog(IDM_EDIT_RULE, kEditorTitle);
   ::SetDlgItemTextW(editor, IDC_PATTERN, (std::wstring(300, L'p')).c_str());
   ::SetDlgItemTextW(editor, IDC_MAX_CPU, L"12.5");

@@ -73,6 +73,11 @@ TEST_F(SettingsMenuTest, TogglesActAtOnceShowTheirMarkAndLeaveThePageAlone) {
   ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", REG_SZ, L"", 2);
   Open();
   Type(IDC_THROTTLE, L"98");  // a pending edit stays one
+  ::CheckDlgButton(Window(), IDC_SOUND, BST_CHECKED);
+  Command(IDM_NOTIFY);
+  EXPECT_TRUE(Checked(IDC_SOUND)) << "so does another action's box";
+  Command(IDM_NOTIFY);
+  ::CheckDlgButton(Window(), IDC_SOUND, BST_UNCHECKED);
   ::EnableWindow(Item(IDC_APPLY), FALSE);
   for (const auto& [command, bit, box] : kToggles) {
     for (int times = 0; times < 2; ++times) {

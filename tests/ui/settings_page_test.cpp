@@ -33,7 +33,9 @@ TEST_F(SettingsPageTest, OpensFilledAndEveryChangeEnablesApply) {
       Click(id);
     }
     EXPECT_TRUE(ApplyEnabled());
+    ::SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(IDC_APPLY)), TRUE);
     Click(IDC_APPLY);
+    EXPECT_TRUE(::IsWindowEnabled(FocusOf(Window()))) << "the keyboard goes on";
     EXPECT_EQ(settings.Get().alertActions, actions);
   }
   EXPECT_FALSE(ApplyEnabled());

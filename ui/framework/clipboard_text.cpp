@@ -1,9 +1,9 @@
 #include "ui/framework/clipboard_text.h"
 
 #include <algorithm>
-#include <new>
 
 #include "platform/handles.h"
+#include "platform/out_of_memory.h"
 
 std::optional<std::wstring> ReadClipboardText(HWND owner) {
   if (!::IsClipboardFormatAvailable(CF_UNICODETEXT)) return std::nullopt;
@@ -16,11 +16,8 @@ std::optional<std::wstring> ReadClipboardText(HWND owner) {
   // Another program filled that memory: its size bounds the text, whether a terminator is there or not.
   const wchar_t* end = text + ::GlobalSize(memory) / sizeof(wchar_t);
   std::optional<std::wstring> copy;
-  try {
-    copy.emplace(text, std::find(text, end, L'\0'));
-  } catch (const std::bad_alloc&) {
-    copy.reset();
-  }
+  const auto take = [&] { copy.emplace(text, std::find(text, end, L'\0')); };
+  if (!DoUnlessOutOfMemory(L"ReadClipboardText", take)) copy.reset();
   ::GlobalUnlock(memory);
   return copy;
 }

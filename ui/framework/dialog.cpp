@@ -1,5 +1,6 @@
 #include "ui/framework/dialog.h"
 
+#include "platform/out_of_memory.h"
 #include "ui/framework/resources.h"
 
 namespace {
@@ -21,6 +22,11 @@ Dialog::~Dialog() {
 
 INT_PTR Dialog::RunModal(HWND owner) {
   return ::DialogBoxParamW(instance_, MAKEINTRESOURCEW(templateId_), owner, &Dialog::Procedure, reinterpret_cast<LPARAM>(this));
+}
+
+HWND Dialog::CreateFrom(std::span<const std::byte> dialogTemplate, HWND owner) {
+  return ::CreateDialogIndirectParamW(instance_, reinterpret_cast<const DLGTEMPLATE*>(dialogTemplate.data()), owner,
+                                      &Dialog::Procedure, reinterpret_cast<LPARAM>(this));
 }
 
 HWND Dialog::CreateModeless(HWND owner) {
@@ -82,15 +88,20 @@ void Dialog::StartLayout(std::span<const AnchorRow> rows, int extraMinHeightPx, 
 }
 
 INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+  auto* dialog = reinterpret_cast<Dialog*>(::GetWindowLongPtrW(window, DWLP_USER));
   if (message == WM_INITDIALOG) {
-    auto* created = reinterpret_cast<Dialog*>(lParam);
-    created->window_ = window;
+    // Any program can send it again: what it then points at is none of ours.
+    if (dialog != nullptr) return FALSE;
+    dialog = reinterpret_cast<Dialog*>(lParam);
+    dialog->window_ = window;
     ::SetWindowLongPtrW(window, DWLP_USER, lParam);
   }
   // Null for the few messages before WM_INITDIALOG and after the window has let go of its object.
-  auto* dialog = reinterpret_cast<Dialog*>(::GetWindowLongPtrW(window, DWLP_USER));
   if (dialog == nullptr) return FALSE;
-  const INT_PTR result = dialog->Handle(message, wParam, lParam);
+  INT_PTR result = FALSE;
+  if (!DoUnlessOutOfMemory(L"Dialog", [&] { result = dialog->Handle(message, wParam, lParam); }) && message == WM_INITDIALOG) {
+    dialog->End(-1);  // half of its controls are not filled
+  }
   if (message == WM_NCDESTROY) {
     ::SetWindowLongPtrW(window, DWLP_USER, 0);
     dialog->window_ = nullptr;
@@ -101,7 +112,7 @@ INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wParam, LPA
 INT_PTR Dialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_INITDIALOG:
-      SetDialogIcons(window_);
+      if (templateId_ != kNoTemplate) SetDialogIcons(window_);
       return OnInitDialog();
     case WM_COMMAND:
       return OnCommand(LOWORD(wParam), HIWORD(wParam));

@@ -7,6 +7,7 @@
 
 #include <commctrl.h>
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -35,7 +36,8 @@ bool DispatchCommand(DialogClass& dialog, std::span<const CommandRow<DialogClass
   return false;
 }
 
-/// Used on the thread that opens it. Not movable: the window points at it.
+/// Used on the thread that opens it. Not movable: the window points at it. A handler that runs out of memory has handled nothing;
+/// an OnInitDialog that does ends the dialog.
 class Dialog {
  public:
   virtual ~Dialog();
@@ -50,7 +52,10 @@ class Dialog {
   [[nodiscard]] HWND Window() const { return window_; }
 
  protected:
+  static constexpr WORD kNoTemplate = 0;  ///< no resource, and no icons: the dialog is made by CreateFrom
   Dialog(HINSTANCE instance, WORD templateId);
+  /// As CreateModeless, from a template in memory.
+  HWND CreateFrom(std::span<const std::byte> dialogTemplate, HWND owner);
 
   /// WM_INITDIALOG; icons are set already. True: the system puts the focus on the first control.
   virtual bool OnInitDialog() = 0;

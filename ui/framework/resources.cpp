@@ -55,6 +55,10 @@ void SetDialogIcons(HWND window) {
   SetIcon(window, ICON_BIG, large);
 }
 
+bool IsEdited(HWND editBox, const std::wstring& shown, const std::wstring& now) {
+  return shown != now || ::SendMessageW(editBox, EM_GETMODIFY, 0, 0) != 0;
+}
+
 int ScaleForDpi(int pixelsAt96) {
   // The program is system-DPI aware: the figure is fixed for the life of the process.
   static const int dpi = [] {

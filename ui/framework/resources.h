@@ -18,6 +18,9 @@
 /// Icon 107 at 16 and 32 pixels (scaled by the DPI) as the window's icons. They are shared and live as long as the process.
 void SetDialogIcons(HWND window);
 
+/// Whether an edit box that showed `shown` has been typed in, or has another text by now.
+[[nodiscard]] bool IsEdited(HWND editBox, const std::wstring& shown, const std::wstring& now);
+
 /// A length given for 96 dpi in pixels of the system's DPI.
 [[nodiscard]] int ScaleForDpi(int pixelsAt96);
 

@@ -2,6 +2,7 @@
 
 #include "platform/diagnostics.h"
 #include "platform/handles.h"
+#include "platform/out_of_memory.h"
 #include "res/messages.h"
 #include "res/resource.h"
 #include "storage/settings_registry.h"
@@ -11,6 +12,8 @@
 namespace {
 
 constexpr UINT kRecentAlertsPollMs = 2000;
+/// More than any desktop; a stored size beyond it is damage.
+constexpr std::int64_t kMaxWindowPx = 32'767;
 
 constexpr std::uint32_t kFollowCorner = ANCHOR_MOVE_RIGHT | ANCHOR_MOVE_DOWN;
 constexpr std::uint32_t kFill = ANCHOR_WIDEN | ANCHOR_GROW_TALLER;
@@ -85,7 +88,7 @@ bool MainDialog::OnInitDialog() {
   // After the anchors are known: the size that comes back lays the controls out.
   RestorePlacement();
   versionLink_.OnInitDialog(Window());
-  shortcuts_.Install();
+  shortcuts_.Install(Window());
   ::BringWindowToTop(Window());
   ::SetForegroundWindow(Window());
   return true;
@@ -115,11 +118,14 @@ void MainDialog::ApplyDarkColours() {
 void MainDialog::RestorePlacement() const {
   const WindowPlacement placement = program_.settings.Get().mainDialogPlacement;
   if (!placement.HasSize()) return;
+  const std::int64_t width = std::int64_t{placement.right} - placement.left;
+  const std::int64_t height = std::int64_t{placement.bottom} - placement.top;
+  if (width > kMaxWindowPx || height > kMaxWindowPx) return;
   const POINT centre = {static_cast<LONG>((std::int64_t{placement.left} + placement.right) / 2),
                         static_cast<LONG>((std::int64_t{placement.top} + placement.bottom) / 2)};
   if (::MonitorFromPoint(centre, MONITOR_DEFAULTTONULL) == nullptr) return;
-  ::SetWindowPos(Window(), nullptr, placement.left, placement.top, placement.right - placement.left,
-                 placement.bottom - placement.top, SWP_NOZORDER);
+  ::SetWindowPos(Window(), nullptr, placement.left, placement.top, static_cast<int>(width), static_cast<int>(height),
+                 SWP_NOZORDER);
 }
 
 void MainDialog::StorePlacement() const {
@@ -189,7 +195,7 @@ std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM
       settingsMenu_.OnInitMenuPopup(reinterpret_cast<HMENU>(wParam));
       return TRUE;
     case UWM_UPDATE_AVAILABLE:
-      versionLink_.ShowUpdate();
+      versionLink_.Refresh();
       return TRUE;
     case UWM_END_INPLACE_EDIT:
       rules_.EndInPlaceEdit(wParam != 0);
@@ -200,7 +206,7 @@ std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM
 }
 
 void MainDialog::OnDestroy() {
-  shortcuts_.Remove();
+  shortcuts_.Remove(Window());
   // However the window ended: nobody may find it any more.
   HWND window = Window();
   program_.MainDialogHandle.compare_exchange_strong(window, nullptr);
@@ -229,5 +235,6 @@ void MainDialogThread(Program& program) {
   }
   DebugLog(L"MainDialogThread");
   // The window itself takes the flag back as soon as it can be found.
-  if (MainDialog(program).RunModal(nullptr) == -1) program.mainDialogOpening = false;
+  const auto run = [&] { return MainDialog(program).RunModal(nullptr); };
+  if (UnlessOutOfMemory(L"MainDialogThread", INT_PTR{-1}, run) == -1) program.mainDialogOpening = false;
 }

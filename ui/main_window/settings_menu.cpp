@@ -214,7 +214,7 @@ void SettingsMenu::OnRunAsAdmin() {
 
 void SettingsMenu::ToggleAction(std::uint32_t action) {
   program_.settings.Update([action](AppSettings& settings) { settings.alertActions ^= action; });
-  page_.ShowActions();
+  page_.ShowAction(action);
   Save();
 }
 

@@ -74,14 +74,14 @@ void SettingsPage::Fill() {
   const AppSettings settings = program_.settings.Get();
   ::SetDlgItemInt(dialog_, IDC_POLL_INTERVAL, program_.engine.IntervalMs() / 1000, FALSE);
   ::SetDlgItemInt(dialog_, IDC_THROTTLE, settings.notificationThrottleSec, FALSE);
-  ShowActions();
+  for (const ActionBox& box : kActionBoxes) ShowAction(box.action);
   for (const PathField& field : kPathFields) ::SetDlgItemTextW(dialog_, field.controlId, (settings.*field.path).c_str());
 }
 
-void SettingsPage::ShowActions() {
-  const std::uint32_t actions = program_.settings.Get().alertActions;
+void SettingsPage::ShowAction(std::uint32_t action) {
+  const bool on = (program_.settings.Get().alertActions & action) != 0;
   for (const ActionBox& box : kActionBoxes) {
-    ::CheckDlgButton(dialog_, box.controlId, (actions & box.action) != 0 ? BST_CHECKED : BST_UNCHECKED);
+    if (box.action == action) ::CheckDlgButton(dialog_, box.controlId, on ? BST_CHECKED : BST_UNCHECKED);
   }
 }
 
@@ -135,5 +135,8 @@ void SettingsPage::ChoosePath(WORD fieldId, bool (*choose)(HWND owner, std::wstr
 
 void SettingsPage::EnableApply(bool enabled) const {
   const HWND apply = ::GetDlgItem(dialog_, IDC_APPLY);
-  if (apply != nullptr) ::EnableWindow(apply, enabled);
+  if (apply == nullptr) return;
+  // A disabled button that has the focus takes every key and does nothing with it.
+  if (!enabled && ::GetFocus() == apply) ::SendMessageW(dialog_, WM_NEXTDLGCTL, 0, FALSE);
+  ::EnableWindow(apply, enabled);
 }

@@ -23,8 +23,8 @@ class SettingsPage {
   void OnInitDialog(HWND dialog);
   /// Shows the settings as they are now. The dialog's own notifications about it enable Apply.
   void Fill();
-  /// Shows the three actions only; fields the user is editing stay as they are, and so does Apply.
-  void ShowActions();
+  /// Shows the one action only; what the user is changing elsewhere stays as it is, and so does Apply.
+  void ShowAction(std::uint32_t action);
   /// True when the command was the page's: a change of a field, Apply, or a "..." button.
   bool OnCommand(WORD id, WORD notification);
 

@@ -6,6 +6,8 @@
 
 namespace {
 
+constexpr wchar_t kWindowMark[] = L"VantoraShortcuts";
+
 enum class Where { kOutsideEditBoxes, kInRuleListWithSelection };
 
 struct Shortcut {
@@ -39,10 +41,10 @@ bool Applies(const Shortcut& shortcut, HWND ruleList, HWND focus) {
 /// True when the message was a shortcut of the main window.
 bool TranslateShortcut(const MSG& message) {
   if (message.message != WM_KEYDOWN || IsDown(VK_SHIFT) || IsDown(VK_MENU)) return false;
-  // Dialogs that the main window has opened share its thread; only the window itself has the rule list.
+  // Dialogs and boxes that the main window has opened share its thread.
   HWND window = ::GetAncestor(message.hwnd, GA_ROOT);
+  if (::GetPropW(window, kWindowMark) == nullptr) return false;
   HWND ruleList = ::GetDlgItem(window, IDC_RULE_LIST);
-  if (ruleList == nullptr) return false;
   for (const Shortcut& shortcut : kShortcuts) {
     if (shortcut.key != message.wParam || shortcut.withCtrl != IsDown(VK_CONTROL)) continue;
     if (!Applies(shortcut, ruleList, message.hwnd)) return false;
@@ -60,6 +62,13 @@ LRESULT CALLBACK OnMessageFilter(int code, WPARAM wParam, LPARAM lParam) noexcep
 
 }  // namespace
 
-void MainWindowShortcuts::Install() {
+void MainWindowShortcuts::Remove(HWND window) {
+  hook_.reset();
+  ::RemovePropW(window, kWindowMark);
+}
+
+void MainWindowShortcuts::Install(HWND window) {
+  // The hook's routine knows the window by this; it goes when the window goes.
+  ::SetPropW(window, kWindowMark, window);
   hook_.reset(::SetWindowsHookExW(WH_MSGFILTER, &OnMessageFilter, nullptr, ::GetCurrentThreadId()));
 }

@@ -13,8 +13,8 @@
 class MainWindowShortcuts {
  public:
   /// Without a hook the keys simply do nothing.
-  void Install();
-  void Remove() { hook_.reset(); }
+  void Install(HWND window);
+  void Remove(HWND window);
 
  private:
   UniqueHook hook_;

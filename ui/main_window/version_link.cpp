@@ -7,30 +7,27 @@
 #include "ui/framework/resources.h"
 #include "update/version.h"
 
-void VersionLink::OnInitDialog(HWND dialog) {
-  dialog_ = dialog;
-  if (IsUpdateKnown()) {
-    SetText(IDS_LINK_UPDATE, program_.updates.LatestVersion());
-  } else {
-    SetText(IDS_LINK_VERSION, AppVersionDisplay);
-  }
+std::wstring VersionLinkText(UpdateState& updates) {
+  if (updates.IsUpdateKnown()) return FormatResString(IDS_LINK_UPDATE, updates.LatestVersion().c_str());
+  return FormatResString(IDS_LINK_VERSION, AppVersionDisplay);
 }
 
-void VersionLink::ShowUpdate() { SetText(IDS_LINK_UPDATE, program_.updates.LatestVersion()); }
+void VersionLink::OnInitDialog(HWND dialog) {
+  dialog_ = dialog;
+  Refresh();
+}
+
+void VersionLink::Refresh() const {
+  const HWND link = ::GetDlgItem(dialog_, IDC_VERSION_LINK);
+  if (link == nullptr) return;
+  ::SetWindowTextW(link, VersionLinkText(program_.updates).c_str());
+  ::ShowWindow(link, SW_SHOW);
+}
 
 void VersionLink::OnClick() {
-  if (IsUpdateKnown()) {
+  if (program_.updates.IsUpdateKnown()) {
     StartDetachedThread([&program = program_] { UpdateInstallThread(program); });
     return;
   }
   if (const HWND tray = program_.trayWindow) ::PostMessageW(tray, UWM_CHECK_FOR_UPDATES, 1, 0);
-}
-
-bool VersionLink::IsUpdateKnown() const { return program_.updates.UpdateAvailableEvent.Wait(0) == WaitResult::kSignaled; }
-
-void VersionLink::SetText(UINT formatId, const std::wstring& version) const {
-  const HWND link = ::GetDlgItem(dialog_, IDC_VERSION_LINK);
-  if (link == nullptr) return;
-  ::SetWindowTextW(link, FormatResString(formatId, version.c_str()).c_str());
-  ::ShowWindow(link, SW_SHOW);
 }

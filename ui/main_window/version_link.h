@@ -5,7 +5,12 @@
 
 #include <windows.h>
 
+#include <string>
+
 #include "ui/program.h"
+
+/// The link's text for what is known of updates. Any thread.
+[[nodiscard]] std::wstring VersionLinkText(UpdateState& updates);
 
 /// Main window's thread only. A dialog without the link is left alone.
 class VersionLink {
@@ -14,15 +19,12 @@ class VersionLink {
 
   /// Sets the text from what is known now and shows the link.
   void OnInitDialog(HWND dialog);
-  /// A check has found a newer version.
-  void ShowUpdate();
+  /// What is known of updates has changed.
+  void Refresh() const;
   /// A click on the anchor, or Enter on it: installs the known update, else asks the tray window for a check.
   void OnClick();
 
  private:
-  [[nodiscard]] bool IsUpdateKnown() const;
-  void SetText(UINT formatId, const std::wstring& version) const;
-
   Program& program_;
   HWND dialog_ = nullptr;
 };

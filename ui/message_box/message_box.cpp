@@ -4,11 +4,13 @@
 #include <uxtheme.h>
 
 #include <cstring>
-#include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/handles.h"
+#include "platform/out_of_memory.h"
+#include "ui/framework/dialog.h"
 #include "ui/framework/resources.h"
 #include "ui/message_box/message_box_model.h"
 
@@ -94,10 +96,11 @@ void CopyToClipboard(HWND owner, const std::wstring& text) {
 }
 
 /// One box from its opening to its end.
-class MessageBoxWindow {
+class MessageBoxWindow : public Dialog {
  public:
   MessageBoxWindow(MessageBoxContent content, UINT style, bool dark)
-      : content_(std::move(content)),
+      : Dialog(::GetModuleHandleW(nullptr), kNoTemplate),
+        content_(std::move(content)),
         style_(style),
         dark_(dark),
         buttons_(ButtonsOfStyle(style)),
@@ -111,31 +114,17 @@ class MessageBoxWindow {
     const std::vector<std::byte> bytes = MakeMessageBoxTemplate(content_, style_, layout_, metrics).Pack();
 
     ::MessageBeep(style_ & MB_ICONMASK);
-    HWND window = ::CreateDialogIndirectParamW(::GetModuleHandleW(nullptr), reinterpret_cast<const DLGTEMPLATE*>(bytes.data()),
-                                               owner, &MessageBoxWindow::Procedure, reinterpret_cast<LPARAM>(this));
-    if (window == nullptr) return -1;
+    if (CreateFrom(bytes, owner) == nullptr) return -1;
     const bool disabledOwner = owner != nullptr && !::EnableWindow(owner, FALSE);
     Pump();
     if (disabledOwner) ::EnableWindow(owner, TRUE);
-    if (window_ != nullptr) ::DestroyWindow(window_);
+    if (Window() != nullptr) ::DestroyWindow(Window());
     return result_;
   }
 
  private:
-  static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    if (message == WM_INITDIALOG) {
-      reinterpret_cast<MessageBoxWindow*>(lParam)->window_ = window;
-      ::SetWindowLongPtrW(window, DWLP_USER, lParam);
-    }
-    auto* box = reinterpret_cast<MessageBoxWindow*>(::GetWindowLongPtrW(window, DWLP_USER));
-    return box != nullptr ? box->Handle(message, wParam, lParam) : FALSE;
-  }
-
-  INT_PTR Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+  std::optional<INT_PTR> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override {
     switch (message) {
-      case WM_INITDIALOG:
-        OnInitDialog();
-        return FALSE;  // the focus is on the default button already
       case WM_ERASEBKGND:
         OnErase(reinterpret_cast<HDC>(wParam));
         return TRUE;
@@ -147,54 +136,49 @@ class MessageBoxWindow {
       case WM_CTLCOLORBTN:
       case WM_CTLCOLORDLG:
         return dark_ ? DarkColors(reinterpret_cast<HDC>(wParam)) : FALSE;
-      case WM_COMMAND:
-        OnCommand(LOWORD(wParam));
-        return TRUE;
-      case WM_DESTROY:
-        // With its owner, without an answer.
-        window_ = nullptr;
-        End(IDCANCEL);
-        return FALSE;
       default:
-        return FALSE;
+        return std::nullopt;
     }
   }
 
-  void OnInitDialog() {
+  /// With its owner, without an answer.
+  void OnDestroy() override { Finish(IDCANCEL); }
+
+  bool OnInitDialog() override {
     const auto font = reinterpret_cast<WPARAM>(font_.get());
-    ::SendDlgItemMessageW(window_, kMessageBoxTextId, WM_SETFONT, font, FALSE);
+    ::SendDlgItemMessageW(Window(), kMessageBoxTextId, WM_SETFONT, font, FALSE);
     for (const MessageBoxButton& button : buttons_.buttons) {
-      HWND control = ::GetDlgItem(window_, button.id);
-      ::SendMessageW(control, WM_SETFONT, font, FALSE);
-      if (dark_) ::SetWindowTheme(control, L"Explorer", nullptr);
+      ::SendMessageW(Item(button.id), WM_SETFONT, font, FALSE);
+      if (dark_) ::SetWindowTheme(Item(button.id), L"Explorer", nullptr);
     }
     const std::size_t place = DefaultButtonOfStyle(style_, buttons_.buttons.size());
-    ::SetFocus(::GetDlgItem(window_, buttons_.buttons[place].id));
+    ::SetFocus(Item(buttons_.buttons[place].id));
     if (dark_) {
       constexpr DWORD kImmersiveDarkMode = 20;
       const BOOL on = TRUE;
-      ::DwmSetWindowAttribute(window_, kImmersiveDarkMode, &on, sizeof(on));
+      ::DwmSetWindowAttribute(Window(), kImmersiveDarkMode, &on, sizeof(on));
     }
-    if (buttons_.escapeResult == 0) ::EnableMenuItem(::GetSystemMenu(window_, FALSE), SC_CLOSE, MF_BYCOMMAND | MF_GRAYED);
-    if ((style_ & MB_TOPMOST) != 0) ::SetWindowPos(window_, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    if (buttons_.escapeResult == 0) ::EnableMenuItem(::GetSystemMenu(Window(), FALSE), SC_CLOSE, MF_BYCOMMAND | MF_GRAYED);
+    if ((style_ & MB_TOPMOST) != 0) ::SetWindowPos(Window(), HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
     CenterOverOwner();
     // Also without MB_SETFOREGROUND: a box that waits behind other windows is an application that hangs.
-    ::SetForegroundWindow(window_);
+    ::SetForegroundWindow(Window());
+    return false;  // the focus is on the default button already
   }
 
   void CenterOverOwner() {
-    HWND owner = ::GetWindow(window_, GW_OWNER);
+    HWND owner = ::GetWindow(Window(), GW_OWNER);
     RECT over{};
     RECT box{};
-    if (owner == nullptr || ::IsIconic(owner) || !::GetWindowRect(owner, &over) || !::GetWindowRect(window_, &box)) return;
+    if (owner == nullptr || ::IsIconic(owner) || !::GetWindowRect(owner, &over) || !::GetWindowRect(Window(), &box)) return;
     const int x = over.left + ((over.right - over.left) - (box.right - box.left)) / 2;
     const int y = over.top + ((over.bottom - over.top) - (box.bottom - box.top)) / 2;
-    ::SetWindowPos(window_, nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    ::SetWindowPos(Window(), nullptr, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
   }
 
   void OnErase(HDC dc) const {
     RECT client{};
-    ::GetClientRect(window_, &client);
+    ::GetClientRect(Window(), &client);
     ::FillRect(dc, &client, dark_ ? darkBrush_.get() : ::GetSysColorBrush(COLOR_3DFACE));
     if (dark_) return;
     client.bottom = layout_.message.bottom;
@@ -226,17 +210,18 @@ class MessageBoxWindow {
     return reinterpret_cast<INT_PTR>(darkBrush_.get());
   }
 
-  void OnCommand(int id) {
+  bool OnCommand(WORD id, WORD) override {
     if (id == IDCANCEL) {
-      if (buttons_.escapeResult != 0) End(buttons_.escapeResult);
-      return;
+      if (buttons_.escapeResult != 0) Finish(buttons_.escapeResult);
+      return true;
     }
     for (const MessageBoxButton& button : buttons_.buttons) {
-      if (button.id == id) End(id);
+      if (button.id == id) Finish(id);
     }
+    return true;
   }
 
-  void End(int result) {
+  void Finish(int result) {
     if (ended_) return;
     ended_ = true;
     result_ = result;
@@ -257,19 +242,16 @@ class MessageBoxWindow {
       }
       if (IsCopyKey(message)) {
         Copy();
-      } else if (!::IsDialogMessageW(window_, &message)) {
+      } else if (!::IsDialogMessageW(Window(), &message)) {
         ::TranslateMessage(&message);
         ::DispatchMessageW(&message);
       }
     }
   }
 
-  void Copy() const noexcept {
-    try {
-      CopyToClipboard(window_, MessageBoxCopyText(content_));
-    } catch (const std::bad_alloc&) {
-      // As with a clipboard that is not available: nothing is copied and the box stays open.
-    }
+  // Without memory as with a clipboard that is not available: nothing is copied and the box stays open.
+  void Copy() const {
+    (void)DoUnlessOutOfMemory(L"XMessageBox", [this] { CopyToClipboard(Window(), MessageBoxCopyText(content_)); });
   }
 
   [[nodiscard]] static bool IsCopyKey(const MSG& message) {
@@ -283,7 +265,6 @@ class MessageBoxWindow {
   UniqueFont font_;
   UniqueBrush darkBrush_;
   MessageBoxLayout layout_;
-  HWND window_ = nullptr;
   bool ended_ = false;
   int result_ = IDCANCEL;
 };
@@ -306,16 +287,24 @@ MessageBoxContent MakeContent(const wchar_t* text, const wchar_t* caption, UINT 
 }  // namespace
 
 int XMessageBox(HWND owner, const wchar_t* text, const wchar_t* caption, UINT style) {
-  try {
-    if (owner == nullptr) {
-      if (HWND active = ::GetActiveWindow()) owner = ::GetLastActivePopup(active);
-    }
+  return UnlessOutOfMemory(L"XMessageBox", int{IDCANCEL}, [&] {
+    HWND active = owner == nullptr ? ::GetActiveWindow() : nullptr;
+    HWND over = active != nullptr ? ::GetLastActivePopup(active) : owner;
     MessageBoxContent content = MakeContent(text, caption, style);
     if ((style & MB_SYSTEMMODAL) != 0 && (style & MB_ICONMASK) == MB_ICONHAND) {
-      return ::MessageBoxW(owner, content.message.c_str(), content.caption.c_str(), style);
+      return ::MessageBoxW(over, content.message.c_str(), content.caption.c_str(), style);
     }
-    return MessageBoxWindow(std::move(content), style, UserWantsDark()).Run(owner);
-  } catch (const std::bad_alloc&) {
-    return IDCANCEL;
+    return MessageBoxWindow(std::move(content), style, UserWantsDark()).Run(over);
+  });
+}
+
+bool BringMessageBoxForward(const std::wstring& caption) {
+  for (HWND box = nullptr; (box = ::FindWindowExW(nullptr, box, WC_DIALOG, caption.c_str())) != nullptr;) {
+    DWORD processId = 0;
+    ::GetWindowThreadProcessId(box, &processId);
+    if (processId == ::GetCurrentProcessId() && ::GetDlgItem(box, kMessageBoxTextId) != nullptr) {
+      return ::SetForegroundWindow(box) != FALSE;
+    }
   }
+  return false;
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "res/messages.h"
+#include "ui/framework/resources.h"
 #include "ui/rules/rule_field_text.h"
 #include "ui/rules/rule_list_model.h"
 
@@ -35,7 +36,7 @@ RECT CellRect(HWND list, int row, int column) {
 
 void InPlaceEdit::Start(HWND list, int row, int column) {
   const RECT cell = CellRect(list, row, column);
-  const std::wstring text = EditTextOfCell(CellText(list, row, column));
+  std::wstring text = EditTextOfCell(CellText(list, row, column));
   HWND box = ::CreateWindowExW(0, WC_EDITW, text.c_str(), WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL, cell.left, cell.top,
                                cell.right - cell.left, cell.bottom - cell.top, list, nullptr, nullptr, nullptr);
   if (box == nullptr) return;
@@ -43,7 +44,9 @@ void InPlaceEdit::Start(HWND list, int row, int column) {
   box_ = box;
   row_ = row;
   column_ = column;
+  shownText_ = std::move(text);
   ::SendMessageW(box, WM_SETFONT, static_cast<WPARAM>(::SendMessageW(list, WM_GETFONT, 0, 0)), TRUE);
+  ::SendMessageW(box, EM_SETMODIFY, FALSE, 0);  // some systems count the text that it is made with
   ::SendMessageW(box, EM_SETSEL, 0, -1);
   ::SetFocus(box);
   ::SetWindowSubclass(box, &InPlaceEditSubclassProc, kSubclassId, reinterpret_cast<DWORD_PTR>(this));
@@ -53,7 +56,7 @@ std::optional<InPlaceEdit::Entry> InPlaceEdit::Content() const {
   if (box_ == nullptr) return std::nullopt;
   wchar_t text[kTextBufferChars] = {};
   ::GetWindowTextW(box_, text, kTextBufferChars);
-  return Entry{row_, column_, text};
+  return Entry{row_, column_, text, IsEdited(box_, shownText_, text)};
 }
 
 void InPlaceEdit::Close() {

@@ -15,6 +15,7 @@ class InPlaceEdit {
     int row;
     int column;
     std::wstring text;
+    bool edited;  ///< by the user, since the box opened
   };
 
   InPlaceEdit() = default;
@@ -40,4 +41,5 @@ class InPlaceEdit {
   HWND box_ = nullptr;
   int row_ = -1;
   int column_ = -1;
+  std::wstring shownText_;
 };

@@ -3,7 +3,9 @@
 #include "core/records.h"
 #include "res/resource.h"
 #include "ui/framework/dialog.h"
+#include "ui/framework/resources.h"
 #include "ui/rules/rule_editor_model.h"
+#include "ui/rules/rule_field_text.h"
 
 namespace {
 
@@ -21,10 +23,12 @@ class RuleEditor : public Dialog {
   void StoreFields() const;
 
   ThresholdRule& rule_;
+  std::wstring shownPattern_;
 };
 
 bool RuleEditor::OnInitDialog() {
   for (const RuleEditorField& field : RuleEditorFields()) SetItemText(field.controlId, field.text(rule_));
+  shownPattern_ = ItemText(IDC_PATTERN, kMaxPatternChars);
   SetChecked(IDC_ENABLED, rule_.enabled);
   ApplyDarkMode(kDarkControls);
   return true;
@@ -36,7 +40,12 @@ bool RuleEditor::OnCommand(WORD id, WORD notification) {
 }
 
 void RuleEditor::StoreFields() const {
-  for (const RuleEditorField& field : RuleEditorFields()) field.store(rule_, ItemText(field.controlId, field.maxChars));
+  for (const RuleEditorField& field : RuleEditorFields()) {
+    const std::wstring text = ItemText(field.controlId, field.maxChars);
+    // An imported pattern can be longer than the field gives back; one that nobody touched stays whole.
+    if (field.controlId == IDC_PATTERN && !IsEdited(Item(IDC_PATTERN), shownPattern_, text)) continue;
+    field.store(rule_, text);
+  }
   rule_.enabled = IsChecked(IDC_ENABLED);
   // The editor has no control for the actions; a rule that went through it notifies and logs.
   rule_.alertActions = ACTION_NOTIFY | ACTION_LOG;

@@ -98,6 +98,10 @@ void RuleListCommands::OnDoubleClick(int row, int column) {
 }
 
 void RuleListCommands::EndInPlaceEdit(bool commit) {
-  if (const auto entry = inPlaceEdit_.Content(); entry && commit) list_.ApplyInPlaceEdit(entry->row, entry->column, entry->text);
+  const auto entry = commit ? inPlaceEdit_.Content() : std::nullopt;
+  // A cell shows no more of a pattern than a box can hold; one that nobody touched stays whole.
+  if (entry && (entry->edited || entry->column != kPatternColumn)) {
+    list_.ApplyInPlaceEdit(entry->row, entry->column, entry->text);
+  }
   inPlaceEdit_.Close();
 }

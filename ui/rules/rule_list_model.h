@@ -24,6 +24,7 @@ struct RuleColumn {
 [[nodiscard]] std::vector<ListColumn> RuleListColumns();
 
 inline constexpr int kEnabledColumn = 0;
+inline constexpr int kPatternColumn = 1;
 
 [[nodiscard]] bool IsRuleColumn(int column);
 /// Empty for a column that is none.
