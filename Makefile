@@ -7,10 +7,10 @@ LINT_PACKAGES := $(HOST_PACKAGES) $(WINDOWS_PACKAGES) clang clang-format clang-t
 FUZZ_PACKAGES := cmake ninja-build clang libclang-rt-14-dev
 JOBS := $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: help run test test-host test-windows exe console installer package bench fuzz screenshots lint format clean
+.PHONY: help run test test-host test-windows exe console console-windows deb installer package bench fuzz screenshots lint format clean
 
 help:
-	@echo "make run | test | test-host | test-windows | exe | console | installer | package | bench | fuzz | screenshots | lint | format | clean"
+	@echo "make run | test | test-host | test-windows | exe | console | console-windows | deb | installer | package | bench | fuzz | screenshots | lint | format | clean"
 
 run: exe
 	@scripts/need $(WINE_PACKAGES)
@@ -35,19 +35,28 @@ exe:
 
 console:
 	@scripts/need $(HOST_PACKAGES)
-	@cmake --preset host >/dev/null && cmake --build --preset host --target vantora-console -- -j$(JOBS)
-	@echo "build/host/vantora-console"
+	@cmake --preset console >/dev/null && cmake --build --preset console -- -j$(JOBS)
+	@echo "build/console/vantora-console"
 
-installer: exe
+console-windows:
+	@scripts/need $(WINDOWS_PACKAGES)
+	@cmake --preset windows >/dev/null && cmake --build --preset windows --target vantora-console -- -j$(JOBS)
+	@echo "build/windows/vantora-console.exe"
+
+deb: console
+	@scripts/need dpkg-dev
+	@(cd build/console && cpack -G DEB >/dev/null 2>&1) && ls build/console/*.deb
+
+installer: exe console-windows
 	@scripts/need nsis
 	@scripts/installer
 
-package: exe
+package: exe console-windows
 	@scripts/need zip
 	@scripts/package
 
 bench:
-	@scripts/need $(HOST_PACKAGES) libbenchmark-dev
+	@scripts/need $(HOST_PACKAGES) libbenchmark-dev procps
 	@cmake --preset host-release >/dev/null && cmake --build --preset host-release -- -j$(JOBS)
 	@for program in build/host-release/bench/*_bench; do "$$program" || exit 1; done
 

@@ -19,6 +19,15 @@
 
 namespace {
 
+/// What lies beside the program, in a downloads folder perhaps, is not its own. The imports that are no part of the system's
+/// fixed set are delayed, so none of them has been loaded yet. Without effect on a system that cannot do it.
+void LoadLibrariesFromSystemOnly() {
+  using SetDefaultDirectories = BOOL(WINAPI*)(DWORD flags);
+  const auto setDefaultDirectories = reinterpret_cast<SetDefaultDirectories>(
+      reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "SetDefaultDllDirectories")));
+  if (setDefaultDirectories != nullptr) setDefaultDirectories(LOAD_LIBRARY_SEARCH_SYSTEM32);
+}
+
 void RegisterControls() {
   INITCOMMONCONTROLSEX controls{};
   controls.dwSize = sizeof(controls);
@@ -60,6 +69,7 @@ int RunMessageLoop(TrayWindow& tray) {
 }  // namespace
 
 int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, LPWSTR, int) {
+  LoadLibrariesFromSystemOnly();
   RegisterControls();
   InitDarkMode();
   InstallDarkScrollBars();

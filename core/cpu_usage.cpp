@@ -25,19 +25,24 @@ double CpuUsage::Percent(const CpuSample& before, const ProcessMetrics& metrics,
 
 void CpuUsage::Update(ProcessSample& sample, std::uint64_t nowMs) {
   ++cycle_;
+  std::size_t seen = 0;
   for (SampledProcess& process : sample) {
     ProcessMetrics& metrics = process.metrics;
-    const auto known = samples_.find(metrics.pid);
-    if (metrics.kernelTime == 0 && metrics.userTime == 0) {
-      if (known != samples_.end()) known->second.lastCycle = cycle_;
-      continue;
+    const bool timesKnown = metrics.kernelTime != 0 || metrics.userTime != 0;
+    const auto known = timesKnown ? samples_.try_emplace(metrics.pid).first : samples_.find(metrics.pid);
+    if (known == samples_.end()) continue;
+    CpuSample& before = known->second;
+    ++seen;
+    if (timesKnown) {
+      std::uint64_t creationTime = metrics.creationTime;
+      if (before.lastCycle != 0 && !IsAnotherProcess(before.creationTime, creationTime)) {
+        metrics.cpuPercent = Percent(before, metrics, nowMs);
+        if (creationTime == 0) creationTime = before.creationTime;
+      }
+      before = {metrics.kernelTime, metrics.userTime, creationTime, nowMs, cycle_};
     }
-    std::uint64_t creationTime = metrics.creationTime;
-    if (known != samples_.end() && !IsAnotherProcess(known->second.creationTime, creationTime)) {
-      metrics.cpuPercent = Percent(known->second, metrics, nowMs);
-      if (creationTime == 0) creationTime = known->second.creationTime;
-    }
-    samples_[metrics.pid] = {metrics.kernelTime, metrics.userTime, creationTime, nowMs, cycle_};
+    before.lastCycle = cycle_;
   }
+  if (seen == samples_.size()) return;
   std::erase_if(samples_, [this](const auto& entry) { return entry.second.lastCycle != cycle_; });
 }

@@ -51,18 +51,20 @@ bool MonitorCycle::TakeList() {
   return !entries_.empty();
 }
 
-void MonitorCycle::Collect(const ProcessEntry& entry, SampledProcess& process) {
+void MonitorCycle::Collect(ProcessEntry& entry, SampledProcess& process) {
   ProcessMetrics& metrics = process.metrics;
+  // The names change places rather than being copied: the list gets the last cycle's text memory back to write into.
   std::wstring name = std::move(metrics.name);
-  name = entry.name;  // into the memory of the last cycle's
+  name.swap(entry.name);
   metrics = ProcessMetrics{};
   metrics.pid = entry.pid;
   metrics.name = std::move(name);
   metrics.threads = entry.threads;
+  metrics.known = kThreadsKnown;
   const RuleMatch& match = matcher_.Find(metrics.name);
   process.rules = match.rules;
   process.opened = match.rules != nullptr && entry.pid != kIdleProcessId && entry.pid != kKernelProcessId &&
-                   sampler_->ReadCounters(entry, match.wanted, metrics);
+                   sampler_->ReadCounters(entry, match.wanted | alsoWanted_, metrics);
 }
 
 void MonitorCycle::EvaluateRules(const SampledProcess& process, IAlertSink& sink) {

@@ -26,15 +26,21 @@ class MonitorCycle {
   void Run(RuleSnapshot rules, ExclusionSnapshot exclusions, IAlertSink& sink, const std::function<bool()>& isStopped);
   /// Forgets all CPU history and all cooldowns.
   void ForgetHistory();
+  /// Lets every violation alert again.
+  void ForgetCooldowns() { cooldowns_.Clear(); }
+  /// From now on reads these WantedCounters of every process that a rule matches, whatever the rule asks for.
+  void AlsoRead(std::uint32_t wanted) { alsoWanted_ = wanted; }
 
   [[nodiscard]] const CpuUsage& Cpu() const { return cpu_; }
   [[nodiscard]] const CooldownTable& Cooldowns() const { return cooldowns_; }
   /// The last cycle's processes, in the order of the system's list.
   [[nodiscard]] const ProcessSample& Sample() const { return sample_; }
+  /// The list that the places in the sample belong to.
+  [[nodiscard]] const RuleList& Rules() const { return matcher_.Rules(); }
 
  private:
   [[nodiscard]] bool TakeList();
-  void Collect(const ProcessEntry& entry, SampledProcess& process);
+  void Collect(ProcessEntry& entry, SampledProcess& process);
   void EvaluateRules(const SampledProcess& process, IAlertSink& sink);
   void RaiseAlert(const ProcessMetrics& metrics, std::uint32_t ruleId, std::wstring violation, IAlertSink& sink);
   void PruneCooldowns(std::uint64_t nowMs);
@@ -47,4 +53,5 @@ class MonitorCycle {
   std::vector<ProcessEntry> entries_;
   ProcessSample sample_;
   std::vector<std::uint32_t> alivePids_;
+  std::uint32_t alsoWanted_ = 0;
 };

@@ -128,7 +128,8 @@ std::string_view FileName(std::string_view path) {
 
 void SetName(std::wstring& name, std::string_view bytes) {
   if (std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; })) {
-    name.assign(bytes.begin(), bytes.end());
+    name.resize(bytes.size());  // an assignment from narrow characters would go by way of another string
+    std::copy(bytes.begin(), bytes.end(), name.begin());
     return;
   }
   name.clear();
@@ -180,6 +181,7 @@ class LinuxProcessSampler final : public ProcessSampler {
     metrics.kernelTime = entry.kernelTime;
     metrics.userTime = entry.userTime;
     metrics.creationTime = entry.creationTime;
+    metrics.known |= kWorkingSetKnown | kTimesKnown;
     if ((wanted & kWantHandles) != 0) ReadHandles(entry.pid, metrics);
     if ((wanted & kWantPrivateBytes) != 0) ReadPrivateBytes(entry.pid, metrics);
     return true;
@@ -215,13 +217,16 @@ class LinuxProcessSampler final : public ProcessSampler {
     const ProcessPath path(pid, "/fd");
     struct stat folder = {};
     if (folderSizeTells_) {
-      if (::fstatat(::dirfd(proc_.get()), path, &folder, 0) == 0) metrics.handles = static_cast<std::uint32_t>(folder.st_size);
+      if (::fstatat(::dirfd(proc_.get()), path, &folder, 0) != 0) return;
+      metrics.handles = static_cast<std::uint32_t>(folder.st_size);
+      metrics.known |= kHandlesKnown;
       return;
     }
     const int descriptors = ::openat(::dirfd(proc_.get()), path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const UniqueFolder counted(descriptors >= 0 ? ::fdopendir(descriptors) : nullptr);
     if (counted == nullptr) return;
     metrics.handles = 0;
+    metrics.known |= kHandlesKnown;
     while (const dirent* entry = ::readdir(counted.get())) metrics.handles += entry->d_name[0] != '.' ? 1 : 0;
   }
 
@@ -230,7 +235,9 @@ class LinuxProcessSampler final : public ProcessSampler {
     GeneratedFile file;
     if (!noSwap_) {
       const std::string_view status = file.Read(::dirfd(proc_.get()), ProcessPath(pid, "/status"));
-      if (!status.empty()) metrics.privateBytes = (FindNumber(status, "RssAnon:") + FindNumber(status, "VmSwap:")) * kBytesPerKb;
+      if (status.empty()) return;
+      metrics.privateBytes = (FindNumber(status, "RssAnon:") + FindNumber(status, "VmSwap:")) * kBytesPerKb;
+      metrics.known |= kPrivateBytesKnown;
       return;
     }
     // "size resident shared ...", in pages: the same figure where nothing can be swapped out, for a fraction of the price.
@@ -238,6 +245,7 @@ class LinuxProcessSampler final : public ProcessSampler {
     const std::size_t resident = statm.find(' ');
     const std::size_t shared = statm.find(' ', resident + 1);
     if (resident == std::string_view::npos || shared == std::string_view::npos) return;
+    metrics.known |= kPrivateBytesKnown;
     const std::uint64_t residentPages = ParseNumber(statm.substr(resident + 1));
     metrics.privateBytes = (residentPages - std::min(residentPages, ParseNumber(statm.substr(shared + 1)))) * pageBytes_;
   }

@@ -21,6 +21,7 @@ void ReadMemory(HANDLE process, ProcessMetrics& metrics) {
   if (!::K32GetProcessMemoryInfo(process, reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof counters)) return;
   metrics.workingSet = counters.WorkingSetSize;
   metrics.privateBytes = counters.PrivateUsage;
+  metrics.known |= kWorkingSetKnown | kPrivateBytesKnown;
 }
 
 void ReadTimes(HANDLE process, ProcessMetrics& metrics) {
@@ -32,6 +33,7 @@ void ReadTimes(HANDLE process, ProcessMetrics& metrics) {
   metrics.creationTime = Join(creation);
   metrics.kernelTime = Join(kernel);
   metrics.userTime = Join(user);
+  metrics.known |= kTimesKnown;
 }
 
 class WindowsProcessSampler final : public ProcessSampler {
@@ -64,12 +66,16 @@ class WindowsProcessSampler final : public ProcessSampler {
     if (!fullAccess) process.reset(::OpenProcess(kLimitedAccess, FALSE, entry.pid));
     if (process == nullptr) return false;
     DWORD handles = 0;
-    if (::GetProcessHandleCount(process.get(), &handles)) metrics.handles = handles;
+    if (::GetProcessHandleCount(process.get(), &handles)) {
+      metrics.handles = handles;
+      metrics.known |= kHandlesKnown;
+    }
     ReadMemory(process.get(), metrics);
     ReadTimes(process.get(), metrics);
     if (fullAccess) {
       metrics.gdiObjects = ::GetGuiResources(process.get(), GR_GDIOBJECTS);
       metrics.userObjects = ::GetGuiResources(process.get(), GR_USEROBJECTS);
+      metrics.known |= kGuiObjectsKnown;
     }
     return true;
   }

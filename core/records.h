@@ -52,6 +52,16 @@ class RuleSource {
   [[nodiscard]] virtual RuleSnapshot Snapshot() const = 0;
 };
 
+/// Bits of ProcessMetrics::known.
+enum KnownFigures : std::uint32_t {
+  kHandlesKnown = 1,
+  kWorkingSetKnown = 2,
+  kPrivateBytesKnown = 4,
+  kTimesKnown = 8,
+  kThreadsKnown = 16,
+  kGuiObjectsKnown = 32,
+};
+
 /// One process in one sampling cycle. Everything but `pid`, `name` and `threads` stays zero when it cannot be read.
 struct ProcessMetrics {
   std::uint32_t pid = 0;
@@ -66,6 +76,7 @@ struct ProcessMetrics {
   std::uint64_t kernelTime = 0;    ///< 100 ns
   std::uint64_t userTime = 0;      ///< 100 ns
   std::uint64_t creationTime = 0;  ///< 100 ns since 1601-01-01 UTC; 0 when unknown
+  std::uint32_t known = 0;         ///< which figures could be read, as bits
 };
 
 /// A process of a cycle with what its collection found out about the rules.

@@ -14,7 +14,7 @@ bool WildcardMatch(const wchar_t* name, const wchar_t* pattern) {
     if (*pattern == L'*') {
       retryPattern = ++pattern;
       retryName = name;
-    } else if (*pattern == L'?' || ToLower(*pattern) == ToLower(*name)) {
+    } else if (*pattern == L'?' || *pattern == *name || ToLower(*pattern) == ToLower(*name)) {
       ++pattern;
       ++name;
     } else if (retryPattern == nullptr) {

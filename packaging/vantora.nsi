@@ -1,8 +1,9 @@
 ; The installer and uninstaller: for one user, without administrator rights. scripts/installer gives VERSION, PRODUCT_PAGE, PROGRAM (the
-; built exe), SIZE_KB, ROOT (the source tree) and OUTPUT.
+; built exe), CONSOLE (the built console companion), SIZE_KB, ROOT (the source tree) and OUTPUT.
 ;
 ; Silent with /S. The uninstaller keeps rules, alert log and settings unless /PURGE or its check box says otherwise. Exit codes: 0 done,
-; 1 cancelled, 2 failed: the running program did not end, or a file could not be replaced; what was installed before is then still there.
+; 1 cancelled, 2 failed: a file could not be replaced, 3 the running program did not end, 4 the logon task that starts the program as
+; administrator could not be removed. After 2, 3 and 4 what was installed before is still there.
 
 Unicode true
 Target amd64-unicode
@@ -21,7 +22,10 @@ RequestExecutionLevel user
 !define SYNCHRONIZE 0x100000
 !define ERROR_ACCESS_DENIED 5
 !define END_WAIT_MS 100
-!define END_WAITS 150 ; 15 s: the program may take 10 s to stop its monitor
+!define END_WAITS 200 ; 20 s: the program may take 10 s to stop its monitor
+!define EXIT_FAILED 2
+!define EXIT_STILL_RUNNING 3
+!define EXIT_TASK_STAYS 4
 
 Name "Vantora"
 OutFile "${OUTPUT}"
@@ -55,8 +59,8 @@ Var wasRunning
 Var purge
 Var purgeCheckBox
 
-; Leaves "1" in the register when the program runs, "0" otherwise: it holds a named event for as long as it lives. One that runs with
-; more rights than the installer has does not let it open the event.
+; Leaves "1" in the register when the program runs, "0" otherwise: it holds a named event for as long as it lives. An event that may not
+; be opened is one of a copy with more rights, which has a window here, or of another user, who is none of our business.
 !macro IsRunning RESULT
   System::Call 'kernel32::OpenEventW(i ${SYNCHRONIZE}, i 0, w "${RUNNING_EVENT}") p .R8 ?e'
   Pop ${RESULT}
@@ -64,7 +68,12 @@ Var purgeCheckBox
     System::Call 'kernel32::CloseHandle(p R8)'
     StrCpy ${RESULT} 1
   ${ElseIf} ${RESULT} == ${ERROR_ACCESS_DENIED}
-    StrCpy ${RESULT} 1
+    FindWindow $R8 "VANTORAW" "Vantora"
+    ${If} $R8 P<> 0
+      StrCpy ${RESULT} 1
+    ${Else}
+      StrCpy ${RESULT} 0
+    ${EndIf}
   ${Else}
     StrCpy ${RESULT} 0
   ${EndIf}
@@ -75,7 +84,7 @@ Var purgeCheckBox
   !insertmacro IsRunning ${RESULT}
   ${If} ${RESULT} == 1
     DetailPrint "Waiting for the running Vantora to end"
-    ExecWait '"${COPY}" -terminate'
+    Exec '"${COPY}" -terminate' ; not waited for: the program may hang
     StrCpy $R9 0
     ${Do}
       !insertmacro IsRunning ${RESULT}
@@ -91,8 +100,9 @@ Var purgeCheckBox
 
 ; Says why, leaves everything as it was and starts again what was running: an update that cannot be made must not cost the user the
 ; monitor.
-!macro GiveUp REASON
+!macro GiveUp EXIT_CODE REASON
   MessageBox MB_OK|MB_ICONSTOP "${REASON}" /SD IDOK
+  SetErrorLevel ${EXIT_CODE}
   Call GiveUp
 !macroend
 Function GiveUp
@@ -102,7 +112,6 @@ Function GiveUp
   ${AndIf} ${FileExists} "$INSTDIR\vantora.exe"
     Exec '"$INSTDIR\vantora.exe" /tray'
   ${EndIf}
-  SetErrorLevel 2
   Quit
 FunctionEnd
 
@@ -120,13 +129,13 @@ Section "Vantora"
   ClearErrors
   File "/oname=vantora.exe.new" "${PROGRAM}"
   ${If} ${Errors}
-    !insertmacro GiveUp "$INSTDIR cannot be written to."
+    !insertmacro GiveUp ${EXIT_FAILED} "$INSTDIR cannot be written to."
   ${EndIf}
   ; A copy under the name that its switches are known by, whatever is or is not installed.
   CopyFiles /SILENT "$INSTDIR\vantora.exe.new" "$PLUGINSDIR\vantora.exe"
   !insertmacro EndProgram "$PLUGINSDIR\vantora.exe" $R0
   ${If} $R0 == 0
-    !insertmacro GiveUp "Vantora is still running and cannot be replaced. Please exit it and run the installer again."
+    !insertmacro GiveUp ${EXIT_STILL_RUNNING} "Vantora is still running and cannot be replaced. Please exit it and run the installer again."
   ${EndIf}
 
   ClearErrors
@@ -135,9 +144,10 @@ Section "Vantora"
     Rename "$INSTDIR\vantora.exe.new" "$INSTDIR\vantora.exe"
   ${EndIf}
   ${If} ${Errors}
-    !insertmacro GiveUp "$INSTDIR\vantora.exe cannot be replaced. Please try again later."
+    !insertmacro GiveUp ${EXIT_FAILED} "$INSTDIR\vantora.exe cannot be replaced. Please try again later."
   ${EndIf}
   File "/oname=LICENSE.txt" "${ROOT}/LICENSE"
+  File "/oname=vantora-console.exe" "${CONSOLE}"
   WriteUninstaller "$INSTDIR\uninstall.exe"
   CreateShortcut "$SMPROGRAMS\Vantora.lnk" "$INSTDIR\vantora.exe"
 
@@ -195,21 +205,39 @@ Function un.PurgePageLeave
   ${NSD_GetState} $purgeCheckBox $purge
 FunctionEnd
 
+; The task starts whatever lies at the program's path, with all rights, at every logon: it must not outlive the program.
+Function un.RemoveAdminTask
+  ExecWait '"$INSTDIR\vantora.exe" --remove-admin-task' $R0
+  ${If} $R0 != 0
+  ${AndIfNot} ${Silent}
+    MessageBox MB_OK|MB_ICONINFORMATION "Vantora is set to start as administrator at logon. Only an administrator can remove the task that does this; Windows asks for permission next."
+    ExecShellWait "runas" "$INSTDIR\vantora.exe" "--remove-admin-task"
+    ExecWait '"$INSTDIR\vantora.exe" --remove-admin-task' $R0
+  ${EndIf}
+  ${If} $R0 != 0
+    MessageBox MB_OK|MB_ICONSTOP "The task that starts Vantora as administrator at logon could not be removed. Vantora stays installed." /SD IDOK
+    SetErrorLevel ${EXIT_TASK_STAYS}
+    Quit
+  ${EndIf}
+FunctionEnd
+
 Section "Uninstall"
+  ${If} ${FileExists} "$INSTDIR\vantora.exe"
+    Call un.RemoveAdminTask
+  ${EndIf}
   !insertmacro EndProgram "$INSTDIR\vantora.exe" $R0
   ${If} $R0 == 0
     MessageBox MB_OK|MB_ICONSTOP "Vantora is still running. Please exit it and uninstall it again." /SD IDOK
-    SetErrorLevel 2
+    SetErrorLevel ${EXIT_STILL_RUNNING}
     Quit
   ${EndIf}
 
-  ; Where the rights do not reach, the task stays and finds nothing to start.
-  ExecWait '"$INSTDIR\vantora.exe" --remove-admin-task'
   DeleteRegValue HKCU "${RUN_KEY}" "Vantora"
 
   Delete "$INSTDIR\vantora.exe"
   Delete "$INSTDIR\vantora.exe.new"
   Delete "$INSTDIR\LICENSE.txt"
+  Delete "$INSTDIR\vantora-console.exe"
   Delete "$INSTDIR\uninstall.exe"
   RMDir "$INSTDIR"
   Delete "$SMPROGRAMS\Vantora.lnk"

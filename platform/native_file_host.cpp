@@ -10,11 +10,7 @@
 
 namespace {
 
-std::string NarrowPath(const std::wstring& path) {
-  std::string narrow;
-  EncodeText(path, TextEncoding::kUtf8, narrow);
-  return narrow;
-}
+std::string NarrowPath(const std::wstring& path) { return EncodeUtf8(path); }
 
 int FlagsOf(NativeFile::Mode mode) {
   switch (mode) {

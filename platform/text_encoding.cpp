@@ -1,5 +1,7 @@
 #include "platform/text_encoding.h"
 
+#include <algorithm>
+
 #include <type_traits>
 
 namespace {
@@ -88,6 +90,30 @@ void EncodeText(std::wstring_view text, TextEncoding encoding, std::string& byte
     if (codePoint == U'\n') append(U'\r');
     append(codePoint);
   }
+}
+
+std::string EncodeUtf8(std::wstring_view text) {
+  std::string bytes;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.size(), text.find(L'\n'));
+    EncodeText(text.substr(0, end), TextEncoding::kUtf8, bytes);
+    if (end < text.size()) bytes += '\n';
+    text.remove_prefix(std::min(text.size(), end + 1));
+  }
+  return bytes;
+}
+
+std::wstring DecodeUtf8Text(std::string_view bytes) {
+  std::wstring text;
+  while (!bytes.empty()) {
+    const std::size_t end = std::min(bytes.size(), bytes.find('\r'));
+    TextDecoder decoder(TextEncoding::kUtf8);
+    decoder.Decode(bytes.substr(0, end), text);
+    decoder.Finish(text);
+    if (end < bytes.size()) text += L'\r';
+    bytes.remove_prefix(std::min(bytes.size(), end + 1));
+  }
+  return text;
 }
 
 bool IsValidText(std::wstring_view text) {

@@ -21,6 +21,10 @@ struct TextMark {
 /// Appends the text's bytes and every LF as CR LF; a lone surrogate becomes U+FFFD. No byte-order mark.
 void EncodeText(std::wstring_view text, TextEncoding encoding, std::string& bytes);
 
+/// The text in UTF-8 and back, line ends as they are: for what is no file's text.
+[[nodiscard]] std::string EncodeUtf8(std::wstring_view text);
+[[nodiscard]] std::wstring DecodeUtf8Text(std::string_view bytes);
+
 /// Whether the text comes back unchanged after EncodeText: false for a lone surrogate or what is no character at all.
 [[nodiscard]] bool IsValidText(std::wstring_view text);
 

@@ -130,16 +130,6 @@ void ScanLimits(TextScanner& scanner, ThresholdRule& rule) {
          number(rule.alertActions) && number(rule.cooldownSec));
 }
 
-bool ParseRow(std::wstring_view row, ThresholdRule& rule) {
-  TextScanner scanner(row);
-  if (!scanner.Unsigned(std::numeric_limits<std::uint32_t>::max(), rule.ruleId) || !scanner.Literal(L',') ||
-      !ScanPattern(scanner, rule.processPattern) || !scanner.Literal(L',') || !scanner.IsNonZero(rule.enabled)) {
-    return false;
-  }
-  ScanLimits(scanner, rule);
-  return true;
-}
-
 /// The line up to a NUL and without the CR or LF among its last two characters.
 std::wstring_view CutLineEnd(std::wstring_view line) {
   line = line.substr(0, line.find(L'\0'));
@@ -151,6 +141,18 @@ std::wstring_view CutLineEnd(std::wstring_view line) {
 }
 
 }  // namespace
+
+const wchar_t* ParseRulesCsvLine(std::wstring_view line, ThresholdRule& rule) {
+  TextScanner scanner(CutLineEnd(line));
+  if (!scanner.Unsigned(std::numeric_limits<std::uint32_t>::max(), rule.ruleId) || !scanner.Literal(L',')) {
+    return L"no rule number in front of the first comma";
+  }
+  if (!ScanPattern(scanner, rule.processPattern)) return L"no pattern, or one that cannot be kept";
+  if (!scanner.Literal(L',')) return L"the pattern has more than 255 characters, or no field follows it";
+  if (!scanner.IsNonZero(rule.enabled)) return L"the third field, enabled, is no number";
+  ScanLimits(scanner, rule);
+  return nullptr;
+}
 
 std::wstring FormatRulesCsv(const RuleList& rules) {
   std::wstring text = kHeader;
@@ -172,7 +174,7 @@ std::optional<RuleList> ParseRulesCsv(std::wstring_view text) {
   RuleList rules;
   while (lines.Next(line)) {
     ThresholdRule rule;
-    if (ParseRow(CutLineEnd(line), rule)) rules.push_back(std::move(rule));
+    if (ParseRulesCsvLine(line, rule) == nullptr) rules.push_back(std::move(rule));
   }
   return rules;
 }

@@ -25,6 +25,9 @@
 /// the text has not even a first line.
 [[nodiscard]] std::optional<RuleList> ParseRulesCsv(std::wstring_view text);
 
+/// One line's rule, as the whole file's reader takes it; a reason, for people, when the line is dropped.
+[[nodiscard]] const wchar_t* ParseRulesCsvLine(std::wstring_view line, ThresholdRule& rule);
+
 /// Whether a rule with this pattern comes back from the file, whatever its other values are. True for up to 255 characters of any
 /// kind.
 [[nodiscard]] bool FitsRulesCsv(std::wstring_view pattern);

@@ -161,19 +161,25 @@ std::wstring FormatRulesJson(const RuleList& rules) {
   return text;
 }
 
-std::optional<RuleList> ParseRulesJson(std::wstring_view text) {
+bool ForEachRuleObject(std::wstring_view text, const std::function<void(std::size_t position, const ThresholdRule* rule)>& take) {
   const std::size_t start = text.find(L"\"rules\"");
-  if (start == kNone) return std::nullopt;
-  RuleList rules;
+  if (start == kNone) return false;
   std::size_t opening = text.find(L'{', start);
   while (opening != kNone) {
     const std::size_t closing = text.find(L'}', opening);
     if (closing == kNone) break;
     ThresholdRule rule;
-    if (ParseRuleObject(text.substr(opening, closing + 1 - opening), rule)) {
-      rules.push_back(std::move(rule));
-    }
+    take(opening, ParseRuleObject(text.substr(opening, closing + 1 - opening), rule) ? &rule : nullptr);
     opening = text.find(L'{', closing + 1);
   }
+  return true;
+}
+
+std::optional<RuleList> ParseRulesJson(std::wstring_view text) {
+  RuleList rules;
+  const bool hasRules = ForEachRuleObject(text, [&rules](std::size_t, const ThresholdRule* rule) {
+    if (rule != nullptr) rules.push_back(*rule);
+  });
+  if (!hasRules) return std::nullopt;
   return rules;
 }

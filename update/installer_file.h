@@ -18,8 +18,8 @@ class InstallerFile {
 
   explicit InstallerFile(std::wstring path) : path_(std::move(path)) {}
 
-  /// Creates the file with these bytes and holds it. `protect`: only programs as privileged as this one may change it. `write` is
-  /// WriteFile but in tests.
+  /// Creates the file with these bytes and holds it. `protect`: only programs as privileged as this one may change it, and none
+  /// may be there yet. `write` is WriteFile but in tests.
   [[nodiscard]] InstallerFileResult Create(std::string_view bytes, bool protect, WriteCall write);
   [[nodiscard]] const std::wstring& Path() const { return path_; }
   /// Lets go of the file and deletes it.
@@ -30,4 +30,5 @@ class InstallerFile {
 
   std::wstring path_;
   UniqueHandle held_;
+  bool protected_ = false;
 };

@@ -20,10 +20,11 @@ bool WriteInOneCall(HANDLE file, std::string_view bytes, InstallerFile::WriteCal
 
 InstallerFileResult InstallerFile::Create(std::string_view bytes, bool protect, WriteCall write) {
   const DWORD labelAccess = protect ? kLabelAccess : 0;
-  UniqueHandle created = OwnFileHandle(
-      ::CreateFileW(path_.c_str(), GENERIC_WRITE | labelAccess, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+  UniqueHandle created = OwnFileHandle(::CreateFileW(path_.c_str(), GENERIC_WRITE | labelAccess, 0, nullptr,
+                                                     protect ? CREATE_NEW : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
   if (created == nullptr) return InstallerFileResult::kCannotCreate;
-  if (protect && !LabelHighIntegrity(created.get())) return InstallerFileResult::kCannotCreate;
+  if (protect && !LabelIntegrity(created.get(), Integrity::kHigh)) return InstallerFileResult::kCannotCreate;
+  protected_ = protect;
   if (!WriteInOneCall(created.get(), bytes, write)) return InstallerFileResult::kCannotWrite;
   created.reset();
   // Between the two handles the file is anybody's, so what is held now is compared with what was downloaded. A handle that can
@@ -49,5 +50,10 @@ bool InstallerFile::HoldsExactly(std::string_view bytes) const {
 
 void InstallerFile::Discard() {
   held_.reset();
-  ::DeleteFileW(path_.c_str());
+  if (::DeleteFileW(path_.c_str()) || !protected_) return;
+  // Somebody holds it open. An ordinary program must be able to write over it later.
+  const UniqueHandle left =
+      OwnFileHandle(::CreateFileW(path_.c_str(), kLabelAccess, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                  OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  if (left != nullptr) LabelIntegrity(left.get(), Integrity::kMedium);
 }

@@ -25,6 +25,22 @@ bool ListEntries(const std::wstring& folder, std::vector<Entry>& entries) {
   return ::GetLastError() == ERROR_NO_MORE_FILES;
 }
 
+/// Deletes a file, an empty folder, or a link itself, whatever the path has become since it was listed. `makeWritable`: a
+/// read-only one too; not for files of strangers, which may be files of the system by another name.
+void Delete(const std::wstring& path, bool makeWritable) {
+  constexpr DWORD kAccess = DELETE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES;
+  constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const UniqueHandle entry = OwnFileHandle(::CreateFileW(path.c_str(), kAccess, kShare, nullptr, OPEN_EXISTING,
+                                                         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  if (makeWritable) {
+    FILE_BASIC_INFO writable{};
+    writable.FileAttributes = FILE_ATTRIBUTE_NORMAL;  // the times stay as they are
+    ::SetFileInformationByHandle(entry.get(), FileBasicInfo, &writable, sizeof writable);
+  }
+  FILE_DISPOSITION_INFO gone{TRUE};
+  ::SetFileInformationByHandle(entry.get(), FileDispositionInfo, &gone, sizeof gone);
+}
+
 bool IsPlainFolder(const std::wstring& path) {
   const DWORD attributes = ::GetFileAttributesW(path.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) return false;
@@ -32,6 +48,10 @@ bool IsPlainFolder(const std::wstring& path) {
 }
 
 }  // namespace
+
+InstallerFolder::~InstallerFolder() {
+  if (protected_) LabelIntegrity(folder_.get(), Integrity::kMedium);
+}
 
 bool InstallerFolder::Hold(const std::wstring& path, bool protect) {
   const DWORD access = FILE_LIST_DIRECTORY | FILE_READ_ATTRIBUTES | (protect ? kLabelAccess : 0);
@@ -43,10 +63,11 @@ bool InstallerFolder::Hold(const std::wstring& path, bool protect) {
     DebugLog(L"ERROR: not a plain folder: %ls", path.c_str());
     return false;
   }
-  if (protect && !LabelHighIntegrity(folder.get())) {
+  if (protect && !LabelIntegrity(folder.get(), Integrity::kHigh)) {
     DebugLog(L"ERROR: cannot protect %ls", path.c_str());
     return false;
   }
+  protected_ = protect;
   path_ = path;
   folder_ = std::move(folder);
   return true;
@@ -57,17 +78,12 @@ void InstallerFolder::Empty() const {
   ListEntries(path_, entries);
   for (const Entry& entry : entries) {
     const std::wstring path = path_ + L"\\" + entry.name;
-    if ((entry.attributes & FILE_ATTRIBUTE_READONLY) != 0) ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-    if ((entry.attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-      ::DeleteFileW(path.c_str());
-      continue;
-    }
-    {
+    if ((entry.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 && !protected_) {
       // Held while it is emptied, as this folder is: it cannot turn into a link to somewhere else meanwhile.
       InstallerFolder inner;
       if (inner.Hold(path, false)) inner.Empty();
     }
-    ::RemoveDirectoryW(path.c_str());
+    Delete(path, !protected_ && (entry.attributes & FILE_ATTRIBUTE_READONLY) != 0);
   }
 }
 

@@ -11,4 +11,5 @@ struct LaunchResult {
 
 /// Starts the file, named by its full path, to install silently. Its working folder is the system's, from which nobody else's
 /// libraries are loaded.
-[[nodiscard]] LaunchResult LaunchInstaller(const std::wstring& path);
+/// `elevated`: not by way of what the user has registered for programs.
+[[nodiscard]] LaunchResult LaunchInstaller(const std::wstring& path, bool elevated);

@@ -5,10 +5,18 @@
 #include "platform/handles.h"
 #include "update/installer_start.h"
 
-LaunchResult LaunchInstaller(const std::wstring& path) {
-  wchar_t systemFolder[MAX_PATH] = {};
-  ::GetSystemDirectoryW(systemFolder, MAX_PATH);
+namespace {
 
+// The system's folder: nobody else's libraries are loaded from there.
+std::wstring SystemFolder() {
+  wchar_t folder[MAX_PATH] = {};
+  ::GetSystemDirectoryW(folder, MAX_PATH);
+  return folder;
+}
+
+/// As a double click would, by what the user has registered for programs.
+LaunchResult LaunchByShell(const std::wstring& path) {
+  const std::wstring folder = SystemFolder();
   SHELLEXECUTEINFOW request{};
   request.cbSize = sizeof request;
   // The calling thread may end at once and has no message loop, so the call is to be complete when it returns; a failure is
@@ -17,7 +25,7 @@ LaunchResult LaunchInstaller(const std::wstring& path) {
   request.lpVerb = L"open";
   request.lpFile = path.c_str();
   request.lpParameters = L"/S";
-  request.lpDirectory = systemFolder;
+  request.lpDirectory = folder.c_str();
   request.nShow = SW_SHOWNORMAL;
 
   LaunchResult result;
@@ -25,4 +33,23 @@ LaunchResult LaunchInstaller(const std::wstring& path) {
   const UniqueHandle process(request.hProcess);
   result.hasProcess = process != nullptr;
   return result;
+}
+
+/// The file itself: the user's registrations, which any program of the user can write, have no say.
+LaunchResult LaunchDirectly(const std::wstring& path) {
+  std::wstring commandLine = L"\"" + path + L"\" /S";
+  STARTUPINFOW startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION started{};
+  const bool launched = ::CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                         SystemFolder().c_str(), &startup, &started) != FALSE;
+  const UniqueHandle process(started.hProcess);
+  const UniqueHandle thread(started.hThread);
+  return {launched, launched};
+}
+
+}  // namespace
+
+LaunchResult LaunchInstaller(const std::wstring& path, bool elevated) {
+  return elevated ? LaunchDirectly(path) : LaunchByShell(path);
 }

@@ -9,14 +9,16 @@ namespace {
 
 using UniqueLocal = Unique<HLOCAL, ::LocalFree>;
 
-// A mandatory label (ML) that files and folders inherit (OICI): no write-up (NW), high integrity (HI).
+// Mandatory labels (ML) that files and folders inherit (OICI): no write-up (NW), high (HI) and medium (ME) integrity.
 constexpr wchar_t kHighNoWriteUp[] = L"S:(ML;OICI;NW;;;HI)";
+constexpr wchar_t kMediumNoWriteUp[] = L"S:(ML;OICI;NW;;;ME)";
 
 }  // namespace
 
-bool LabelHighIntegrity(HANDLE fileOrFolder) {
+bool LabelIntegrity(HANDLE fileOrFolder, Integrity integrity) {
+  const wchar_t* const text = integrity == Integrity::kHigh ? kHighNoWriteUp : kMediumNoWriteUp;
   PSECURITY_DESCRIPTOR made = nullptr;
-  if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(kHighNoWriteUp, SDDL_REVISION_1, &made, nullptr)) return false;
+  if (!::ConvertStringSecurityDescriptorToSecurityDescriptorW(text, SDDL_REVISION_1, &made, nullptr)) return false;
   const UniqueLocal descriptor(made);
   BOOL present = FALSE;
   BOOL defaulted = FALSE;

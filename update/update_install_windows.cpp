@@ -74,7 +74,11 @@ bool InstallFrom(const InstallationSteps& steps, const std::wstring& folderPath,
     launched = false;
   }
   launched = launched && Launch(steps, file.Path());
-  if (!launched) file.Discard();
+  if (launched) {
+    folder.KeepProtected();
+  } else {
+    file.Discard();
+  }
   return launched;
 }
 
@@ -86,7 +90,8 @@ bool DownloadWithSystem(const std::wstring& url, std::string& body) {
 }  // namespace
 
 InstallationSteps SystemInstallationSteps() {
-  return {DownloadWithSystem, ::WriteFile, VerifyInstallerSignature, LaunchInstaller, IsProcessElevated};
+  return {DownloadWithSystem, ::WriteFile, VerifyInstallerSignature,
+          [](const std::wstring& path) { return LaunchInstaller(path, IsProcessElevated()); }, IsProcessElevated};
 }
 
 std::wstring InstallerFolderPath() {

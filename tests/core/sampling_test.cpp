@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/limited_memory.h"
 #include "tests/support/monitor_doubles.h"
 
 namespace {
@@ -79,6 +80,16 @@ TEST(Sampling, OpensOnlyWhatARuleCanApplyToAndReadsWhatItMay) {
     }
     EXPECT_EQ(table.Opened(), expectedOpened);
   }
+
+  // Once the machine is known, nothing is allocated; names are longer than a string keeps in place.
+  for (int name = 0; name < 20; ++name)
+    table.Put(Busy(static_cast<std::uint32_t>(100 + name), L"app with quite a long name.exe"));
+  const std::function<bool()> goOn = [] { return false; };
+  const auto quiet = std::make_shared<const RuleList>(1, ThreadRule(1, 1000));
+  for (int warm = 0; warm < 3; ++warm) cycle.Run(quiet, exclusions, sink, goOn);
+  const std::uint64_t before = allocationsMade;
+  cycle.Run(quiet, exclusions, sink, goOn);
+  EXPECT_EQ(allocationsMade, before);
 
   const DiagnosticLines lines;
   table.FailLists(24);

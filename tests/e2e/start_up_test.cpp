@@ -97,6 +97,23 @@ TEST_F(StartUp, OfManyStartsAtOnceOneRuns) {
   EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
 }
 
+TEST_F(StartUp, LibrariesBesideTheProgramAreNotLoaded) {
+  const std::wstring folder = profile_.DataFolder() + L"\\downloads";
+  WriteFileBytes(profile_.DataFolder() + L"\\readme.txt", "");
+  ::CreateDirectoryW(folder.c_str(), nullptr);
+  const std::wstring copy = folder + L"\\vantora.exe";
+  ASSERT_TRUE(::CopyFileW(ProgramPath().c_str(), copy.c_str(), FALSE));
+  for (const wchar_t* library : {L"dwmapi", L"secur32", L"uxtheme", L"wininet", L"winmm", L"wintrust", L"version"}) {
+    const std::wstring planted = folder + L"\\" + library + L".dll";
+    ASSERT_TRUE(::CopyFileW(FullPath(VANTORA_PLANTED_LIBRARY).c_str(), planted.c_str(), FALSE));
+  }
+  profile_.Set(L"UpdateChecksDisabled", 0);
+  const RunningProgram program(L"", copy);
+  EXPECT_NE(program.WaitForMainWindow(), nullptr);
+  EXPECT_TRUE(debug_.WaitFor(program.Id(), "ERROR checking update")) << "the internet functions have been looked for, too";
+  EXPECT_TRUE(program.End());
+}
+
 TEST_F(StartUp, JobsSayByTheirExitCodeWhetherThingsAreAsWantedAndDoNothingElse) {
   EXPECT_EQ(RunToEnd(L"-terminate -tray --install-admin-task"), 0u);
   // Wine's Task Scheduler has no logon trigger, so the task cannot be created here, only one of the test's own making.

@@ -86,7 +86,10 @@ class Installer : public EndToEndTest {
     const auto size = Entry(L"EstimatedSize");
     ASSERT_TRUE(size && size->bytes.size() == 4);
     const auto sizeKb = *reinterpret_cast<const DWORD*>(size->bytes.data());
-    EXPECT_NEAR(sizeKb, static_cast<DWORD>((ReadWholeFile(program_)->size() + ReadWholeFile(uninstaller_)->size()) / 1024), 100);
+    std::size_t bytes = 0;
+    for (const std::wstring& file : {program_, uninstaller_, folder_ + L"\\vantora-console.exe"})
+      bytes += ReadWholeFile(file)->size();
+    EXPECT_NEAR(sizeKb, static_cast<DWORD>(bytes / 1024), 100);
   }
 
   const std::wstring folder_ = ShellFolder(CSIDL_LOCAL_APPDATA) + L"\\Programs\\Vantora";
@@ -101,7 +104,7 @@ TEST_F(Installer, UpgradesOverTheRunningProgramOnceThatHasEndedAndStartsItAgain)
   {
     // An instance that nothing ends, as one with more rights would be.
     const UniqueHandle running(::CreateEventW(nullptr, FALSE, FALSE, kRunningEvent));
-    EXPECT_EQ(Install(VANTORA_SETUP), 2u);
+    EXPECT_EQ(Install(VANTORA_SETUP), 3u);
   }
   ExpectVersion(L"0.0.2.6");
   EXPECT_EQ(ReadWholeFile(program_), ReadWholeFile(ProgramPath())) << "left whole";
@@ -136,6 +139,15 @@ TEST_F(Installer, InstallsForTheUserAndUninstallsAllButWhatIsTheUsersOwn) {
     EXPECT_NE(profile_.Get(kSettings, L"PollIntervalSec").has_value(), purge);
     EXPECT_TRUE(PathExists(profile_.DataFolder() + L"\\my notes.txt")) << "not the program's to delete";
   }
+}
+
+TEST_F(Installer, DoesNotUninstallWhatALogonTaskWouldStillStart) {
+  ASSERT_EQ(Install(VANTORA_SETUP), 0u);
+  // A program that answers every switch with a failure stands for the installed one, which may do here what it likes.
+  ASSERT_TRUE(::CopyFileW(L"C:\\windows\\system32\\reg.exe", program_.c_str(), FALSE));
+  EXPECT_EQ(RunningProgram(L"/S _?=" + folder_, uninstaller_).WaitForExit(kGiveUpMs), 4u);
+  EXPECT_TRUE(PathExists(program_));
+  ASSERT_EQ(Install(VANTORA_SETUP), 0u);
 }
 
 TEST_F(Installer, TheProgramsOwnUpdateRunsItWholeByTheBalloonOrByTheQuestion) {

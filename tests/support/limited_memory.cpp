@@ -8,6 +8,7 @@ void* operator new(std::size_t bytes) {
   if (allocationsLeft == 0) allocationsLeft = SIZE_MAX;  // one failure: what cleans up after it finds memory again
   if (allocationsLeft != SIZE_MAX) --allocationsLeft;
   memoryRanOut = memoryRanOut || fails;
+  ++allocationsMade;
   void* memory = fails ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;

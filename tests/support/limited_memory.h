@@ -9,6 +9,7 @@
 inline thread_local std::size_t largestAllocation = SIZE_MAX;
 inline thread_local std::size_t allocationsLeft = SIZE_MAX;
 inline thread_local bool memoryRanOut = false;
+inline thread_local std::uint64_t allocationsMade = 0;
 
 /// While this lives, allocations of more than the limit fail on its thread, and the one after so many that succeeded.
 struct LimitedMemory {

@@ -2,7 +2,7 @@
 
 #include "platform/text_file.h"
 #include "tests/support/program_window_fixture.h"
-#include "ui/rules/rule_presets.h"
+#include "storage/rule_presets.h"
 
 namespace {
 
@@ -100,7 +100,7 @@ TEST_F(ProgramWindowTest, EveryPresetOfTheRealMenuAddsItsRules) {
   Open();
   RuleStore expected([] { return std::wstring(); });
   for (int position = 0; position < static_cast<int>(kLabels.size()); ++position) {
-    AddPresetRules(expected, RulePresets()[static_cast<std::size_t>(position)].menuId);
+    AddPresetRules(expected, RulePresets()[static_cast<std::size_t>(position)]);
     // The first time as the button, then as the menu item that stands for it.
     PostCommand(Window(), position == 0 ? IDC_PRESETS : IDM_PRESETS);
     EXPECT_EQ(MenuTexts(WaitForPopup()), kLabels);

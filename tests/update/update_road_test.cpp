@@ -196,13 +196,20 @@ TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilentlyAndNobo
     attack();
     return launch(path);
   };
+  // Elevated, somebody else's folder is not entered, so the update is refused; the protection is taken back.
+  steps.isElevated = [] { return true; };
+  EXPECT_FALSE(DownloadAndInstallUpdate(steps, true));
+  EXPECT_TRUE(e2e::PathExists(server_.File() + L".local\\comctl32.dll"));
+  EXPECT_EQ(std::exchange(refused, 0), 1);
+  steps.isElevated = [] { return false; };
+  const std::size_t before = TestServer::Requests().size();
   const DiagnosticLines lines;
   ASSERT_TRUE(DownloadAndInstallUpdate(steps, true));
   EXPECT_EQ(refused, 2);
   EXPECT_EQ(server_.LaunchRecord(), server_.ProperLaunch());
   EXPECT_TRUE(lines.Has(L"Download save path: " + server_.File()));
   EXPECT_TRUE(lines.Has(L"Launching installer: " + server_.File()));
-  EXPECT_EQ(TestServer::Requests(), "/files/beta/vantorasetup.exe Vantora\n");
+  EXPECT_EQ(TestServer::Requests().substr(before), "/files/beta/vantorasetup.exe Vantora\n");
   EXPECT_TRUE(TakeUpdateFinished());
   EXPECT_FALSE(TakeUpdateFinished());
   // The installer itself may take a moment more to end.

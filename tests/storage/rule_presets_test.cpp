@@ -1,4 +1,4 @@
-#include "ui/rules/rule_presets.h"
+#include "storage/rule_presets.h"
 
 #include <gtest/gtest.h>
 
@@ -22,8 +22,8 @@ TEST(RulePresets, EveryEntryAddsItsRulesAtTheEndWithIdsOfTheirOwn) {
   };
   // Rules that nobody keeps: the file cannot be made, which a change survives.
   RuleStore rules([] { return std::wstring(L"missing-folder/rules.csv"); });
-  for (const RulePreset& preset : RulePresets()) EXPECT_TRUE(AddPresetRules(rules, preset.menuId));
-  EXPECT_TRUE(AddPresetRules(rules, RulePresets()[1].menuId));
+  for (const RulePreset& preset : RulePresets()) AddPresetRules(rules, preset);
+  AddPresetRules(rules, RulePresets()[1]);
   EXPECT_EQ(*rules.Snapshot(), kExpected);
 }
 
