@@ -4,6 +4,8 @@
 
 #include <limits>
 
+#include "core/printable_text.h"
+
 namespace {
 
 constexpr std::uint64_t kMb = kBytesPerMb;
@@ -29,6 +31,11 @@ TEST(ViolationText, CeilingsWithoutLimitNeverFire) {
   for (const double cpu : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN()}) {
     EXPECT_EQ(ViolationText({1, L"*", true, 0, 0, 0, cpu}, everything), L"") << cpu;
   }
+}
+
+TEST(PrintableText, LeavesNothingThatForgesLinesOrSteersATerminal) {
+  EXPECT_EQ(PrintableText(L"\x1B[2Ja\n\x7F\x9B\u061C\u200E\u2028\u202E\u2066.exe"), L"?[2Ja????????.exe");
+  EXPECT_EQ(PrintableText(L"\xC4 \u20AC\u2065"), L"\xC4 \u20AC\u2065");
 }
 
 }  // namespace

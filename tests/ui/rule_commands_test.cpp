@@ -1,8 +1,8 @@
 // The commands that bring rules in and out: import, export and presets.
 
 #include "platform/text_file.h"
-#include "tests/support/program_window_fixture.h"
 #include "storage/rule_presets.h"
+#include "tests/support/program_window_fixture.h"
 
 namespace {
 

@@ -36,6 +36,7 @@ class AlertLogDialog final : public Dialog {
  private:
   bool OnInitDialog() override;
   bool OnCommand(WORD id, WORD notification) override;
+  std::optional<INT_PTR> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
 
   void FillList(HWND list);
   void OnExport();
@@ -57,7 +58,9 @@ bool AlertLogDialog::OnInitDialog() {
     ApplyDarkModeToListView(list);
     if (DarkModeOn()) ShowItem(IDC_ALERT_LOG_GRIP, false);
   }
+  FillWithLastColumn(list, AlertLogColumns());
   StartLayout(kAnchors, 0, false);
+  FitWorkArea();
   ::BringWindowToTop(Window());
   ::SetForegroundWindow(Window());
   return true;
@@ -71,6 +74,13 @@ void AlertLogDialog::FillList(HWND list) {
   ::SendMessageW(list, LVM_SETITEMCOUNT, alerts.size(), 0);
   int row = 0;
   for (const AlertRecord& alert : alerts) InsertAlertRow(list, row++, alert);
+  // The newest are what one opens the log for.
+  if (row > 0) ::SendMessageW(list, LVM_ENSUREVISIBLE, static_cast<WPARAM>(row - 1), FALSE);
+}
+
+std::optional<INT_PTR> AlertLogDialog::OnMessage(UINT message, WPARAM, LPARAM) {
+  if (message == WM_SIZE) FillWithLastColumn(Item(IDC_ALERT_LIST), AlertLogColumns());
+  return std::nullopt;
 }
 
 bool AlertLogDialog::OnCommand(WORD id, WORD notification) {

@@ -17,6 +17,11 @@ void RecentAlertsPage::OnInitDialog(HWND dialog) {
   if (list_ == nullptr) return;
   InsertListColumns(list_, RecentAlertsColumns());
   rows_.OnViewOpened();
+  FitColumns();
+}
+
+void RecentAlertsPage::FitColumns() {
+  if (list_ != nullptr) FillWithLastColumn(list_, RecentAlertsColumns());
 }
 
 void RecentAlertsPage::Refresh() {
@@ -37,9 +42,17 @@ void RecentAlertsPage::ShowContextMenu() {
 }
 
 void RecentAlertsPage::ShowContextMenuByKeyboard() {
-  POINT corner{};
-  ::ClientToScreen(list_, &corner);
-  ShowContextMenuAt(corner);
+  // Below the row that the keyboard is at, as in other lists; at the list's corner when there is none.
+  RECT row{};
+  row.left = LVIR_LABEL;
+  const auto focused = ::SendMessageW(list_, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), MAKELPARAM(LVNI_SELECTED, 0));
+  POINT place{};
+  if (focused >= 0 &&
+      ::SendMessageW(list_, LVM_GETITEMRECT, static_cast<WPARAM>(focused), reinterpret_cast<LPARAM>(&row)) != FALSE) {
+    place = {row.left, row.bottom};
+  }
+  ::ClientToScreen(list_, &place);
+  ShowContextMenuAt(place);
 }
 
 void RecentAlertsPage::ShowContextMenuAt(POINT screen) {

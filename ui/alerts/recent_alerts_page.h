@@ -12,6 +12,8 @@ class RecentAlertsPage {
 
   /// Columns; the first Refresh then shows what there is.
   void OnInitDialog(HWND dialog);
+  /// The list has another size: its last column takes the room there is.
+  void FitColumns();
   /// Brings the rows up to date with one repaint. Cheap when nothing has changed.
   void Refresh();
   /// At the mouse pointer, or, asked for by the keyboard, in the list's corner; the choice arrives as the dialog's WM_COMMAND.

@@ -65,6 +65,13 @@ LRESULT CALLBACK DarkListViewSubclassProc(HWND list, UINT message, WPARAM wParam
       if (isDraw && OnHeaderDraw(*reinterpret_cast<const NMCUSTOMDRAW*>(lParam), *headerText, result)) return result;
       break;
     }
+    case WM_CTLCOLOREDIT:
+      // The box over a cell is the list's child.
+      if (!DarkModeOn()) break;
+      ::SetTextColor(reinterpret_cast<HDC>(wParam), kDarkText);
+      ::SetBkColor(reinterpret_cast<HDC>(wParam), kDarkBackground);
+      ::SetDCBrushColor(reinterpret_cast<HDC>(wParam), kDarkBackground);
+      return reinterpret_cast<LRESULT>(::GetStockObject(DC_BRUSH));
     case WM_THEMECHANGED:
       OnThemeChanged(list, *headerText, wParam, lParam);
       break;

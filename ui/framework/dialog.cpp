@@ -1,5 +1,7 @@
 #include "ui/framework/dialog.h"
 
+#include <algorithm>
+
 #include "platform/out_of_memory.h"
 #include "ui/framework/resources.h"
 
@@ -134,6 +136,22 @@ INT_PTR Dialog::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
       break;
   }
   return OnMessage(message, wParam, lParam).value_or(FALSE);
+}
+
+void Dialog::FitWorkArea() {
+  RECT frame{};
+  MONITORINFO monitor{};
+  monitor.cbSize = sizeof monitor;
+  if (!::GetWindowRect(window_, &frame) || !::GetMonitorInfoW(::MonitorFromWindow(window_, MONITOR_DEFAULTTONEAREST), &monitor))
+    return;
+  const RECT& work = monitor.rcWork;
+  const int width = std::min(frame.right - frame.left, work.right - work.left);
+  const int height = std::min(frame.bottom - frame.top, work.bottom - work.top);
+  if (width == frame.right - frame.left && height == frame.bottom - frame.top) return;
+  minTrack_ = {std::min<LONG>(minTrack_.cx, width), std::min<LONG>(minTrack_.cy, height)};
+  const int x = std::clamp<int>(frame.left, work.left, work.right - width);
+  const int y = std::clamp<int>(frame.top, work.top, work.bottom - height);
+  ::SetWindowPos(window_, nullptr, x, y, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void Dialog::OnSize(WPARAM kind) {

@@ -91,6 +91,9 @@ class Dialog {
   /// From now on resizing moves the controls by the table and the window cannot become smaller than it is, `extraMinHeightPx`
   /// added. `eraseOnResize`: whether the invalidation after a resize erases.
   void StartLayout(std::span<const AnchorRow> rows, int extraMinHeightPx, bool eraseOnResize);
+  /// Shrinks a resizable window that is larger than its monitor's work area to it, at its opening, after StartLayout; what fits
+  /// stays as it is.
+  void FitWorkArea();
 
  private:
   static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;

@@ -11,13 +11,34 @@ namespace {
 
 struct Chooser {
   BOOL(WINAPI* show)(OPENFILENAMEW* request);
+  const wchar_t* title;
   const wchar_t* filter;
   const wchar_t* defaultExtension;
   DWORD flags;
+  std::wstring (*startFolder)();  ///< where to start without a path; empty: the system's choice
 };
 
-const Chooser kLogChooser = {::GetSaveFileNameW, L"*.log\0*.log\0*.*\0*.*\0", L"log", OFN_PATHMUSTEXIST};
-const Chooser kSoundChooser = {::GetOpenFileNameW, L"*.wav\0*.wav\0", L"wav", OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST};
+/// The system's own sounds.
+std::wstring MediaFolder() {
+  wchar_t folder[MAX_PATH] = {};
+  const UINT length = ::GetWindowsDirectoryW(folder, MAX_PATH);
+  return std::wstring(folder, length) + L"\\Media";
+}
+
+std::wstring NoFolder() { return {}; }
+
+const Chooser kLogChooser = {::GetSaveFileNameW,
+                             L"Choose the alert log",
+                             L"Alert log (*.log)\0*.log\0All files\0*.*\0",
+                             L"log",
+                             OFN_PATHMUSTEXIST,
+                             NoFolder};
+const Chooser kSoundChooser = {::GetOpenFileNameW,
+                               L"Choose the alert sound",
+                               L"Sounds (*.wav)\0*.wav\0All files\0*.*\0",
+                               L"wav",
+                               OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST,
+                               MediaFolder};
 
 bool Choose(const Chooser& chooser, HWND owner, std::wstring& path) {
   wchar_t buffer[kMaxPathChars + 1] = {};
@@ -29,6 +50,10 @@ bool Choose(const Chooser& chooser, HWND owner, std::wstring& path) {
   request.lpstrFile = buffer;
   request.nMaxFile = static_cast<DWORD>(std::size(buffer));
   request.lpstrDefExt = chooser.defaultExtension;
+  request.lpstrTitle = chooser.title;
+  // A path in the field says by itself where to start.
+  const std::wstring folder = path.empty() ? chooser.startFolder() : std::wstring();
+  if (!folder.empty()) request.lpstrInitialDir = folder.c_str();
   // Without the last flag, choosing a file would move the whole program's current directory.
   request.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_ENABLESIZING | chooser.flags | OFN_NOCHANGEDIR;
   if (!chooser.show(&request)) {

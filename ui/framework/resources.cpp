@@ -82,6 +82,19 @@ void InsertListColumns(HWND list, std::span<const ListColumn> columns) {
   }
 }
 
+void FillWithLastColumn(HWND list, std::span<const ListColumn> columns) {
+  RECT client{};
+  ::GetClientRect(list, &client);
+  int left = 0;
+  for (std::size_t column = 0; column + 1 < columns.size(); ++column) {
+    left += static_cast<int>(::SendMessageW(list, LVM_GETCOLUMNWIDTH, column, 0));
+  }
+  constexpr DWORD kTips = LVS_EX_INFOTIP | LVS_EX_LABELTIP;
+  ::SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, kTips, kTips);
+  const int width = std::max<int>(ScaleForDpi(columns.back().widthPx), client.right - left);
+  ::SendMessageW(list, LVM_SETCOLUMNWIDTH, columns.size() - 1, MAKELPARAM(width, 0));
+}
+
 void SetListCell(HWND list, int row, int column, const std::wstring& text) {
   LVITEMW item{};
   item.iSubItem = column;

@@ -26,4 +26,7 @@ void SetDialogIcons(HWND window);
 
 /// Full-row select and the columns of the table, widths scaled by the DPI.
 void InsertListColumns(HWND list, std::span<const ListColumn> columns);
+/// Widens the last column to the list's right edge, never below the width of its row of the table; what is cut even so has a
+/// tooltip.
+void FillWithLastColumn(HWND list, std::span<const ListColumn> columns);
 void SetListCell(HWND list, int row, int column, const std::wstring& text);

@@ -87,6 +87,7 @@ bool MainDialog::OnInitDialog() {
   StartLayout(kAnchors, ::GetMenu(Window()) != nullptr ? ::GetSystemMetrics(SM_CYMENU) : 0, true);
   // After the anchors are known: the size that comes back lays the controls out.
   RestorePlacement();
+  FitWorkArea();
   versionLink_.OnInitDialog(Window());
   shortcuts_.Install(Window());
   ::BringWindowToTop(Window());
@@ -181,6 +182,9 @@ void MainDialog::OnTimer(UINT_PTR timerId) {
 
 std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
+    case WM_SIZE:
+      recentAlerts_.FitColumns();
+      return std::nullopt;
     case WM_DRAWITEM:
       return tabs_.OnDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
     case WM_CTLCOLORSTATIC:

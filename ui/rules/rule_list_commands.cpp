@@ -46,8 +46,9 @@ void RuleListCommands::OnAdd() {
   // The id is used up even when the user cancels.
   ThresholdRule rule = MakeNewRule(program_.rules.TakeRuleId());
   if (!RunRuleEditor(program_.instance, dialog_, rule)) return;
+  const std::size_t before = program_.rules.Snapshot()->size();
   program_.rules.Append({rule});
-  Refresh();
+  list_.RefreshAdded(before);
 }
 
 void RuleListCommands::OnEdit() {
@@ -77,11 +78,13 @@ bool RuleListCommands::ConfirmRemove(std::size_t count) const {
 }
 
 void RuleListCommands::OnPresets() {
-  if (RunPresetsCommand(dialog_, program_.rules)) Refresh();
+  const std::size_t before = program_.rules.Snapshot()->size();
+  if (RunPresetsCommand(dialog_, program_.rules)) list_.RefreshAdded(before);
 }
 
 void RuleListCommands::OnImport() {
-  if (RunImportRulesCommand(dialog_, program_.rules)) Refresh();
+  const std::size_t before = program_.rules.Snapshot()->size();
+  if (RunImportRulesCommand(dialog_, program_.rules)) list_.RefreshAdded(before);
 }
 
 void RuleListCommands::OnExport() { RunExportRulesCommand(dialog_, program_.rules); }

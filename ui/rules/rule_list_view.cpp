@@ -14,6 +14,13 @@ int NextRow(HWND list, int after, UINT state) {
   return static_cast<int>(::SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(after), MAKELPARAM(state, 0)));
 }
 
+void FocusRow(HWND list, int row) {
+  LVITEMW item{};
+  item.state = LVIS_FOCUSED;
+  item.stateMask = LVIS_FOCUSED;
+  ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+}
+
 /// Where the user is in the list, to be there again after the rows have been rebuilt.
 struct ListPosition {
   int focusedRow;
@@ -24,13 +31,7 @@ struct ListPosition {
 
   void Restore(HWND list, int rowCount) const {
     if (rowCount == 0) return;
-    if (focusedRow >= 0) {
-      LVITEMW item{};
-      item.state = LVIS_FOCUSED;
-      item.stateMask = LVIS_FOCUSED;
-      const int row = std::min(focusedRow, rowCount - 1);
-      ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-    }
+    if (focusedRow >= 0) FocusRow(list, std::min(focusedRow, rowCount - 1));
     if (topRow > 0) {
       // Coming from the end, the row that is made visible ends up on top.
       ::SendMessageW(list, LVM_ENSUREVISIBLE, static_cast<WPARAM>(rowCount - 1), FALSE);
@@ -61,6 +62,15 @@ void RuleListView::Refresh() {
   position.Restore(list_, count);
   ::SendMessageW(list_, WM_SETREDRAW, TRUE, 0);
   ::InvalidateRect(list_, nullptr, TRUE);
+}
+
+void RuleListView::RefreshAdded(std::size_t before) {
+  Refresh();
+  const std::size_t count = rules_.Snapshot()->size();
+  if (list_ == nullptr || before >= count) return;
+  FocusRow(list_, static_cast<int>(before));
+  // The last one first: when all of them fit, all are in view.
+  for (const std::size_t row : {count - 1, before}) ::SendMessageW(list_, LVM_ENSUREVISIBLE, row, FALSE);
 }
 
 void RuleListView::InsertRow(int row, const ThresholdRule& rule) const {

@@ -21,6 +21,8 @@ class RuleListView {
   void OnInitDialog(HWND dialog);
   /// Rebuilds the rows. The selection is lost; the keyboard's row and the scroll position stay where rows are left for them.
   void Refresh();
+  /// The same, for rules that have been added behind the `before` ones: the keyboard goes to the first of them, in view.
+  void RefreshAdded(std::size_t before);
 
   [[nodiscard]] HWND Window() const { return list_; }
   /// Top to bottom.
