@@ -85,6 +85,7 @@ TEST_F(StartUp, EveryRequestForTheMainWindowLeadsToTheOneOfTheFirstInstance) {
 TEST_F(StartUp, OfManyStartsAtOnceOneRuns) {
   WriteFileBytes(profile_.RulesFile(), "header\n4,foo.exe,1\n");
   std::vector<std::unique_ptr<RunningProgram>> starts;
+  starts.reserve(6);
   for (int count = 0; count < 6; ++count) starts.push_back(std::make_unique<RunningProgram>(L"/tray"));
   const auto running = [&] {
     return std::count_if(starts.begin(), starts.end(), [](const auto& start) { return !start->WaitForExit(0); });

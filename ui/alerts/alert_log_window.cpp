@@ -58,9 +58,12 @@ bool AlertLogDialog::OnInitDialog() {
     ApplyDarkModeToListView(list);
     if (DarkModeOn()) ShowItem(IDC_ALERT_LOG_GRIP, false);
   }
-  FillWithLastColumn(list, AlertLogColumns());
   StartLayout(kAnchors, 0, false);
   FitWorkArea();
+  FillWithLastColumn(list, AlertLogColumns());
+  // The newest are what one opens the log for.
+  const auto rows = static_cast<WPARAM>(::SendMessageW(list, LVM_GETITEMCOUNT, 0, 0));
+  if (rows > 0) ::SendMessageW(list, LVM_ENSUREVISIBLE, rows - 1, FALSE);
   ::BringWindowToTop(Window());
   ::SetForegroundWindow(Window());
   return true;
@@ -74,8 +77,6 @@ void AlertLogDialog::FillList(HWND list) {
   ::SendMessageW(list, LVM_SETITEMCOUNT, alerts.size(), 0);
   int row = 0;
   for (const AlertRecord& alert : alerts) InsertAlertRow(list, row++, alert);
-  // The newest are what one opens the log for.
-  if (row > 0) ::SendMessageW(list, LVM_ENSUREVISIBLE, static_cast<WPARAM>(row - 1), FALSE);
 }
 
 std::optional<INT_PTR> AlertLogDialog::OnMessage(UINT message, WPARAM, LPARAM) {

@@ -28,11 +28,14 @@ void RecentAlertsPage::Refresh() {
   if (list_ == nullptr) return;
   RecentAlertsRows::Update update;
   if (!rows_.Take(update)) return;
-  const RedrawPause pause(list_);
-  if (update.deleteAll) ::SendMessageW(list_, LVM_DELETEALLITEMS, 0, 0);
-  for (const AlertRecord& alert : update.alerts) InsertAlertRow(list_, 0, alert);
-  auto count = static_cast<std::size_t>(::SendMessageW(list_, LVM_GETITEMCOUNT, 0, 0));
-  for (; count > RecentAlertsRows::kMaxRows; --count) ::SendMessageW(list_, LVM_DELETEITEM, count - 1, 0);
+  {
+    const RedrawPause pause(list_);
+    if (update.deleteAll) ::SendMessageW(list_, LVM_DELETEALLITEMS, 0, 0);
+    for (const AlertRecord& alert : update.alerts) InsertAlertRow(list_, 0, alert);
+    auto count = static_cast<std::size_t>(::SendMessageW(list_, LVM_GETITEMCOUNT, 0, 0));
+    for (; count > RecentAlertsRows::kMaxRows; --count) ::SendMessageW(list_, LVM_DELETEITEM, count - 1, 0);
+  }
+  FitColumns();  // the rows may have brought a scroll bar, or taken it away
 }
 
 void RecentAlertsPage::ShowContextMenu() {

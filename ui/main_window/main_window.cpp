@@ -78,6 +78,7 @@ bool MainDialog::OnInitDialog() {
   program_.MainDialogHandle = Window();
   program_.mainDialogOpening = false;
   AttachMenu();
+  PlaceGrip();
   rules_.OnInitDialog(Window());
   settingsPage_.OnInitDialog(Window());
   recentAlerts_.OnInitDialog(Window());
@@ -98,6 +99,16 @@ bool MainDialog::OnInitDialog() {
 void MainDialog::AttachMenu() const {
   UniqueMenu menu(::LoadMenuW(Instance(), MAKEINTRESOURCEW(IDR_MAIN_MENU)));
   if (menu && ::SetMenu(Window(), menu.get())) (void)menu.release();  // the window's from now on
+}
+
+void MainDialog::PlaceGrip() const {
+  // The menu bar has taken its height from the window, so that the grip's place in the template lies below the edge.
+  RECT client{};
+  RECT grip{};
+  ::GetClientRect(Window(), &client);
+  ::GetClientRect(Item(IDC_MAIN_GRIP), &grip);
+  ::SetWindowPos(Item(IDC_MAIN_GRIP), nullptr, client.right - grip.right, client.bottom - grip.bottom, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER);
 }
 
 void MainDialog::StartRecentAlerts() const {

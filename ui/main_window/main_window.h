@@ -36,6 +36,7 @@ class MainDialog : public Dialog, public MainWindowHost {
   void OnDestroy() override;
 
   void AttachMenu() const;
+  void PlaceGrip() const;
   void StartRecentAlerts() const;
   void ApplyDarkColours();
   void RestorePlacement() const;
