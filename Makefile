@@ -7,10 +7,10 @@ LINT_PACKAGES := $(HOST_PACKAGES) $(WINDOWS_PACKAGES) clang clang-format clang-t
 FUZZ_PACKAGES := cmake ninja-build clang libclang-rt-14-dev
 JOBS := $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: help run test test-host test-windows exe console console-windows deb installer package bench fuzz screenshots lint format clean
+.PHONY: help run test test-host test-windows exe console console-windows deb installer package bench fuzz screenshots golden lint format clean
 
 help:
-	@echo "make run | test | test-host | test-windows | exe | console | console-windows | deb | installer | package | bench | fuzz | screenshots | lint | format | clean"
+	@echo "make run | test | test-host | test-windows | exe | console | console-windows | deb | installer | package | bench | fuzz | screenshots | golden | lint | format | clean"
 
 run: exe
 	@scripts/need $(WINE_PACKAGES)
@@ -18,11 +18,11 @@ run: exe
 
 test:
 	@scripts/need $(HOST_PACKAGES) $(WINDOWS_PACKAGES) $(WINE_PACKAGES) $(FUZZ_PACKAGES) nsis zip
-	@scripts/test host tsan day fuzz windows
+	@scripts/test host tsan fuzz windows
 
 test-host:
 	@scripts/need $(HOST_PACKAGES)
-	@scripts/test host tsan day
+	@scripts/test host tsan
 
 test-windows:
 	@scripts/need $(WINDOWS_PACKAGES) $(WINE_PACKAGES) nsis zip
@@ -67,6 +67,12 @@ fuzz:
 screenshots: exe
 	@scripts/need $(WINE_PACKAGES)
 	@scripts/screenshots
+
+golden:
+	@scripts/need $(WINDOWS_PACKAGES) $(WINE_PACKAGES)
+	@cmake --preset windows >/dev/null && cmake --build --preset windows --target ui_test -- -j$(JOBS)
+	@VANTORA_GOLDEN=write scripts/wine-session ctest --test-dir build/windows -R Golden >build/golden.log 2>&1
+	@git diff --stat tests/golden
 
 lint:
 	@scripts/need $(LINT_PACKAGES)

@@ -93,37 +93,4 @@ TEST_F(MonitorEngineTest, CpuIsTheShareOfTheWholeMachineSinceTheLastCycle) {
   }
 }
 
-TEST_F(MonitorEngineTest, RulesAlertInTheirOrderEachIdWithItsOwnCooldown) {
-  ThresholdRule disabled = ThreadRule(3, 1);
-  disabled.enabled = false;
-  rules.Set({ThreadRule(2, 20, 0, L"a*"), disabled, ThreadRule(1, 10, 60), ThreadRule(4, 1, 0, L"c*"), ThreadRule(1, 9, 10)});
-  table->Put(MakeProcess(30, L"a.exe", 25));
-  table->Put(MakeProcess(20, L"b.exe", 10));
-  EXPECT_EQ(CycleAfter(1000), (Texts{L"30/2: Threads: 25 > 20", L"30/1: Threads: 25 > 10", L"20/1: Threads: 10 > 9"}));
-  EXPECT_EQ(CycleAfter(9'999), Texts{L"30/2: Threads: 25 > 20"});
-  EXPECT_EQ(CycleAfter(1), (Texts{L"30/2: Threads: 25 > 20", L"30/1: Threads: 25 > 9", L"20/1: Threads: 10 > 9"}));
-}
-
-// That it passes to the next owner of a process ID, and exactly how long it holds, the day of cycles shows.
-TEST_F(MonitorEngineTest, CooldownOfAnEndedProcessIsForgottenByTheLongestOfItsRule) {
-  const ThresholdRule other = ThreadRule(2, 1000);
-  rules.Set({ThreadRule(1, 10, 60), other});
-  table->Put(MakeProcess(7, L"a.exe", 11));
-  table->Put(MakeProcess(8, L"other.exe", 1));
-  EXPECT_EQ(CycleAfter(1000).size(), 1u);
-  table->Remove(7);
-  for (const auto& [cooldownSec, elapsedMs, left] : {std::tuple{60u, 59'999u, 1u}, {~0u, 3'600'000u, 1u}, {3'660u, 1u, 0u}}) {
-    rules.Set({ThreadRule(1, 10, cooldownSec), other, ThreadRule(1, 10, 1)});
-    EXPECT_EQ(CycleAfter(elapsedMs), Texts{});
-    EXPECT_EQ(engine.CooldownCount(), left) << cooldownSec;
-  }
-  // Without its rule an entry has no cooldown to wait for.
-  table->Put(MakeProcess(7, L"a.exe", 11));
-  EXPECT_EQ(CycleAfter(1000).size(), 1u);
-  table->Remove(7);
-  rules.Set({other});
-  EXPECT_EQ(CycleAfter(1000), Texts{});
-  EXPECT_EQ(engine.CooldownCount(), 0u);
-}
-
 }  // namespace

@@ -9,7 +9,6 @@
 #include "platform/text_encoding.h"
 #include "platform/text_file.h"
 #include "storage/alert_log_reader.h"
-#include "tests/support/generated_rules.h"
 #include "tests/support/throwaway_folder.h"
 
 namespace {
@@ -54,36 +53,6 @@ TEST(AlertLog, IsExportedAsQuotedValues) {
   EXPECT_EQ(
       ThrowawayFolder::Read(path),
       "\xEF\xBB\xBFTime,PID,Process,Violation\r\n\"0025-01-01 00:00:05\",4294967295,\"\xC3\xA4.exe\",\"CPU: 1.0% > 0.5%\"\r\n");
-}
-
-/// A log in any encoding out of good lines, halves, empty and overlong ones, and then damaged.
-std::string NastyLog(Generator& generator, bool large) {
-  std::string bytes;
-  const std::size_t encoding = generator.Below(4);
-  if (encoding > 0) bytes = std::array{"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"}[encoding - 1];
-  for (std::size_t count = generator.Below(large ? 300 : 30); count > 0; --count) {
-    std::wstring line = FormatAlertLogLine(Alert(static_cast<std::uint32_t>(count), L"p", generator.Pattern(20)));
-    if (generator.OneIn(8)) line.resize(generator.Below(line.size()));
-    if (generator.OneIn(8)) line = std::wstring(generator.Below(5000), generator.OneIn(2) ? L'\t' : L'\u20AC') + line;
-    if (generator.OneIn(8)) line = L"\r\n";
-    EncodeText(line, FindTextMark(bytes).encoding, bytes);
-  }
-  return generator.OneIn(2) ? bytes : generator.Damage(bytes);
-}
-
-TEST(AlertLogReader, GivesTheSameInStepsOfAnySize) {
-  const ThrowawayFolder folder;
-  const std::wstring path = folder.Path("alerts.log");
-  Generator generator(7);
-  for (int round = 0; round < 800; ++round) {
-    const std::string bytes = NastyLog(generator, round % 20 == 0);
-    ThrowawayFolder::Write(path, bytes);
-    const std::size_t maxAlerts = 1 + generator.Below(20);
-    const std::size_t stepBytes = 1 + generator.Below(generator.OneIn(2) ? 50 : 3000);
-    std::vector<AlertRecord> expected = ReadNewestAlerts(path, bytes.size(), bytes.size()).value();
-    expected.erase(expected.begin(), expected.end() - static_cast<std::ptrdiff_t>(std::min(maxAlerts, expected.size())));
-    ASSERT_EQ(ReadNewestAlerts(path, maxAlerts, stepBytes), expected) << round;
-  }
 }
 
 }  // namespace

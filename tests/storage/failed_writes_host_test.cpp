@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
-
-#include <array>
 
 #include "platform/text_file.h"
 #include "storage/alert_log.h"
@@ -45,31 +42,6 @@ TEST(FullDisk, LeavesTheOldListWhole) {
   EXPECT_EQ(ThrowawayFolder::Read(path), before);
   EXPECT_TRUE(store.SaveAndClose(path)) << "room again: the change that could not be saved is";
   EXPECT_GT(ThrowawayFolder::Read(path).size(), before.size());
-}
-
-[[noreturn]] void SaveInTurnForever(const std::wstring& path, const std::array<std::wstring, 2>& texts) {
-  for (std::size_t save = 0;; ++save) (void)WriteTextFile(path, texts[save % 2]);
-}
-
-TEST(KilledSave, LeavesTheOldListOrTheNewOne) {
-  const ThrowawayFolder folder;
-  const std::wstring path = folder.Path("rules.csv");
-  const RuleList few(3, MakeNewRule(1));
-  // Within one page of memory: between two, Linux itself may break a write off when it kills the writer.
-  const RuleList many(100, MakeNewRule(2));
-  const std::array texts = {FormatRulesCsv(few), FormatRulesCsv(many)};
-  ASSERT_LT(texts[1].size(), 4096U);
-  ASSERT_EQ(WriteTextFile(path, texts[0]), WriteResult::kWritten);
-  for (unsigned round = 0; round < 50; ++round) {
-    const pid_t saver = ::fork();
-    ASSERT_GE(saver, 0);
-    if (saver == 0) SaveInTurnForever(path, texts);
-    ::usleep(round * 100);
-    ::kill(saver, SIGKILL);
-    ::waitpid(saver, nullptr, 0);
-    const std::optional<RuleList> rules = ParseRulesCsv(ReadTextFile(path).value_or(L""));
-    ASSERT_TRUE(rules == few || rules == many) << round;
-  }
 }
 
 }  // namespace

@@ -4,9 +4,8 @@
 
 #include <cfloat>
 
-#include "platform/text_encoding.h"
 #include "platform/text_file.h"
-#include "tests/support/generated_rules.h"
+#include "storage/rule_numbers.h"
 
 namespace {
 
@@ -88,38 +87,6 @@ TEST(RulesCsv, TakesLongLinesInReadsOf2047) {
   EXPECT_EQ(ParseRulesCsv(row + L"h1,a,1\n")->size(), 1U);
   EXPECT_FALSE(ParseRulesCsv(L"").has_value());
   EXPECT_TRUE(ParseRulesCsv(L"\n").has_value());
-}
-
-TEST(RulesCsv, EveryListThatFitsComesBack) {
-  Generator generator(3);
-  for (int round = 0; round < 300; ++round) {
-    RuleList rules;
-    for (std::size_t count = generator.Below(20); count > 0; --count) {
-      const ThresholdRule rule = generator.Rule(static_cast<std::uint32_t>(generator.Below(50)), generator.OneIn(4) ? 2000 : 255);
-      const std::wstring& pattern = rule.processPattern;
-      const bool fits = FitsRulesCsv(pattern);
-      EXPECT_TRUE(fits || pattern.size() > 255);
-      if (fits) rules.push_back(rule);
-      const bool plain = !pattern.empty() && pattern.size() <= 255 && IsValidText(pattern) &&
-                         pattern.find_first_of(std::wstring_view(L",\r\n\0\x1A", 5)) == std::wstring::npos;
-      EXPECT_EQ(FormatRulesCsv({rule}).starts_with(kHeader + std::to_wstring(rule.ruleId) + L"," + pattern + L","), plain);
-    }
-    ASSERT_EQ(ParseRulesCsv(DecodeTextFile(EncodeTextFile(FormatRulesCsv(rules)))), rules) << round;
-  }
-}
-
-TEST(RulesCsv, DamagedFilesGiveRulesThatTheNextSaveKeeps) {
-  Generator generator(5);
-  for (int round = 0; round < 1000; ++round) {
-    const RuleList rules = {generator.Rule(1, 300), generator.Rule(2, 20), generator.Rule(3, 2000)};
-    const std::string bytes = generator.Damage(EncodeTextFile(FormatRulesCsv(rules)));
-    const std::optional<RuleList> loaded = ParseRulesCsv(DecodeTextFile(bytes));
-    if (!loaded) continue;
-    const std::wstring saved = DecodeTextFile(EncodeTextFile(FormatRulesCsv(*loaded)));
-    const std::optional<RuleList> reloaded = ParseRulesCsv(saved);
-    ASSERT_EQ(reloaded->size(), loaded->size()) << round;
-    ASSERT_EQ(FormatRulesCsv(*reloaded), saved) << round;
-  }
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <tuple>
 
-#include "tests/support/generated_rules.h"
-
 namespace {
 
 TEST(RulesJson, WritesOneFixedLayout) {
@@ -91,32 +89,6 @@ TEST(RulesJson, ReadsPatternsFlagsAndNumbersAsTheScannerDoes) {
   }
 }
 
-TEST(RulesJson, ExportedRulesComeBack) {
-  Generator generator(6);
-  for (int round = 0; round < 300; ++round) {
-    RuleList rules;
-    for (std::size_t count = generator.Below(20); count > 0; --count) {
-      ThresholdRule rule = generator.Rule(0, 255);
-      const bool readable = rule.processPattern.find(L'}') == std::wstring::npos && !rule.processPattern.empty();
-      if (readable) rules.push_back(rule);
-    }
-    ASSERT_EQ(ParseRulesJson(FormatRulesJson(rules)), rules) << round;
-  }
-}
-
-TEST(RulesJson, CutDocumentsGiveTheRulesBeforeTheCut) {
-  ThresholdRule rule;
-  rule.processPattern = L"a";
-  const RuleList rules(5, rule);
-  const std::wstring text = FormatRulesJson(rules);
-  for (std::size_t length = 0; length < text.size(); ++length) {
-    const std::wstring cut = text.substr(0, length);
-    const auto whole = std::min<std::ptrdiff_t>(std::count(cut.begin(), cut.end(), L'}'), 5);
-    EXPECT_EQ(ParseRulesJson(cut).value_or(RuleList()), RuleList(rules.begin(), rules.begin() + whole));
-  }
-}
-
-// A scan that went over any part more than a fixed number of times would not end within the test's time limit.
 TEST(RulesJson, HostileDocumentsTakeLinearTime) {
   const auto repeat = [](std::wstring_view piece) {
     std::wstring text = L"\"rules\"";

@@ -139,53 +139,6 @@ TEST(DarkDialog, LeavesColoursAloneWhenOffOrUnavailable) {
   }
 }
 
-TEST(DarkDialog, GivesEveryKindOfControlItsTheme) {
-  const struct {
-    unsigned build;
-    bool dark;
-    bool listed;
-    DWORD extraStyle;
-  } settings[] = {{19045, false, true, 0},
-                  {19045, false, false, 0},
-                  {19045, true, false, 0},
-                  {19045, true, false, WS_DISABLED},
-                  {22000, true, false, 0}};
-  const struct {
-    const wchar_t* className;
-    DWORD style;
-    std::string_view themes;  // in each setting: E the Explorer theme, n none, - never touched
-  } controls[] = {
-      {L"Button", BS_PUSHBUTTON, "E-EEE"},
-      {L"BUTTON", BS_DEFPUSHBUTTON, "E-EEE"},
-      {L"Button", BS_CHECKBOX, "n-nEE"},
-      {L"Button", BS_AUTOCHECKBOX, "n-nEE"},
-      {L"Button", BS_RADIOBUTTON, "n-nnn"},
-      {L"Button", BS_3STATE, "n-nnn"},
-      {L"Button", BS_AUTO3STATE, "n-nEE"},
-      {L"Button", BS_GROUPBOX, "n-nnn"},
-      {L"Button", BS_AUTORADIOBUTTON, "n-nnn"},
-      {L"ComboBox", CBS_DROPDOWNLIST, "n-nnn"},
-      {L"Edit", 0, "n----"},
-      {L"Static", 0, "n----"},
-  };
-  for (const auto& control : controls) {
-    for (std::size_t i = 0; i < std::size(settings); ++i) {
-      const auto& setting = settings[i];
-      SCOPED_TRACE(testing::Message() << "style " << control.style << " of a "
-                                      << testing::PrintToString(std::wstring(control.className)) << " in setting " << i);
-      const ThemeRecorder recorder(setting.build, setting.dark);
-      const TestDialog dialog(IDD_EXCLUSIONS);
-      HWND window = dialog.Add(control.className, control.style | setting.extraStyle);
-      const int ids[] = {setting.listed ? TestDialog::kAddedId : 3001};
-      ApplyDarkModeToDialog(dialog.Window(), 0xE0E0E0, 0x202020, ids);
-      const char theme = control.themes[i];
-      EXPECT_EQ(recorder->ThemeOf(window), theme == 'E' ? L"Explorer" : theme == 'n' ? L"" : L"-");
-      EXPECT_EQ(std::count(recorder->allowed.begin(), recorder->allowed.end(), std::pair(window, setting.dark)),
-                (setting.listed ? 1 : 0) + (setting.dark ? 1 : 0));
-    }
-  }
-}
-
 TEST(DarkDialog, RefreshesBySettingChange) {
   const struct {
     const wchar_t* setting;

@@ -20,47 +20,6 @@ WindowPlacement FrameOf(HWND window) {
   return {rect.left, rect.top, rect.right, rect.bottom};
 }
 
-TEST_F(MainWindowTest, ShowsTheRules) {
-  ThresholdRule full = Rule(7, L"a.exe");
-  full.enabled = false;
-  full.maxHandles = 1;
-  full.maxWorkingSet = 2 * kBytesPerMb;
-  full.maxPrivateBytes = 3 * kBytesPerMb;
-  full.maxCpuPercent = 4;
-  full.maxThreads = 5;
-  full.maxGdiObjects = 6;
-  full.maxUserObjects = 7;
-  rules.Append({Rule(4, L"*"), full});
-  Open();
-  const struct {
-    const wchar_t* header;
-    int widthPx;
-    const wchar_t* cells[2];
-  } columns[] = {
-      {L"Enabled", 55, {L"Yes", L"No"}}, {L"Process Pattern", 150, {L"*", L"a.exe"}},
-      {L"Handles", 65, {L"-", L"1"}},    {L"WS (MB)", 65, {L"-", L"2"}},
-      {L"PB (MB)", 65, {L"-", L"3"}},    {L"CPU %", 55, {L"-", L"4"}},
-      {L"Threads", 60, {L"-", L"5"}},    {L"GDI", 50, {L"-", L"6"}},
-      {L"USER", 50, {L"-", L"7"}},
-  };
-  const int dpi = ::GetDeviceCaps(WindowDc(nullptr).Get(), LOGPIXELSX);
-  ASSERT_EQ(RowCount(list), 2);
-  for (int i = 0; i < static_cast<int>(std::size(columns)); ++i) {
-    wchar_t header[64] = {};
-    LVCOLUMNW column{};
-    column.mask = LVCF_TEXT | LVCF_WIDTH;
-    column.pszText = header;
-    column.cchTextMax = 64;
-    ASSERT_TRUE(::SendMessageW(list, LVM_GETCOLUMNW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&column)));
-    EXPECT_STREQ(header, columns[i].header);
-    EXPECT_EQ(column.cx, ::MulDiv(columns[i].widthPx, dpi, 96)) << i;
-    for (int row = 0; row < 2; ++row) EXPECT_EQ(Cell(list, row, i), columns[i].cells[row]) << i;
-  }
-  EXPECT_EQ(::SendMessageW(list, LVM_GETEXTENDEDLISTVIEWSTYLE, 0, 0), LVS_EX_FULLROWSELECT);
-  EXPECT_EQ(FocusOf(Window()), list);
-  for (const WPARAM size : {WPARAM{ICON_SMALL}, WPARAM{ICON_BIG}}) EXPECT_NE(::SendMessageW(Window(), WM_GETICON, size, 0), 0);
-}
-
 TEST_F(MainWindowTest, RemovesWhatIsSelectedAfterAYes) {
   rules.Append({Rule(1, L"a"), Rule(2, L"b"), Rule(3, L"c"), Rule(5, L"d"), Rule(6, L"e"), Rule(5, L"f"), Rule(5, L"g")});
   Open();
@@ -90,50 +49,6 @@ TEST_F(MainWindowTest, RemovesWhatIsSelectedAfterAYes) {
     EXPECT_EQ(RowCount(list), static_cast<int>(left.size()));
     ExpectSaved();
   }
-}
-
-TEST_F(MainWindowTest, ControlsFollowTheFrame) {
-  Open();
-  constexpr std::uint32_t R = ANCHOR_MOVE_RIGHT, D = ANCHOR_MOVE_DOWN, W = ANCHOR_WIDEN, T = ANCHOR_GROW_TALLER;
-  const struct {
-    int id;
-    std::uint32_t flags;
-  } controls[] = {{1057, W}, {1000, W},     {1001, 0},     {1002, 0},     {1003, 0},  {1052, 0},    {1050, R},
-                  {1051, R}, {1054, W | T}, {1053, W | T}, {1055, W | T}, {1058, 0},  {1004, 0},    {1005, 0},
-                  {1061, 0}, {1060, 0},     {1006, 0},     {1008, W},     {1010, R},  {1007, 0},    {1009, W},
-                  {1011, R}, {1070, R},     {1069, D},     {1, R | D},    {2, R | D}, {1056, R | D}};
-  const auto rectOf = [this](int id) {
-    RECT rect{};
-    ::GetWindowRect(Item(id), &rect);
-    ::MapWindowPoints(nullptr, Window(), reinterpret_cast<POINT*>(&rect), 2);
-    return rect;
-  };
-  std::vector<RECT> before;
-  for (const auto& c : controls) before.push_back(rectOf(c.id));
-  const WindowPlacement frame = FrameOf(Window());
-  const LONG width = frame.right - frame.left;
-  const LONG height = frame.bottom - frame.top;
-  constexpr int kMoreWidth = 137;
-  constexpr int kMoreHeight = 91;
-  ::SetWindowPos(Window(), nullptr, 0, 0, width + kMoreWidth, height + kMoreHeight, SWP_NOMOVE | SWP_NOZORDER);
-  for (const int show : {SW_SHOW, SW_MINIMIZE, SW_RESTORE}) {
-    ::ShowWindow(Window(), show);
-    ASSERT_TRUE(WaitUntil([&] { return (::IsIconic(Window()) != FALSE) == (show == SW_MINIMIZE); }));
-    ::SendMessageW(Window(), WM_NULL, 0, 0);
-    for (std::size_t i = 0; i < before.size() && show != SW_MINIMIZE; ++i) {
-      const std::uint32_t flags = controls[i].flags;
-      RECT expected = before[i];
-      ::OffsetRect(&expected, flags & R ? kMoreWidth : 0, flags & D ? kMoreHeight : 0);
-      if (flags & W) expected.right += kMoreWidth;
-      if (flags & T) expected.bottom += kMoreHeight;
-      const RECT now = rectOf(controls[i].id);
-      EXPECT_TRUE(::EqualRect(&now, &expected)) << "control " << controls[i].id << ", shown as " << show;
-    }
-  }
-  MINMAXINFO limits{};
-  ::SendMessageW(Window(), WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
-  EXPECT_EQ(limits.ptMinTrackSize.x, width);
-  EXPECT_EQ(limits.ptMinTrackSize.y, height + ::GetSystemMetrics(SM_CYMENU));
 }
 
 TEST_F(MainWindowTest, DarkModeReachesListsAndTabs) {

@@ -49,34 +49,6 @@ TEST(MessageBoxModel, EveryStyleHasItsButtonsAndEscape) {
   }
 }
 
-TEST(MessageBoxModel, LaysOutByTheFixedDistances) {
-  GridMeasurer measurer;
-  const struct {
-    const char* name;
-    std::uint32_t style;
-    std::size_t characters;
-    LayoutRect icon;
-    LayoutRect message;
-    std::vector<LayoutRect> buttons;
-    std::pair<int, int> client;
-  } cases[] = {
-      // 10 characters are 70 wide; the row (88 + 6 + 88 + 32) is wider than the message (154 + 24).
-      {"one line", 0x24, 10, {24, 24, 58, 58}, {56, 32, 154, 77}, {{16, 91, 104, 117}, {110, 91, 198, 117}}, {214, 129}},
-      // 100 characters break at 640 - 10 - 48 = 582; two lines make the message level with the icon.
-      {"two lines", 0x40, 100, {24, 24, 58, 58}, {56, 24, 666, 85}, {{586, 99, 674, 125}}, {690, 137}},
-      {"no icon", 0x00, 40, {}, {0, 32, 308, 77}, {{244, 91, 332, 117}}, {348, 129}},
-      {"nothing to say", 0x00, 0, {}, {0, 32, 28, 77}, {{16, 91, 104, 117}}, {120, 129}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const auto layout = LayOutMessageBox(ContentFor(c.style, c.characters), c.style, MetricsAt(96), measurer);
-    EXPECT_EQ(layout.icon, c.icon);
-    EXPECT_EQ(layout.message, c.message);
-    EXPECT_EQ(layout.buttons, c.buttons);
-    EXPECT_EQ(std::pair(layout.client.width, layout.client.height), c.client);
-  }
-}
-
 // Whatever the style, the length and the resolution: nothing overlaps or sticks out, the text has room, and one button is the
 // default.
 TEST(MessageBoxModel, EveryCombinationYieldsASoundTemplate) {
