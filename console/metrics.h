@@ -21,7 +21,7 @@ class Metrics {
   [[nodiscard]] std::string Text(const ProcessSample& sample, double cycleSeconds, std::uint64_t unixTime) const;
 
  private:
-  using Counts = std::vector<std::array<std::uint64_t, 7>>;  ///< by place and ceiling
+  using Counts = std::vector<std::array<std::uint64_t, kCeilingCount>>;  ///< by place and ceiling
   void Add(std::string& text, const char* name, const Counts& counts) const;
 
   const RuleList& rules_;

@@ -44,7 +44,7 @@ std::string FormatProcessTable(const ProcessSample& sample, const RuleList& rule
   }
   std::stable_sort(rows.begin(), rows.end(), [](const Row& one, const Row& other) { return one.share > other.share; });
   std::string text = "  NEAR%      PID  HANDLES    WS MB  PRIV MB   CPU %  THREADS    GDI   USER  NAME\n";
-  constexpr std::size_t kWidths[] = {7, 7, 7, 6, 7, 5, 5};
+  constexpr std::size_t kWidths[kCeilingCount] = {7, 7, 7, 6, 7, 5, 5};
   for (const Row& row : rows) {
     std::string line;
     AddCell(line, FigureText(row.share * 100.0), 7);

@@ -8,7 +8,7 @@ using Count = Limit<std::uint32_t>;
 using Bytes = Limit<std::uint64_t>;
 using Percent = Limit<double>;
 
-constexpr Ceiling kCeilings[] = {
+constexpr Ceiling kCeilings[kCeilingCount] = {
     {L"Handles", "handles", kHandlesKnown, Count{&ThresholdRule::maxHandles, &ProcessMetrics::handles}},
     {L"Working Set", "working_set", kWorkingSetKnown, Bytes{&ThresholdRule::maxWorkingSet, &ProcessMetrics::workingSet}},
     {L"Private Bytes", "private_bytes", kPrivateBytesKnown,
@@ -56,4 +56,4 @@ double Ceiling::Share(const ThresholdRule& rule, const ProcessMetrics& metrics) 
       limit);
 }
 
-std::span<const Ceiling> Ceilings() { return kCeilings; }
+std::span<const Ceiling, kCeilingCount> Ceilings() { return kCeilings; }

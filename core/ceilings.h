@@ -2,6 +2,7 @@
 
 // The seven ceilings of a rule, each against its figure of a process: the one table for everything that goes through them.
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -32,5 +33,7 @@ struct Ceiling {
   [[nodiscard]] double Share(const ThresholdRule& rule, const ProcessMetrics& metrics) const;
 };
 
+inline constexpr std::size_t kCeilingCount = 7;
+
 /// In the order of the fields of a rule.
-[[nodiscard]] std::span<const Ceiling> Ceilings();
+[[nodiscard]] std::span<const Ceiling, kCeilingCount> Ceilings();

@@ -1,5 +1,5 @@
-// Every window of the program as a text: its controls in their tab order, what they say, and how they follow a larger frame, against
-// golden/<window>.txt. And, light and dark, whether what it says can be read. VANTORA_GOLDEN=write writes the files anew.
+// Every window of the program as a text: its controls in their tab order, what they say, and how they follow a larger frame,
+// against golden/<window>.txt. And, light and dark, whether what it says can be read. VANTORA_GOLDEN=write writes the files anew.
 
 #include <cmath>
 #include <cstdlib>
@@ -10,13 +10,13 @@
 #include "platform/text_encoding.h"
 #include "tests/support/main_window_fixture.h"
 #include "tests/support/theme_recorder.h"
-#include "ui/dialogs/about_dialog.h"
+#include "ui/alerts/alert_log_window.h"
 #include "ui/dark/dark_mode.h"
+#include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/exclusions_dialog.h"
+#include "ui/dialogs/update_progress_dialog.h"
 #include "ui/message_box/message_box.h"
 #include "ui/rules/rule_editor.h"
-#include "ui/alerts/alert_log_window.h"
-#include "ui/dialogs/update_progress_dialog.h"
 
 namespace {
 
@@ -63,7 +63,8 @@ RECT RectIn(HWND window, HWND control) {
 
 std::vector<HWND> Controls(HWND window) {
   std::vector<HWND> controls;
-  for (HWND child = ::GetWindow(window, GW_CHILD); child != nullptr; child = ::GetWindow(child, GW_HWNDNEXT)) controls.push_back(child);
+  for (HWND child = ::GetWindow(window, GW_CHILD); child != nullptr; child = ::GetWindow(child, GW_HWNDNEXT))
+    controls.push_back(child);
   return controls;
 }
 
@@ -75,7 +76,9 @@ std::wstring Describe(HWND window) {
   RECT frame{};
   ::GetWindowRect(window, &frame);
   const bool resizable = (::GetWindowLongPtrW(window, GWL_STYLE) & WS_THICKFRAME) != 0;
-  if (resizable) ::SetWindowPos(window, nullptr, 0, 0, frame.right - frame.left + 40, frame.bottom - frame.top + 30, SWP_NOMOVE | SWP_NOZORDER);
+  if (resizable)
+    ::SetWindowPos(window, nullptr, 0, 0, frame.right - frame.left + 40, frame.bottom - frame.top + 30,
+                   SWP_NOMOVE | SWP_NOZORDER);
   ::SendMessageW(window, WM_NULL, 0, 0);
   std::size_t index = 0;
   for (HWND control : Controls(window)) {
@@ -84,12 +87,16 @@ std::wstring Describe(HWND window) {
     const RECT& was = before[index++];
     const bool button = ClassOf(control) == L"Button";
     const std::pair<bool, const wchar_t*> marks[] = {
-        {(style & WS_TABSTOP) != 0, L" tab"},      {(style & WS_GROUP) != 0, L" group"},
-        {(style & WS_VISIBLE) == 0, L" hidden"},   {(style & WS_DISABLED) != 0, L" disabled"},
+        {(style & WS_TABSTOP) != 0, L" tab"},
+        {(style & WS_GROUP) != 0, L" group"},
+        {(style & WS_VISIBLE) == 0, L" hidden"},
+        {(style & WS_DISABLED) != 0, L" disabled"},
         {button && (style & BS_TYPEMASK) == BS_DEFPUSHBUTTON, L" default"},
         {button && ::SendMessageW(control, BM_GETCHECK, 0, 0) == BST_CHECKED, L" checked"},
-        {now.left != was.left, L" moves-right"},   {now.top != was.top, L" moves-down"},
-        {now.right - now.left != was.right - was.left, L" widens"}, {now.bottom - now.top != was.bottom - was.top, L" grows"}};
+        {now.left != was.left, L" moves-right"},
+        {now.top != was.top, L" moves-down"},
+        {now.right - now.left != was.right - was.left, L" widens"},
+        {now.bottom - now.top != was.bottom - was.top, L" grows"}};
     text += std::to_wstring(::GetDlgCtrlID(control)) + L" " + ClassOf(control);
     for (const auto& [holds, mark] : marks) text += holds ? mark : L"";
     if (const std::wstring words = TextOf(control); !words.empty()) text += L" \"" + words + L"\"";
@@ -145,7 +152,8 @@ class Golden : public testing::TestWithParam<Window>, protected TestProgram {
     settings.Update([](AppSettings& s) { s = {5, 21, 24, true, L"C:\\alerts.log", L"C:\\ding.wav", {}}; });
   }
   static void SetAppsLight(DWORD light) {
-    ::RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize", L"AppsUseLightTheme", REG_DWORD, &light, sizeof light);
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize",
+                      L"AppsUseLightTheme", REG_DWORD, &light, sizeof light);
   }
 };
 
@@ -159,7 +167,9 @@ TEST_P(Golden, IsAsRecordedAndReadableLightAndDark) {
     ASSERT_NE(window, nullptr);
     ::SendMessageW(window, WM_NULL, 0, 0);
     if (GetParam().page != 0) ::SendDlgItemMessageW(window, IDC_TABS, TCM_SETCURFOCUS, 1, 0);
-    EXPECT_TRUE(WaitUntil([&] { return RowCount(::GetDlgItem(window, IDC_RECENT_ALERTS)) == 1 || ::GetDlgItem(window, IDC_RECENT_ALERTS) == nullptr; }));
+    EXPECT_TRUE(WaitUntil([&] {
+      return RowCount(::GetDlgItem(window, IDC_RECENT_ALERTS)) == 1 || ::GetDlgItem(window, IDC_RECENT_ALERTS) == nullptr;
+    }));
     ExpectReadable(window, dark);
     if (!dark) {
       const std::string now = EncodeUtf8(Describe(window));
