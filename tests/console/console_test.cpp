@@ -1,6 +1,7 @@
 // Runs the built console companion against this test's own process and what it starts.
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,9 +32,15 @@ class Console : public testing::Test {
   void Write(const char* name, const std::string& text) const { ThrowawayFolder::Write(folder_.Path(name), text); }
 
   const ThrowawayFolder folder_;
+  /// This process's name from now on: no other on the machine has it.
+  const std::string name_ = [] {
+    std::string name = "watched" + std::to_string(::getpid());
+    ::prctl(PR_SET_NAME, name.c_str());
+    return name;
+  }();
+  /// Rule 7 is exceeded, in its CPU ceiling from the second cycle on; rule 8 is not.
+  const std::string over_ = "h\n7," + name_ + ",1,2,64,64,0.1,1,0,0,0,0\n8," + name_ + ",1,999,0.0,0.0,0.0,999,0,0,0,0\n";
 };
-
-const char kOver[] = "h\n7,console_test,1,2,64,64,0.1,1,0,0,0,0\n8,console_test,1,999,0.0,0.0,0.0,999,0,0,0,0\n";
 
 TEST_F(Console, ReportsARealProcessInBothFormatsInTheLogAndInTheMetrics) {
   const std::vector<char> block(64u << 20, 'x');
@@ -41,11 +48,11 @@ TEST_F(Console, ReportsARealProcessInBothFormatsInTheLogAndInTheMetrics) {
     while (!end.stop_requested()) {
     }
   });
-  Write("rules.csv", kOver);
+  Write("rules.csv", over_);
   const std::string pid = std::to_string(::getpid());
   EXPECT_EQ(Run("--rules rules.csv --interval 1 --cycles 2 --log log"), 1);
-  const std::string head = R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\t)" + pid +
-                           R"(\tconsole_test\tHandles: \d\d? > 2; Working Set: \d+ MB > 64 MB; Private Bytes: \d+ MB > 64 MB; )";
+  const std::string head = R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\t)" + pid + "\t" + name_ +
+                           R"(\tHandles: \d\d? > 2; Working Set: \d+ MB > 64 MB; Private Bytes: \d+ MB > 64 MB; )";
   EXPECT_TRUE(std::regex_match(Text("out"),
                                std::regex(head + R"(Threads: 2 > 1\n)" + head + R"(CPU: \d+\.\d% > 0\.1%; Threads: 2 > 1\n)")))
       << Text("out");
@@ -59,18 +66,18 @@ TEST_F(Console, ReportsARealProcessInBothFormatsInTheLogAndInTheMetrics) {
            R"(,"unit":")" + unit + R"("\})";
   };
   const std::string json =
-      R"(\{"time":"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d","host":"[^"]+","pid":)" + pid +
-      R"(,"process":"console_test","rule":7,"pattern":"console_test","exceeded":\[)" +
-      exceeded("handles", R"(\d\d?)", "2", "count") + "," + exceeded("working_set", R"(\d{8,})", "67108864", "bytes") + "," +
+      R"(\{"time":"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d","host":"[^"]+","pid":)" + pid + R"(,"process":")" + name_ +
+      R"(","rule":7,"pattern":")" + name_ + R"(","exceeded":\[)" + exceeded("handles", R"(\d\d?)", "2", "count") + "," +
+      exceeded("working_set", R"(\d{8,})", "67108864", "bytes") + "," +
       exceeded("private_bytes", R"(\d{8,})", "67108864", "bytes") + "," + exceeded("cpu", R"(\d+\.\d)", "0.1", "percent") + "," +
       exceeded("threads", "2", "1", "count") + R"(\]\}\n)";
   EXPECT_TRUE(std::regex_match(Text("out"), std::regex(json))) << Text("out");
   const std::string metrics = Text("metrics");
-  for (const char* line :
-       {"\nvantora_alerts_total{rule=\"7\",line=\"1\",pattern=\"console_test\",ceiling=\"cpu\"} 1\n",
-        "\nvantora_alerts_total{rule=\"8\",line=\"2\",pattern=\"console_test\",ceiling=\"threads\"} 0\n",
-        "\nvantora_processes_over_limit{rule=\"7\",line=\"1\",pattern=\"console_test\",ceiling=\"threads\"} 1\n",
-        "\nvantora_unreadable_processes 0.000000\n"}) {
+  for (const std::string& line :
+       {"\nvantora_alerts_total{rule=\"7\",line=\"1\",pattern=\"" + name_ + "\",ceiling=\"cpu\"} 1\n",
+        "\nvantora_alerts_total{rule=\"8\",line=\"2\",pattern=\"" + name_ + "\",ceiling=\"threads\"} 0\n",
+        "\nvantora_processes_over_limit{rule=\"7\",line=\"1\",pattern=\"" + name_ + "\",ceiling=\"threads\"} 1\n",
+        std::string("\nvantora_unreadable_processes 0.000000\n")}) {
     EXPECT_NE(metrics.find(line), std::string::npos) << line << metrics;
   }
   EXPECT_FALSE(std::filesystem::exists(File("metrics.tmp")));
@@ -78,12 +85,12 @@ TEST_F(Console, ReportsARealProcessInBothFormatsInTheLogAndInTheMetrics) {
 
   EXPECT_EQ(Run("--rules rules.csv --list"), 1);
   EXPECT_TRUE(std::regex_search(
-      Text("out"), std::regex("^ +NEAR%.*\n *\\d+\\.\\d +" + pid + R"( +\d+ +\d+ +\d+ +\d+\.\d +2 +- +-  console_test\n)")))
+      Text("out"), std::regex("^ +NEAR%.*\n *\\d+\\.\\d +" + pid + R"( +\d+ +\d+ +\d+ +\d+\.\d +2 +- +-  )" + name_ + "\n")))
       << Text("out");
 }
 
 TEST_F(Console, AnswersEachCallWithItsExitCodeAndReason) {
-  Write("good.csv", kOver);
+  Write("good.csv", over_);
   Write("quiet.csv", "h\n1,no-such-process,1,2,0.0,0.0,0.0,0,0,0,3,60\n");
   Write("bad.csv", "h\n7,a,yes\n\n8,\",\"b,c\",1,1,2,3,95.04,1,1,1,1,1,9\n9,a,1\n");
   Write("empty.csv", "h\n");
@@ -95,7 +102,7 @@ TEST_F(Console, AnswersEachCallWithItsExitCodeAndReason) {
     const char* err;
   } cases[] = {
       {"--rules quiet.csv --once", 0, "", ""},
-      {"--rules good.csv --once --exclude 'console_*'", 0, "", ""},
+      {"--rules good.csv --once --exclude 'watched*'", 0, "", ""},
       {"--once", 0, "[^]*", "vantora-console: no rules in .*rules.csv: watching by the built-in ones\n"},
       {"--rules missing.csv --once", 2, "", "vantora-console: missing.csv: cannot be read\n"},
       {"--rules empty.csv --once", 2, "", "vantora-console: empty.csv: holds no rule\n"},
@@ -130,7 +137,7 @@ TEST_F(Console, AnswersEachCallWithItsExitCodeAndReason) {
 }
 
 TEST_F(Console, EndsAtOnceWhenToldToOrWhenItsReaderHasGone) {
-  Write("rules.csv", kOver);
+  Write("rules.csv", over_);
   for (const int signal : {SIGINT, SIGTERM}) {
     const pid_t child = ::fork();
     if (child == 0) {
