@@ -1,7 +1,8 @@
 ; The installer and uninstaller: for one user, without administrator rights. scripts/installer gives VERSION, PRODUCT_PAGE, PROGRAM (the
-; built exe), CONSOLE (the built console companion), SIZE_KB, ROOT (the source tree) and OUTPUT.
+; built exe), CONSOLE (the built console companion), SIZE_KB, ROOT (the source tree), GUIDE (the guide's address), OUTPUT and, where the release is signed, SIGN
+; (a command that signs the file named after it).
 ;
-; Silent with /S. The uninstaller keeps rules, alert log and settings unless /PURGE or its check box says otherwise. Exit codes: 0 done,
+; Silent with /S; /AUTOSTART then has it start with Windows, and without it that stays as it was. The uninstaller keeps rules, alert log and settings unless /PURGE or its check box says otherwise. Exit codes: 0 done,
 ; 1 cancelled, 2 failed: a file could not be replaced, 3 the running program did not end, 4 the logon task that starts the program as
 ; administrator could not be removed. After 2, 3 and 4 what was installed before is still there.
 
@@ -23,6 +24,7 @@ RequestExecutionLevel user
 !define ERROR_ACCESS_DENIED 5
 !define END_WAIT_MS 100
 !define END_WAITS 200 ; 20 s: the program may take 10 s to stop its monitor
+!define EXIT_CANCELLED 1
 !define EXIT_FAILED 2
 !define EXIT_STILL_RUNNING 3
 !define EXIT_TASK_STAYS 4
@@ -49,11 +51,24 @@ VIAddVersionKey "ProductVersion" "${VERSION}"
 !insertmacro MUI_PAGE_DIRECTORY
 !insertmacro MUI_PAGE_INSTFILES
 !define MUI_FINISHPAGE_RUN "$INSTDIR\vantora.exe"
+; The page's second box, which has the name of another use.
+!define MUI_FINISHPAGE_SHOWREADME ""
+!define MUI_FINISHPAGE_SHOWREADME_TEXT "Start with &Windows"
+!define MUI_FINISHPAGE_SHOWREADME_NOTCHECKED
+!define MUI_FINISHPAGE_SHOWREADME_FUNCTION StartWithWindows
+!define MUI_FINISHPAGE_LINK "Read the guide"
+!define MUI_FINISHPAGE_LINK_LOCATION "${GUIDE}"
+!define MUI_PAGE_CUSTOMFUNCTION_SHOW FinishPageShown
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE FinishPageLeft
 !insertmacro MUI_PAGE_FINISH
 !insertmacro MUI_UNPAGE_CONFIRM
 UninstPage custom un.PurgePage un.PurgePageLeave
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE "English"
+
+!ifdef SIGN
+!uninstfinalize '${SIGN} "%1"' = 0
+!endif
 
 Var wasRunning
 Var purge
@@ -83,7 +98,7 @@ Var purgeCheckBox
 !macro EndProgram COPY RESULT
   !insertmacro IsRunning ${RESULT}
   ${If} ${RESULT} == 1
-    DetailPrint "Waiting for the running Vantora to end"
+    DetailPrint "Ending the running Vantora"
     Exec '"${COPY}" -terminate' ; not waited for: the program may hang
     StrCpy $R9 0
     ${Do}
@@ -115,8 +130,31 @@ Function GiveUp
   Quit
 FunctionEnd
 
+; The same value as the program's own menu item writes.
+Function StartWithWindows
+  WriteRegStr HKCU "${RUN_KEY}" "Vantora" '"$INSTDIR\vantora.exe" /tray'
+FunctionEnd
+
+Function FinishPageShown
+  ReadRegStr $R0 HKCU "${RUN_KEY}" "Vantora"
+  ${If} $R0 != ""
+    ${NSD_Check} $mui.FinishPage.ShowReadme
+  ${EndIf}
+FunctionEnd
+
+; Before what is ticked is done.
+Function FinishPageLeft
+  DeleteRegValue HKCU "${RUN_KEY}" "Vantora"
+FunctionEnd
+
 Section "Vantora"
   !insertmacro IsRunning $wasRunning
+  ${If} $wasRunning == 1
+    MessageBox MB_OKCANCEL|MB_ICONINFORMATION "Vantora is running. It is ended now to be replaced; the last page offers to start it again." /SD IDOK IDOK go_on
+    SetErrorLevel ${EXIT_CANCELLED}
+    Quit
+    go_on:
+  ${EndIf}
   ; The program's own update starts this installer and ends at once: it may be gone already, and says so in its settings.
   ReadRegDWORD $R0 HKCU "${SETTINGS_KEY}" "UpdateFinished"
   ${If} $R0 == 1
@@ -169,6 +207,12 @@ Function .onInstSuccess
   ${If} $EXEDIR == "$TEMP\Vantora"
     nsExec::Exec '"$SYSDIR\icacls.exe" "$EXEDIR" /setintegritylevel (OI)(CI)medium'
     Pop $R0
+  ${EndIf}
+  ${GetParameters} $R0
+  ClearErrors
+  ${GetOptions} $R0 "/AUTOSTART" $R1
+  ${IfNot} ${Errors}
+    Call StartWithWindows
   ${EndIf}
   ; With its pages shown, the installer offers the start at its end.
   ${If} ${Silent}

@@ -45,8 +45,8 @@ class Installer : public EndToEndTest {
     Uninstall(L"/S /PURGE");
   }
 
-  static std::optional<DWORD> Install(const wchar_t* setup) {
-    return RunningProgram(L"/S", FullPath(setup)).WaitForExit(kGiveUpMs);
+  static std::optional<DWORD> Install(const wchar_t* setup, const wchar_t* arguments = L"/S") {
+    return RunningProgram(arguments, FullPath(setup)).WaitForExit(kGiveUpMs);
   }
   /// The uninstaller goes on as a copy of itself, so its work is waited for: the entry goes last.
   void Uninstall(const std::wstring& arguments) const {
@@ -126,7 +126,11 @@ TEST_F(Installer, InstallsForTheUserAndUninstallsAllButWhatIsTheUsersOwn) {
     ASSERT_EQ(Install(VANTORA_SETUP), 0u);
     ExpectInstalled();
     WriteFileBytes(profile_.DataFolder() + L"\\my notes.txt", "mine");
-    for (const wchar_t* name : {L"Vantora", L"Other"}) profile_.Set(kRun, name, RegistryValue::Text(program_));
+    EXPECT_FALSE(profile_.Get(kRun, L"Vantora").has_value()) << "only on request";
+    ASSERT_EQ(Install(VANTORA_SETUP, L"/S /AUTOSTART"), 0u);
+    ASSERT_EQ(Install(VANTORA_SETUP), 0u);
+    EXPECT_EQ(profile_.Get(kRun, L"Vantora"), RegistryValue::Text(L"\"" + program_ + L"\" /tray")) << "and kept by an upgrade";
+    profile_.Set(kRun, L"Other", RegistryValue::Text(program_));
     const RunningProgram program(L"/tray", program_);
     ASSERT_TRUE(debug_.WaitFor(program.Id(), "MonitorEngine::MonitorLoop - Entering loop"));
 
