@@ -7,10 +7,10 @@ LINT_PACKAGES := $(HOST_PACKAGES) $(WINDOWS_PACKAGES) clang clang-format clang-t
 FUZZ_PACKAGES := cmake ninja-build clang libclang-rt-14-dev
 JOBS := $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: help run test test-host test-windows exe console console-windows deb installer package bench fuzz screenshots golden lint format clean
+.PHONY: help run test test-host test-windows exe console console-windows deb installer package release bench fuzz screenshots golden lint format clean
 
 help:
-	@echo "make run | test | test-host | test-windows | exe | console | console-windows | deb | installer | package | bench | fuzz | screenshots | golden | lint | format | clean"
+	@echo "make run | test | test-host | test-windows | exe | console | console-windows | deb | installer | package | release | bench | fuzz | screenshots | golden | lint | format | clean"
 
 run: exe
 	@scripts/need $(WINE_PACKAGES)
@@ -54,6 +54,10 @@ installer: exe console-windows
 package: exe console-windows
 	@scripts/need zip
 	@scripts/package
+
+release: exe console-windows deb
+	@scripts/need nsis zip unzip osslsigncode
+	@scripts/release
 
 bench:
 	@scripts/need $(HOST_PACKAGES) libbenchmark-dev procps
