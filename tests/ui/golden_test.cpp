@@ -39,13 +39,18 @@ void DescribeMenu(HMENU menu, const std::wstring& indent, std::wstring& text) {
 std::wstring DescribeList(HWND list) {
   std::wstring text;
   int columns = 0;
+  int left = 0;
+  RECT client{};
+  ::GetClientRect(list, &client);
   for (wchar_t header[64] = L"";; ++columns) {
     LVCOLUMNW column{};
     column.mask = LVCF_TEXT | LVCF_WIDTH;
     column.pszText = header;
     column.cchTextMax = 64;
     if (!::SendMessageW(list, LVM_GETCOLUMNW, static_cast<WPARAM>(columns), reinterpret_cast<LPARAM>(&column))) break;
-    text += L" |" + std::wstring(header) + L" " + std::to_wstring(column.cx);
+    left += column.cx;
+    // What a column takes of the list's rest is a matter of the machine's fonts.
+    text += L" |" + std::wstring(header) + L" " + (left == client.right ? L"fills" : std::to_wstring(column.cx));
   }
   for (int row = 0; row < RowCount(list); ++row) {
     text += L"\n     ";
