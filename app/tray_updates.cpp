@@ -91,14 +91,14 @@ void TrayUpdates::HandleNoUpdate(bool manual) {
   program_.updates.UpdateAvailableEvent.Clear();
   if (manual) (void)ShowBox(LoadResString(IDS_NO_UPDATE), IDS_APP_TITLE, MB_OK | MB_ICONINFORMATION);
   // The box may have been open for so long that a later check has found something.
-  SetLinkText(program_.MainDialogHandle, VersionLinkText(program_.updates));
+  SetLinkText(program_.MainDialogHandle.Get(), VersionLinkText(program_.updates));
 }
 
 void TrayUpdates::HandleUpdate(bool manual) {
   DebugLog(L"Update available. Signaling.");
   program_.updates.UpdateAvailableEvent.Signal();
   if (!manual) ::PostMessageW(window_, UWM_SHOW_UPDATE_AVAILABLE_NOTIFICATION, 0, 0);
-  if (HWND mainWindow = program_.MainDialogHandle) ::PostMessageW(mainWindow, UWM_UPDATE_AVAILABLE, 0, 0);
+  if (HWND mainWindow = program_.MainDialogHandle.Get()) ::PostMessageW(mainWindow, UWM_UPDATE_AVAILABLE, 0, 0);
   if (!manual) return;
   const std::wstring question = FormatResString(IDS_ASK_UPDATE_NOW, program_.updates.LatestVersion().c_str());
   if (ShowBox(question, IDS_UPDATE_AVAILABLE_TITLE, MB_YESNO | MB_ICONQUESTION) == IDYES) StartInstallation();

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string>
 
+#include "autostart/executable_path.h"
 #include "platform/handles.h"
 #include "storage/data_folder.h"
 #include "storage/settings_registry.h"
@@ -52,23 +53,18 @@ void MigrateDataFolder() {
   ::MoveFileExW(oldFolder.c_str(), newFolder.c_str(), MOVEFILE_COPY_ALLOWED);
 }
 
-bool HasValue(HKEY key, const wchar_t* name) {
-  return ::RegQueryValueExW(key, name, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+bool RunsAtLogon(const wchar_t* name) {
+  return ::RegGetValueW(HKEY_CURRENT_USER, kRunKey, name, RRF_RT_ANY, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
 }
 
 void MigrateAutostartEntry() {
-  HKEY opened = nullptr;
-  if (::RegOpenKeyExW(HKEY_CURRENT_USER, kRunKey, 0, KEY_READ | KEY_WRITE, &opened) != ERROR_SUCCESS) return;
-  const UniqueKey key(opened);
-  if (!HasValue(key.get(), kOldName)) return;
-  ::RegDeleteValueW(key.get(), kOldName);
-  if (HasValue(key.get(), kNewName)) return;
-  wchar_t path[MAX_PATH] = {};
-  const DWORD length = ::GetModuleFileNameW(nullptr, path, MAX_PATH);
-  if (length == 0 || length >= MAX_PATH) return;
-  const std::wstring command = L"\"" + std::wstring(path, length) + L"\"";
-  ::RegSetValueExW(key.get(), kNewName, 0, REG_SZ, reinterpret_cast<const BYTE*>(command.c_str()),
-                   static_cast<DWORD>((command.size() + 1) * sizeof(wchar_t)));
+  if (!RunsAtLogon(kOldName)) return;
+  ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, kOldName);
+  const std::wstring path = OwnExecutablePath();
+  if (RunsAtLogon(kNewName) || path.empty()) return;
+  const std::wstring command = L"\"" + path + L"\"";
+  const auto sizeBytes = static_cast<DWORD>((command.size() + 1) * sizeof(wchar_t));
+  ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, kNewName, REG_SZ, command.c_str(), sizeBytes);
 }
 
 /// Runs at every start: asking whether the task exists would cost as much as deleting it.

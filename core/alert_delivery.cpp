@@ -1,5 +1,7 @@
 #include "core/alert_delivery.h"
 
+#include <algorithm>
+
 #include "core/balloon_text.h"
 
 namespace {
@@ -8,10 +10,8 @@ constexpr std::uint32_t kMsPerSecond = 1000;
 
 /// The actions of the first rule with the id, which may be gone since the alert was raised.
 std::uint32_t ActionsFor(const RuleList& rules, std::uint32_t ruleId, std::uint32_t otherwise) {
-  for (const ThresholdRule& rule : rules) {
-    if (rule.ruleId == ruleId) return rule.alertActions;
-  }
-  return otherwise;
+  const auto rule = std::ranges::find(rules, ruleId, &ThresholdRule::ruleId);
+  return rule == rules.end() ? otherwise : rule->alertActions;
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include "platform/diagnostics.h"
 #include "platform/text_file.h"
 #include "update/version.h"
-#include "update/version_answer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   SetDiagnosticHook([](std::wstring_view) {});

@@ -126,7 +126,7 @@ bool TextScanner::TakeInteger(Integer& integer) {
 bool TextScanner::Unsigned(std::uint32_t highest, std::uint32_t& value) {
   Integer integer;
   if (!TakeInteger(integer)) return false;
-  value = integer.negative ? 0 : static_cast<std::uint32_t>(std::min<std::uint64_t>(integer.magnitude, highest));
+  value = integer.negative ? 0 : integer.Saturated(highest);
   return true;
 }
 

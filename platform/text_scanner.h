@@ -24,6 +24,16 @@ class TextScanner {
  public:
   explicit TextScanner(std::wstring_view text) : rest_(text) {}
 
+  struct Integer {
+    bool negative = false;
+    std::uint64_t magnitude = 0;  ///< saturates beyond 32 bits
+    [[nodiscard]] std::uint32_t Saturated(std::uint32_t highest) const {
+      return magnitude > highest ? highest : static_cast<std::uint32_t>(magnitude);
+    }
+  };
+  /// "%d" of any size: skips blanks, accepts a sign.
+  [[nodiscard]] bool TakeInteger(Integer& integer);
+
   void SkipBlanks();
   /// The next character must be this one.
   [[nodiscard]] bool Literal(wchar_t character);
@@ -38,11 +48,5 @@ class TextScanner {
   void Skip(std::size_t count) { rest_.remove_prefix(count); }
 
  private:
-  struct Integer {
-    bool negative = false;
-    std::uint64_t magnitude = 0;  ///< saturates beyond 32 bits
-  };
-  [[nodiscard]] bool TakeInteger(Integer& integer);
-
   std::wstring_view rest_;
 };

@@ -11,22 +11,6 @@ namespace {
 
 constexpr double kMaxDouble = std::numeric_limits<double>::max();
 
-/// Tenths of 0 <= fraction < 1, rounded as if the exact product were: halves to even.
-std::uint32_t RoundedTenths(double fraction) {
-  const double eight = fraction * 8.0;
-  const double two = fraction * 2.0;
-  const double product = eight + two;
-  // What the addition lost; both terms are exact.
-  const double back = product - eight;
-  const double lost = (eight - (product - back)) + (two - back);
-  const double floor = std::floor(product);
-  const double above = product - floor;
-  auto tenths = static_cast<std::uint32_t>(floor);
-  const bool tie = above == 0.5 && lost == 0.0;
-  if (above > 0.5 || (above == 0.5 && lost > 0.0) || (tie && tenths % 2 == 1)) ++tenths;
-  return tenths;
-}
-
 }  // namespace
 
 std::uint32_t SaturateToUnsigned32(double value) {
@@ -46,16 +30,8 @@ double MegabytesFromBytes(std::uint64_t bytes) { return static_cast<double>(byte
 
 std::wstring FormatTenths(double value) {
   if (std::isnan(value)) value = 0.0;
-  value = std::clamp(value, -kMaxDouble, kMaxDouble);
-  const double magnitude = std::fabs(value);
-  constexpr double kTwoTo53 = 9007199254740992.0;
-  // From here on every double is whole, and a whole number's text has no decimal point for a locale to change.
-  if (magnitude >= kTwoTo53) return FormatText(L"%.0f", value) + L".0";
-  auto whole = static_cast<std::uint64_t>(magnitude);
-  std::uint32_t tenths = RoundedTenths(magnitude - static_cast<double>(whole));
-  if (tenths == 10) {
-    ++whole;
-    tenths = 0;
-  }
-  return FormatText(L"%ls%llu.%u", std::signbit(value) ? L"-" : L"", static_cast<unsigned long long>(whole), tenths);
+  std::wstring text = FormatText(L"%.1f", std::clamp(value, -kMaxDouble, kMaxDouble));
+  // Whatever the locale's point is, it stands before the last digit.
+  text[text.size() - 2] = L'.';
+  return text;
 }

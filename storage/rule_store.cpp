@@ -139,7 +139,7 @@ void RuleStore::Append(const RuleList& rules) {
 
 bool RuleStore::Edit(std::uint32_t ruleId, const std::function<void(ThresholdRule&)>& edit) {
   return Change([&](RuleList& list, std::uint32_t&) {
-    const auto rule = std::find_if(list.begin(), list.end(), [&](const ThresholdRule& each) { return each.ruleId == ruleId; });
+    const auto rule = std::ranges::find(list, ruleId, &ThresholdRule::ruleId);
     if (rule == list.end()) return false;
     edit(*rule);
     return true;
@@ -150,7 +150,7 @@ void RuleStore::Remove(const std::vector<std::uint32_t>& ruleIds) {
   (void)Change([&](RuleList& list, std::uint32_t&) {
     const std::size_t before = list.size();
     for (const std::uint32_t ruleId : ruleIds) {
-      const auto rule = std::find_if(list.begin(), list.end(), [&](const ThresholdRule& each) { return each.ruleId == ruleId; });
+      const auto rule = std::ranges::find(list, ruleId, &ThresholdRule::ruleId);
       if (rule != list.end()) list.erase(rule);
     }
     return list.size() != before;
@@ -218,11 +218,6 @@ void RuleStore::Publish(RuleSnapshot list, std::uint32_t nextRuleId) {
   std::lock_guard lock(snapshotLock_);
   snapshot_.swap(list);
   nextRuleId_ = nextRuleId;
-}
-
-const ThresholdRule* FindRule(const RuleList& rules, std::uint32_t ruleId) {
-  const auto rule = std::find_if(rules.begin(), rules.end(), [&](const ThresholdRule& each) { return each.ruleId == ruleId; });
-  return rule == rules.end() ? nullptr : &*rule;
 }
 
 ThresholdRule MakeNewRule(std::uint32_t ruleId) {

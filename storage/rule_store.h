@@ -63,8 +63,5 @@ class RuleStore : public RuleSource {
   bool closed_ = false;
 };
 
-/// The first rule of the list with the id; null when there is none.
-[[nodiscard]] const ThresholdRule* FindRule(const RuleList& rules, std::uint32_t ruleId);
-
 /// A rule as Add Rule and the presets start from: enabled, no ceilings, notify and log, cooldown 60 s.
 [[nodiscard]] ThresholdRule MakeNewRule(std::uint32_t ruleId);

@@ -21,10 +21,13 @@ struct WindowPlacement {
   bool operator==(const WindowPlacement&) const = default;
 };
 
+/// Hours between two looks for a newer version.
+inline constexpr std::uint32_t kUpdateCheckIntervals[] = {24, 72, 168};
+
 struct AppSettings {
   std::uint32_t alertActions = ACTION_NOTIFY | ACTION_LOG;
   std::uint32_t notificationThrottleSec = 30;
-  std::uint32_t updateCheckIntervalHours = 24;  ///< 24, 72 or 168
+  std::uint32_t updateCheckIntervalHours = kUpdateCheckIntervals[0];  ///< one of kUpdateCheckIntervals
   bool includeBetas = true;
   std::wstring logFilePath;    ///< at most 259 characters; empty: no alert log
   std::wstring soundFilePath;  ///< at most 259 characters; empty: no sound

@@ -4,7 +4,7 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cstring>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -87,17 +87,33 @@ void ReadExclusions(HKEY key, MonitorEngine& engine) {
   engine.SetExclusions(SplitMultiString(std::wstring_view(data).substr(0, sizeBytes / sizeof(wchar_t))));
 }
 
+struct NumberSetting {
+  const wchar_t* name;
+  std::uint32_t AppSettings::*member;
+  bool (*allowed)(std::uint32_t value);
+};
+
+constexpr NumberSetting kNumbers[] = {
+    {L"AlertActions", &AppSettings::alertActions, [](std::uint32_t) { return true; }},
+    {L"NotificationThrottleSec", &AppSettings::notificationThrottleSec,
+     [](std::uint32_t seconds) { return seconds >= kMinThrottleSec && seconds <= kMaxThrottleSec; }},
+    {L"UpdateCheckIntervalHours", &AppSettings::updateCheckIntervalHours,
+     [](std::uint32_t hours) { return std::ranges::find(kUpdateCheckIntervals, hours) != std::end(kUpdateCheckIntervals); }},
+};
+
+struct PathSetting {
+  const wchar_t* name;
+  std::wstring AppSettings::*member;
+};
+
+constexpr PathSetting kPaths[] = {{L"LogFilePath", &AppSettings::logFilePath}, {L"SoundFilePath", &AppSettings::soundFilePath}};
+
 void ReadSettings(HKEY key, AppSettings& settings) {
-  if (const auto actions = ReadNumber(key, L"AlertActions")) settings.alertActions = *actions;
-  if (const auto seconds = ReadNumberInRange(key, L"NotificationThrottleSec", kMinThrottleSec, kMaxThrottleSec)) {
-    settings.notificationThrottleSec = *seconds;
-  }
-  if (const auto hours = ReadNumber(key, L"UpdateCheckIntervalHours"); hours && (*hours == 24 || *hours == 72 || *hours == 168)) {
-    settings.updateCheckIntervalHours = *hours;
+  for (const NumberSetting& number : kNumbers) {
+    if (const auto value = ReadNumber(key, number.name); value && number.allowed(*value)) settings.*number.member = *value;
   }
   if (const auto betas = ReadNumber(key, L"IncludeBetas")) settings.includeBetas = *betas != 0;
-  ReadPath(key, L"LogFilePath", settings.logFilePath);
-  ReadPath(key, L"SoundFilePath", settings.soundFilePath);
+  for (const PathSetting& path : kPaths) ReadPath(key, path.name, settings.*path.member);
   ReadPlacement(key, settings.mainDialogPlacement);
 }
 
@@ -145,12 +161,9 @@ void SaveSettings(const SettingsStore& store, const MonitorEngine& engine) {
   const UniqueKey key(opened);
   const AppSettings settings = store.Get();
   WriteNumber(key.get(), L"PollIntervalSec", engine.IntervalMs() / 1000);
-  WriteNumber(key.get(), L"AlertActions", settings.alertActions);
-  WriteNumber(key.get(), L"NotificationThrottleSec", settings.notificationThrottleSec);
-  WriteNumber(key.get(), L"UpdateCheckIntervalHours", settings.updateCheckIntervalHours);
+  for (const NumberSetting& number : kNumbers) WriteNumber(key.get(), number.name, settings.*number.member);
   WriteNumber(key.get(), L"IncludeBetas", settings.includeBetas ? 1 : 0);
-  WriteText(key.get(), L"LogFilePath", settings.logFilePath);
-  WriteText(key.get(), L"SoundFilePath", settings.soundFilePath);
+  for (const PathSetting& path : kPaths) WriteText(key.get(), path.name, settings.*path.member);
   WriteExclusions(key.get(), *engine.Exclusions());
   const WindowPlacement& placement = settings.mainDialogPlacement;
   if (placement.HasSize()) WriteBytes(key.get(), L"MainDialogPlacement", REG_BINARY, &placement, sizeof placement);

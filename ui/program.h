@@ -10,6 +10,7 @@
 #include "core/recent_alerts.h"
 #include "storage/rule_store.h"
 #include "storage/settings.h"
+#include "ui/single_window.h"
 #include "update/update_state.h"
 
 struct Program {
@@ -19,7 +20,6 @@ struct Program {
   SettingsStore& settings;
   RecentAlerts& recentAlerts;
   UpdateState& updates;
-  std::atomic<HWND> trayWindow{nullptr};        ///< set by start-up; every message to the program as a whole goes there
-  std::atomic<bool> mainDialogOpening{false};   ///< from the request until the handle below is set: a second request does nothing
-  std::atomic<HWND> MainDialogHandle{nullptr};  ///< the open main window, kept by that window itself
+  std::atomic<HWND> trayWindow{nullptr};  ///< set by start-up; every message to the program as a whole goes there
+  SingleWindow MainDialogHandle{};        ///< the main window, kept by that window itself
 };

@@ -1,8 +1,14 @@
 #pragma once
 
-// Starting a verified installer. Windows builds only.
+// Whether the system accepts an installer's signature, and starting one that it accepts. Windows builds only.
+
+#include <windows.h>
 
 #include <string>
+
+/// The system's verdict on the file's Authenticode signature, revocation of the whole chain included: 0 accepts it. Shows
+/// nothing. Blocks for as long as revocation servers take; one that does not answer rejects the file.
+[[nodiscard]] LONG VerifyInstallerSignature(const std::wstring& path);
 
 struct LaunchResult {
   bool accepted = false;    ///< the system took the request

@@ -1,9 +1,10 @@
-#include <windows.h>
+#include "update/installer_start.h"
 
 #include <shellapi.h>
+#include <softpub.h>
+#include <wintrust.h>
 
 #include "platform/handles.h"
-#include "update/installer_start.h"
 
 namespace {
 
@@ -52,4 +53,25 @@ LaunchResult LaunchDirectly(const std::wstring& path) {
 
 LaunchResult LaunchInstaller(const std::wstring& path, bool elevated) {
   return elevated ? LaunchDirectly(path) : LaunchByShell(path);
+}
+
+LONG VerifyInstallerSignature(const std::wstring& path) {
+  WINTRUST_FILE_INFO file{};
+  file.cbStruct = sizeof file;
+  file.pcwszFilePath = path.c_str();
+
+  WINTRUST_DATA data{};
+  data.cbStruct = sizeof data;
+  data.dwUIChoice = WTD_UI_NONE;
+  data.fdwRevocationChecks = WTD_REVOKE_WHOLECHAIN;
+  data.dwUnionChoice = WTD_CHOICE_FILE;
+  data.pFile = &file;
+  data.dwStateAction = WTD_STATEACTION_VERIFY;
+  data.dwProvFlags = WTD_SAFER_FLAG;
+
+  GUID action = WINTRUST_ACTION_GENERIC_VERIFY_V2;
+  const LONG verdict = ::WinVerifyTrust(nullptr, &action, &data);
+  data.dwStateAction = WTD_STATEACTION_CLOSE;
+  ::WinVerifyTrust(nullptr, &action, &data);
+  return verdict;
 }

@@ -10,7 +10,6 @@
 #include "update/update_check.h"
 #include "update/update_values.h"
 #include "update/version.h"
-#include "update/version_answer.h"
 
 namespace {
 

@@ -9,7 +9,6 @@
 #include "update/download.h"
 #include "update/http_client_windows.h"
 #include "update/installer_folder.h"
-#include "update/installer_signature.h"
 #include "update/update_channel.h"
 #include "update/update_install.h"
 #include "update/update_values.h"

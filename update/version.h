@@ -1,16 +1,23 @@
 #pragma once
 
-// The program's version and the rules by which versions compare.
+// The program's version, the rules by which versions compare, and how the update server's answer names one.
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
-inline constexpr wchar_t AppVersion[] = L"0.0.2.7";
-inline constexpr wchar_t AppVersionDisplay[] = L"0.0.2.7 BETA";
+#include "product_config.h"
+
+inline constexpr wchar_t AppVersion[] = L"" VANTORA_VERSION_STRING;
+inline constexpr wchar_t AppVersionDisplay[] = L"" VANTORA_VERSION_STRING " " VANTORA_CHANNEL;
 
 /// Four dotted numbers, eight bits each and not masked, as one number; 0 is invalid (null, under 7 characters, no number).
 [[nodiscard]] std::uint32_t VersionToNumber(const wchar_t* text);
 /// Whether `latest` is newer than this program.
 [[nodiscard]] bool IsNewerVersion(const std::wstring& latest);
-/// Keeps only digits and dots, in their order.
-[[nodiscard]] std::wstring FilterVersionText(const std::wstring& text);
+
+/// The bytes of an answer that count: everything before the first NUL. Their way to text is the system's.
+[[nodiscard]] std::string_view VersionAnswerBytes(std::string_view body);
+/// The version that the answer's text names: its digits and dots. The program's own version, with a diagnostic line, when they
+/// make no valid number.
+[[nodiscard]] std::wstring LatestVersionFromAnswer(const std::wstring& text);

@@ -54,7 +54,7 @@ class TrayWindowTest : public testing::Test {
         [&] {
           MSG message{};
           while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            if (message.message == UWM_UPDATE_AVAILABLE && message.hwnd == own_.program.MainDialogHandle) ++toldOfUpdate_;
+            if (message.message == UWM_UPDATE_AVAILABLE && message.hwnd == own_.program.MainDialogHandle.Get()) ++toldOfUpdate_;
             ::DispatchMessageW(&message);
           }
           return condition();
@@ -81,7 +81,7 @@ TEST_F(TrayWindowTest, AnAutomaticCheckTellsTheOpenMainWindowAndTheOfferLastsAsL
       ::CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr));
   HWND link = ::CreateWindowExW(0, L"STATIC", L"Version 0.0.2.8 available.", WS_CHILD, 0, 0, 0, 0, mainWindow.get(),
                                 reinterpret_cast<HMENU>(INT_PTR{IDC_VERSION_LINK}), nullptr, nullptr);
-  own_.program.MainDialogHandle = mainWindow.get();
+  own_.program.MainDialogHandle.Opened(mainWindow.get());
   wchar_t text[100]{};
   EXPECT_TRUE(PumpUntil([&] {
     return ::GetWindowTextW(link, text, 100) > 0 && std::wstring(text) == L"Version 0.0.2.7 BETA. <a>Check for updates</a>";
@@ -92,7 +92,7 @@ TEST_F(TrayWindowTest, AnAutomaticCheckTellsTheOpenMainWindowAndTheOfferLastsAsL
   Send(UWM_CHECK_FOR_UPDATES);
   EXPECT_TRUE(PumpUntil([&] { return toldOfUpdate_ == 1; }));
   EXPECT_EQ(own_.updates.UpdateAvailableEvent.Wait(0), WaitResult::kSignaled);
-  own_.program.MainDialogHandle = nullptr;
+  own_.program.MainDialogHandle.Closed(mainWindow.get());
 
   Send(UWM_TRAYICON, NIN_BALLOONUSERCLICK);
   EXPECT_TRUE(e2e::WaitUntil([] { return installations == 1; }));

@@ -66,7 +66,7 @@ class MainWindowTest : public testing::Test, protected TestProgram {
     ::SendMessageW(Window(), WM_NULL, 0, 0);
   }
 
-  [[nodiscard]] HWND Window() const { return program.MainDialogHandle; }
+  [[nodiscard]] HWND Window() const { return program.MainDialogHandle.Get(); }
   [[nodiscard]] HWND Item(int id) const { return ::GetDlgItem(Window(), id); }
 
   [[nodiscard]] RuleList Rules() const { return *rules.Snapshot(); }

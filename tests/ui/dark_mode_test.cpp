@@ -10,6 +10,8 @@
 #include "platform/handles.h"
 #include "res/resource.h"
 #include "tests/support/theme_recorder.h"
+#include "ui/dark/dark_dialog.h"
+#include "ui/dark/dark_list_view.h"
 #include "ui/dark/dark_menu_bar.h"
 #include "ui/dark/dark_scroll_bar.h"
 

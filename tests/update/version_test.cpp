@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "update/version_answer.h"
-
 TEST(VersionNumber, ReadsFourComponentsOfEightBits) {
   const struct {
     const wchar_t* text;

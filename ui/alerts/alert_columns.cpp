@@ -1,18 +1,22 @@
 #include "ui/alerts/alert_columns.h"
 
+#include <iterator>
+#include <string>
+
 #include "platform/text_format.h"
 #include "res/resource.h"
 #include "storage/alert_log_line.h"
+#include "ui/framework/list_view.h"
 
 namespace {
 
-constexpr ListColumn kRecentAlertsColumns[kAlertColumnCount] = {
+constexpr ListColumn kRecentAlertsColumns[] = {
     {IDS_COLUMN_TIME, 120}, {IDS_COLUMN_PID, 50}, {IDS_COLUMN_PROCESS, 110}, {IDS_COLUMN_VIOLATION, 300}};
-constexpr ListColumn kAlertLogColumns[kAlertColumnCount] = {
+constexpr ListColumn kAlertLogColumns[] = {
     {IDS_COLUMN_TIME, 130}, {IDS_COLUMN_PID, 60}, {IDS_COLUMN_PROCESS, 120}, {IDS_COLUMN_VIOLATION, 350}};
 
 using CellText = std::wstring (*)(const AlertRecord&);
-constexpr CellText kCellTexts[kAlertColumnCount] = {
+constexpr CellText kCellTexts[] = {
     [](const AlertRecord& alert) { return FormatAlertTime(alert.time); },
     [](const AlertRecord& alert) { return FormatText(L"%u", static_cast<unsigned>(alert.pid)); },
     [](const AlertRecord& alert) { return alert.processName; },
@@ -21,8 +25,10 @@ constexpr CellText kCellTexts[kAlertColumnCount] = {
 
 }  // namespace
 
-std::span<const ListColumn, kAlertColumnCount> RecentAlertsColumns() { return kRecentAlertsColumns; }
+std::span<const ListColumn> RecentAlertsColumns() { return kRecentAlertsColumns; }
 
-std::span<const ListColumn, kAlertColumnCount> AlertLogColumns() { return kAlertLogColumns; }
+std::span<const ListColumn> AlertLogColumns() { return kAlertLogColumns; }
 
-std::wstring AlertCellText(const AlertRecord& alert, std::size_t column) { return kCellTexts[column](alert); }
+void InsertAlertRow(HWND list, int row, const AlertRecord& alert) {
+  InsertListRow(list, row, 0, std::size(kCellTexts), [&](std::size_t column) { return kCellTexts[column](alert); });
+}

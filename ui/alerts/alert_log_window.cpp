@@ -10,11 +10,13 @@
 #include "res/resource.h"
 #include "storage/alert_log.h"
 #include "ui/alerts/alert_columns.h"
-#include "ui/alerts/alert_list.h"
 #include "ui/alerts/clear_alerts.h"
+#include "ui/dark/dark_list_view.h"
 #include "ui/dark/dark_mode.h"
+#include "ui/framework/commands.h"
 #include "ui/framework/dialog.h"
 #include "ui/framework/file_choosers.h"
+#include "ui/framework/list_view.h"
 #include "ui/framework/resources.h"
 
 namespace {
@@ -43,8 +45,8 @@ class AlertLogDialog final : public Dialog {
   void OnClear();
 
   static constexpr CommandRow<AlertLogDialog> kCommands[] = {
-      {IDC_EXPORT_CSV, &AlertLogDialog::OnExport},
-      {IDC_CLEAR_ALERT_LOG, &AlertLogDialog::OnClear},
+      {IDC_EXPORT_CSV, [](AlertLogDialog& log) { log.OnExport(); }},
+      {IDC_CLEAR_ALERT_LOG, [](AlertLogDialog& log) { log.OnClear(); }},
   };
 
   Program& program_;
@@ -85,7 +87,7 @@ std::optional<INT_PTR> AlertLogDialog::OnMessage(UINT message, WPARAM, LPARAM) {
 }
 
 bool AlertLogDialog::OnCommand(WORD id, WORD notification) {
-  return DispatchCommand<AlertLogDialog>(*this, kCommands, id) || Dialog::OnCommand(id, notification);
+  return RunCommand<AlertLogDialog>(*this, kCommands, id) || Dialog::OnCommand(id, notification);
 }
 
 void AlertLogDialog::OnExport() {

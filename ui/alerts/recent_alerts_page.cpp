@@ -5,8 +5,8 @@
 #include "platform/handles.h"
 #include "res/resource.h"
 #include "ui/alerts/alert_columns.h"
-#include "ui/alerts/alert_list.h"
 #include "ui/alerts/clear_alerts.h"
+#include "ui/framework/list_view.h"
 #include "ui/framework/resources.h"
 
 RecentAlertsPage::RecentAlertsPage(Program& program) : program_(program), rows_(program.recentAlerts) {}

@@ -1,6 +1,4 @@
-// A dialog's dark colours: the subclass that answers its controls' colour questions and gives each listed control its theme.
-
-#include <windows.h>
+#include "ui/dark/dark_dialog.h"
 
 #include <commctrl.h>
 

@@ -1,6 +1,4 @@
-// Dark list views: the themed list and header, and the header's text colour, which the theme does not set by itself.
-
-#include <windows.h>
+#include "ui/dark/dark_list_view.h"
 
 #include <commctrl.h>
 #include <uxtheme.h>

@@ -1,5 +1,7 @@
 #include "ui/dark/dark_mode.h"
 
+#include <initializer_list>
+
 #include "ui/dark/dark_mode_entry_points.h"
 
 namespace {

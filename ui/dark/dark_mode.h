@@ -5,8 +5,6 @@
 
 #include <windows.h>
 
-#include <span>
-
 inline constexpr COLORREF kDarkText = 0xE0E0E0;
 inline constexpr COLORREF kDarkBackground = 0x202020;
 
@@ -31,13 +29,3 @@ void RefreshTitleBarTheme(HWND window);
 
 /// Allows dark mode for one window that is neither a dialog nor listed with one, or forbids it while dark mode is off.
 void AllowDarkMode(HWND window);
-
-/// Whether a dialog's menu bar is drawn dark as well. It is not part of the client area: its painting goes in between the title
-/// bar and the dialog's own colours.
-enum class DarkMenuBar { kNone, kDraw };
-
-/// During WM_INITDIALOG. Per-dialog data live until the dialog is destroyed.
-void ApplyDarkModeToDialog(HWND dialog, COLORREF text, COLORREF background, std::span<const int> controlIds,
-                           DarkMenuBar menuBar = DarkMenuBar::kNone);
-/// Themes list and header, and gives the list the dark colours while dark mode is on. After the dialog itself.
-void ApplyDarkModeToListView(HWND list);

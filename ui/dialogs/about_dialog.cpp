@@ -5,6 +5,7 @@
 #include "platform/handles.h"
 #include "product_config.h"
 #include "res/resource.h"
+#include "ui/dark/dark_mode.h"
 #include "ui/framework/dialog.h"
 #include "ui/framework/resources.h"
 #include "ui/program.h"

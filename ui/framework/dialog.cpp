@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/out_of_memory.h"
+#include "ui/dark/dark_mode.h"
 #include "ui/framework/resources.h"
 
 namespace {

@@ -14,27 +14,8 @@
 #include <string_view>
 #include <vector>
 
-#include "ui/dark/dark_mode.h"
+#include "ui/dark/dark_dialog.h"
 #include "ui/framework/anchors.h"
-
-/// One row of a dialog's command table: a menu item or button and what it does.
-template <class DialogClass>
-struct CommandRow {
-  WORD id;
-  void (DialogClass::*handler)();
-};
-
-/// Runs the row's handler; false when the id is in no row.
-template <class DialogClass>
-bool DispatchCommand(DialogClass& dialog, std::span<const CommandRow<DialogClass>> rows, WORD id) {
-  for (const auto& row : rows) {
-    if (row.id == id) {
-      (dialog.*row.handler)();
-      return true;
-    }
-  }
-  return false;
-}
 
 /// Used on the thread that opens it. Not movable: the window points at it. A handler that runs out of memory has handled nothing;
 /// an OnInitDialog that does ends the dialog.

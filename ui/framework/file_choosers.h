@@ -1,7 +1,6 @@
 #pragma once
 
-// The system's file dialogs as the program's windows use them: a path, or nothing when the user thinks better of it. They never
-// change the current folder.
+// The system's file choosers as the program's windows use them. None of them changes the current folder.
 
 #include <windows.h>
 
@@ -10,6 +9,13 @@
 /// Asks under which name to write; a present file is overwritten only after a question. `filterStringId`: the filter list as
 /// LoadFilterString reads it. Empty when cancelled.
 [[nodiscard]] std::wstring AskSavePath(HWND owner, UINT filterStringId, const wchar_t* defaultExtension);
+/// Asks for a file that exists, from the user's documents on. Empty when cancelled.
+[[nodiscard]] std::wstring AskOpenPath(HWND owner, UINT filterStringId);
 
-/// Asks for a file that exists. A null `initialFolder` leaves the folder to the system. Empty when cancelled.
-[[nodiscard]] std::wstring AskOpenPath(HWND owner, UINT filterStringId, const wchar_t* initialFolder);
+// Behind the "..." buttons of the Settings page: each starts at the path typed so far and changes it only when the user picks
+// one.
+
+/// The alert log: any file, existing or not. No question about overwriting, since alerts are appended.
+[[nodiscard]] bool ChooseLogFilePath(HWND owner, std::wstring& path);
+/// An existing sound file, from the system's own on.
+[[nodiscard]] bool ChooseSoundFilePath(HWND owner, std::wstring& path);

@@ -1,13 +1,10 @@
 #pragma once
 
-// Small things every dialog needs: resource strings, file-dialog filters, icons, list columns, the DPI.
+// Small things every dialog needs: resource strings, file-dialog filters, icons, the DPI.
 
 #include <windows.h>
 
-#include <span>
 #include <string>
-
-#include "ui/framework/list_columns.h"
 
 /// The string resource, at most 511 characters; empty when it is missing.
 [[nodiscard]] std::wstring LoadResString(UINT id);
@@ -23,10 +20,3 @@ void SetDialogIcons(HWND window);
 
 /// A length given for 96 dpi in pixels of the system's DPI.
 [[nodiscard]] int ScaleForDpi(int pixelsAt96);
-
-/// Full-row select and the columns of the table, widths scaled by the DPI.
-void InsertListColumns(HWND list, std::span<const ListColumn> columns);
-/// Widens the last column to the list's right edge, never below the width of its row of the table; what is cut even so has a
-/// tooltip.
-void FillWithLastColumn(HWND list, std::span<const ListColumn> columns);
-void SetListCell(HWND list, int row, int column, const std::wstring& text);

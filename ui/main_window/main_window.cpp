@@ -6,6 +6,9 @@
 #include "res/messages.h"
 #include "res/resource.h"
 #include "storage/settings_registry.h"
+#include "ui/dark/dark_list_view.h"
+#include "ui/dark/dark_mode.h"
+#include "ui/framework/commands.h"
 #include "ui/framework/resources.h"
 #include "ui/main_window/main_window_thread.h"
 
@@ -47,21 +50,24 @@ constexpr int kDarkControls[] = {IDC_ADD_RULE,     IDC_EDIT_RULE,     IDC_REMOVE
 
 struct MainDialog::Tables {
   static constexpr CommandRow<MainDialog> kCommands[] = {
-      {IDOK, &MainDialog::OnOk},       {IDCANCEL, &MainDialog::OnCancel},        {IDM_CLOSE, &MainDialog::OnCancel},
-      {IDM_EXIT, &MainDialog::OnExit}, {IDM_CLEAR_LOG, &MainDialog::OnClearLog},
+      {IDOK, [](MainDialog& window) { window.Close(IDOK); }},
+      {IDCANCEL, [](MainDialog& window) { window.Close(IDCANCEL); }},
+      {IDM_CLOSE, [](MainDialog& window) { window.Close(IDCANCEL); }},
+      {IDM_EXIT, [](MainDialog& window) { window.OnExit(); }},
+      {IDM_CLEAR_LOG, [](MainDialog& window) { window.recentAlerts_.Clear(); }},
   };
 
   /// One control's notification and what it does.
   struct NotifyRow {
     UINT_PTR controlId;
     UINT code;
-    void (MainDialog::*handler)();
+    void (*run)(MainDialog& window);
   };
   static constexpr NotifyRow kNotifications[] = {
-      {IDC_TABS, TCN_SELCHANGE, &MainDialog::OnTabChange},
-      {IDC_RECENT_ALERTS, NM_RCLICK, &MainDialog::OnAlertsRightClick},
-      {IDC_VERSION_LINK, NM_CLICK, &MainDialog::OnVersionLink},
-      {IDC_VERSION_LINK, NM_RETURN, &MainDialog::OnVersionLink},
+      {IDC_TABS, TCN_SELCHANGE, [](MainDialog& window) { window.tabs_.OnSelectionChange(); }},
+      {IDC_RECENT_ALERTS, NM_RCLICK, [](MainDialog& window) { window.recentAlerts_.ShowContextMenu(); }},
+      {IDC_VERSION_LINK, NM_CLICK, [](MainDialog& window) { window.versionLink_.OnClick(); }},
+      {IDC_VERSION_LINK, NM_RETURN, [](MainDialog& window) { window.versionLink_.OnClick(); }},
   };
 };
 
@@ -75,8 +81,7 @@ MainDialog::MainDialog(Program& program)
       versionLink_(program) {}
 
 bool MainDialog::OnInitDialog() {
-  program_.MainDialogHandle = Window();
-  program_.mainDialogOpening = false;
+  program_.MainDialogHandle.Opened(Window());
   AttachMenu();
   PlaceGrip();
   rules_.OnInitDialog(Window());
@@ -150,7 +155,7 @@ void MainDialog::StorePlacement() const {
 
 void MainDialog::EndMainWindow(INT_PTR result) {
   End(result);
-  program_.MainDialogHandle = nullptr;
+  program_.MainDialogHandle.Closed(Window());
 }
 
 void MainDialog::Close(INT_PTR result) {
@@ -160,28 +165,20 @@ void MainDialog::Close(INT_PTR result) {
   EndMainWindow(result);
 }
 
-void MainDialog::OnOk() { Close(IDOK); }
-void MainDialog::OnCancel() { Close(IDCANCEL); }
-
 void MainDialog::OnExit() {
   EndMainWindow(IDCANCEL);
   if (HWND tray = program_.trayWindow) ::PostMessageW(tray, UWM_TERMINATE, 0, 0);
 }
 
-void MainDialog::OnClearLog() { recentAlerts_.Clear(); }
-void MainDialog::OnTabChange() { tabs_.OnSelectionChange(); }
-void MainDialog::OnAlertsRightClick() { recentAlerts_.ShowContextMenu(); }
-void MainDialog::OnVersionLink() { versionLink_.OnClick(); }
-
 bool MainDialog::OnCommand(WORD id, WORD notification) {
-  return settingsPage_.OnCommand(id, notification) || DispatchCommand<MainDialog>(*this, Tables::kCommands, id) ||
+  return settingsPage_.OnCommand(id, notification) || RunCommand<MainDialog>(*this, Tables::kCommands, id) ||
          rules_.OnCommand(id) || settingsMenu_.OnCommand(id);
 }
 
 INT_PTR MainDialog::OnNotify(const NMHDR& header) {
   for (const Tables::NotifyRow& row : Tables::kNotifications) {
     if (row.controlId != header.idFrom || row.code != header.code) continue;
-    (this->*row.handler)();
+    row.run(*this);
     return TRUE;
   }
   return rules_.OnNotify(header);
@@ -222,34 +219,12 @@ std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM
 
 void MainDialog::OnDestroy() {
   shortcuts_.Remove(Window());
-  // However the window ended: nobody may find it any more.
-  HWND window = Window();
-  program_.MainDialogHandle.compare_exchange_strong(window, nullptr);
+  program_.MainDialogHandle.Closed(Window());
 }
-
-namespace {
-
-/// True when a window was open, which is then in front.
-bool BringForward(const Program& program) {
-  HWND open = program.MainDialogHandle;
-  if (open == nullptr) return false;
-  if (::IsIconic(open)) ::ShowWindowAsync(open, SW_RESTORE);
-  ::SetForegroundWindow(open);
-  return true;
-}
-
-}  // namespace
 
 void MainDialogThread(Program& program) {
-  if (BringForward(program)) return;
-  // A double click on the tray icon asks twice within milliseconds; the second request finds the window still opening.
-  if (program.mainDialogOpening.exchange(true)) return;
-  if (BringForward(program)) {  // it has opened between the two questions
-    program.mainDialogOpening = false;
-    return;
-  }
+  if (!program.MainDialogHandle.Claim()) return;
   DebugLog(L"MainDialogThread");
-  // The window itself takes the flag back as soon as it can be found.
   const auto run = [&] { return MainDialog(program).RunModal(nullptr); };
-  if (UnlessOutOfMemory(L"MainDialogThread", INT_PTR{-1}, run) == -1) program.mainDialogOpening = false;
+  if (UnlessOutOfMemory(L"MainDialogThread", INT_PTR{-1}, run) == -1) program.MainDialogHandle.GiveUp();
 }

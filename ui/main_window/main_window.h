@@ -42,14 +42,7 @@ class MainDialog : public Dialog, public MainWindowHost {
   void RestorePlacement() const;
   void StorePlacement() const;
   void Close(INT_PTR result);
-
-  void OnOk();
-  void OnCancel();
   void OnExit();
-  void OnClearLog();
-  void OnTabChange();
-  void OnAlertsRightClick();
-  void OnVersionLink();
 
   Program& program_;
   RuleListCommands rules_;

@@ -1,6 +1,7 @@
 #include "ui/main_window/menu_marks.h"
 
 #include "res/resource.h"
+#include "ui/main_window/settings_rows.h"
 
 namespace {
 
@@ -10,15 +11,7 @@ struct MarkRow {
   bool (*holds)(const SettingsMenuFacts& facts);
 };
 
-template <std::uint32_t kAction>
-bool HasAction(const SettingsMenuFacts& facts) {
-  return (facts.settings.alertActions & kAction) != 0;
-}
-
 constexpr MarkRow kChecked[] = {
-    {IDM_NOTIFY, HasAction<ACTION_NOTIFY>},
-    {IDM_LOG, HasAction<ACTION_LOG>},
-    {IDM_SOUND, HasAction<ACTION_SOUND>},
     {IDM_START_WITH_WINDOWS, [](const SettingsMenuFacts& facts) { return facts.startsWithWindows; }},
     {IDM_INCLUDE_BETAS, [](const SettingsMenuFacts& facts) { return facts.settings.includeBetas; }},
 };
@@ -29,9 +22,11 @@ constexpr MarkRow kGreyed[] = {
     {IDM_RUN_AS_ADMIN, [](const SettingsMenuFacts& facts) { return facts.elevated; }},
 };
 
-UINT FrequencyItem(std::uint32_t hours) {
-  if (hours <= 24) return IDM_UPDATE_DAILY;
-  return hours <= 72 ? IDM_UPDATE_3_DAYS : IDM_UPDATE_WEEKLY;
+UINT UpdateIntervalItem(std::uint32_t hours) {
+  for (const UpdateIntervalRow& row : kUpdateIntervalRows) {
+    if (hours <= row.hours) return row.menuItem;
+  }
+  return IDM_UPDATE_WEEKLY;
 }
 
 void Check(HMENU popup, UINT id, bool checked) {
@@ -41,11 +36,12 @@ void Check(HMENU popup, UINT id, bool checked) {
 }  // namespace
 
 void ShowMenuState(HMENU popup, const SettingsMenuFacts& facts) {
+  for (const AlertActionRow& row : kAlertActionRows) Check(popup, row.menuItem, (facts.settings.alertActions & row.action) != 0);
   for (const MarkRow& row : kChecked) Check(popup, row.id, row.holds(facts));
   for (const MarkRow& row : kGreyed) {
     ::EnableMenuItem(popup, row.id, MF_BYCOMMAND | static_cast<UINT>(row.holds(facts) ? MF_GRAYED : MF_ENABLED));
   }
-  ::CheckMenuRadioItem(popup, IDM_UPDATE_DAILY, IDM_UPDATE_WEEKLY, FrequencyItem(facts.settings.updateCheckIntervalHours),
+  ::CheckMenuRadioItem(popup, IDM_UPDATE_DAILY, IDM_UPDATE_WEEKLY, UpdateIntervalItem(facts.settings.updateCheckIntervalHours),
                        MF_BYCOMMAND);
 }
 

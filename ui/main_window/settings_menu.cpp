@@ -13,7 +13,7 @@
 #include "ui/alerts/alert_log_window.h"
 #include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/exclusions_dialog.h"
-#include "ui/framework/dialog.h"
+#include "ui/framework/commands.h"
 #include "ui/framework/resources.h"
 #include "ui/main_window/main_window_frame.h"
 #include "ui/main_window/menu_marks.h"
@@ -26,28 +26,6 @@ namespace {
 constexpr std::uint32_t kAnswerWaitMs = 200;
 /// How often an open popup looks for an answer that did not come in that time.
 constexpr UINT kAnswerPollMs = 100;
-
-struct ActionRow {
-  WORD id;
-  std::uint32_t action;
-};
-
-constexpr ActionRow kActionToggles[] = {
-    {IDM_NOTIFY, ACTION_NOTIFY},
-    {IDM_LOG, ACTION_LOG},
-    {IDM_SOUND, ACTION_SOUND},
-};
-
-struct FrequencyRow {
-  WORD id;
-  std::uint32_t hours;
-};
-
-constexpr FrequencyRow kFrequencies[] = {
-    {IDM_UPDATE_DAILY, 24},
-    {IDM_UPDATE_3_DAYS, 72},
-    {IDM_UPDATE_WEEKLY, 168},
-};
 
 class WaitCursor {
  public:
@@ -70,22 +48,37 @@ void SetDefaults(AppSettings& settings) {
   settings.soundFilePath.clear();
 }
 
+void ToggleAdminAtLogin() {
+  // All of it blocks this window, an elevated copy's prompt included.
+  const WaitCursor waiting;
+  const bool installed = IsAdminTaskInstalled();
+  if (!IsProcessElevated()) {
+    DWORD exitCode = 1;
+    RunElevated(installed ? L"--remove-admin-task" : L"--install-admin-task", true, &exitCode);
+  } else if (installed) {
+    RemoveAdminTask();
+  } else {
+    InstallAdminTask();
+  }
+}
+
 }  // namespace
 
 struct SettingsMenu::CommandTable {
   static constexpr CommandRow<SettingsMenu> kRows[] = {
-      {IDM_PAUSE, &SettingsMenu::OnPause},
-      {IDM_RESUME, &SettingsMenu::OnResume},
-      {IDM_ALERT_LOG, &SettingsMenu::OnViewAlertLog},
-      {IDM_ABOUT, &SettingsMenu::OnAbout},
-      {IDM_CHECK_FOR_UPDATES, &SettingsMenu::OnCheckForUpdates},
-      {IDM_START_WITH_WINDOWS, &SettingsMenu::OnStartWithWindows},
-      {IDM_INCLUDE_BETAS, &SettingsMenu::OnIncludeBetas},
-      {IDM_EXCLUSIONS, &SettingsMenu::OnExclusions},
-      {IDM_RESET_SETTINGS, &SettingsMenu::OnResetSettings},
-      {IDM_RESET_RULES, &SettingsMenu::OnResetRules},
-      {IDM_ADMIN_AT_LOGIN, &SettingsMenu::OnAdminAtLogin},
-      {IDM_RUN_AS_ADMIN, &SettingsMenu::OnRunAsAdmin},
+      {IDM_PAUSE, [](SettingsMenu& menu) { menu.program_.engine.SetPaused(true); }},
+      {IDM_RESUME, [](SettingsMenu& menu) { menu.program_.engine.SetPaused(false); }},
+      {IDM_ALERT_LOG,
+       [](SettingsMenu& menu) { StartDetachedThread([&program = menu.program_] { AlertLogDialogThread(program); }); }},
+      {IDM_ABOUT, [](SettingsMenu& menu) { RunAboutDialog(menu.host_.MainWindow(), menu.program_); }},
+      {IDM_CHECK_FOR_UPDATES, [](SettingsMenu& menu) { menu.PostToTray(UWM_CHECK_FOR_UPDATES, 1); }},
+      {IDM_START_WITH_WINDOWS, [](SettingsMenu&) { ToggleStartWithWindows(); }},
+      {IDM_INCLUDE_BETAS, [](SettingsMenu& menu) { menu.ToggleBetas(); }},
+      {IDM_EXCLUSIONS, [](SettingsMenu& menu) { RunExclusionsDialog(menu.host_.MainWindow(), menu.program_); }},
+      {IDM_RESET_SETTINGS, [](SettingsMenu& menu) { menu.ResetSettings(); }},
+      {IDM_RESET_RULES, [](SettingsMenu& menu) { menu.ResetRules(); }},
+      {IDM_ADMIN_AT_LOGIN, [](SettingsMenu&) { ToggleAdminAtLogin(); }},
+      {IDM_RUN_AS_ADMIN, [](SettingsMenu& menu) { menu.RunAsAdmin(); }},
   };
 };
 
@@ -96,17 +89,17 @@ SettingsMenu::SettingsMenu(Program& program, MainWindowHost& host, SettingsPage&
 SettingsMenu::~SettingsMenu() { StopWaitingForAnswer(); }
 
 bool SettingsMenu::OnCommand(WORD id) {
-  for (const ActionRow& row : kActionToggles) {
-    if (row.id != id) continue;
-    ToggleAction(row.action);
+  for (const AlertActionRow& row : kAlertActionRows) {
+    if (row.menuItem != id) continue;
+    ToggleAction(row);
     return true;
   }
-  for (const FrequencyRow& row : kFrequencies) {
-    if (row.id != id) continue;
-    SetUpdateFrequency(row.hours);
+  for (const UpdateIntervalRow& row : kUpdateIntervalRows) {
+    if (row.menuItem != id) continue;
+    SetUpdateInterval(row.hours);
     return true;
   }
-  return DispatchCommand<SettingsMenu>(*this, CommandTable::kRows, id);
+  return RunCommand<SettingsMenu>(*this, CommandTable::kRows, id);
 }
 
 void SettingsMenu::OnInitMenuPopup(HMENU popup) {
@@ -151,28 +144,12 @@ void CALLBACK SettingsMenu::OnAnswerPoll(HWND, UINT, UINT_PTR timerId, DWORD) no
   }
 }
 
-void SettingsMenu::OnPause() { program_.engine.SetPaused(true); }
-
-void SettingsMenu::OnResume() { program_.engine.SetPaused(false); }
-
-void SettingsMenu::OnViewAlertLog() {
-  StartDetachedThread([&program = program_] { AlertLogDialogThread(program); });
-}
-
-void SettingsMenu::OnAbout() { RunAboutDialog(host_.MainWindow(), program_); }
-
-void SettingsMenu::OnCheckForUpdates() { PostToTray(UWM_CHECK_FOR_UPDATES, 1); }
-
-void SettingsMenu::OnStartWithWindows() { ToggleStartWithWindows(); }
-
-void SettingsMenu::OnIncludeBetas() {
+void SettingsMenu::ToggleBetas() {
   program_.settings.Update([](AppSettings& settings) { settings.includeBetas = !settings.includeBetas; });
   Save();
 }
 
-void SettingsMenu::OnExclusions() { RunExclusionsDialog(host_.MainWindow(), program_); }
-
-void SettingsMenu::OnResetSettings() {
+void SettingsMenu::ResetSettings() {
   if (!ConfirmReset(IDS_ASK_RESET_SETTINGS)) return;
   const std::wstring logFilePath = DefaultLogFilePath();
   program_.settings.Update([&logFilePath](AppSettings& settings) {
@@ -186,39 +163,25 @@ void SettingsMenu::OnResetSettings() {
   PostToTray(UWM_UPDATE_INTERVAL_CHANGED, 0);
 }
 
-void SettingsMenu::OnResetRules() {
+void SettingsMenu::ResetRules() {
   if (!ConfirmReset(IDS_ASK_RESET_RULES)) return;
   program_.rules.RemoveAll();
   host_.RefreshRuleList();
 }
 
-void SettingsMenu::OnAdminAtLogin() {
-  // All of it blocks this window, an elevated copy's prompt included.
-  const WaitCursor waiting;
-  const bool installed = IsAdminTaskInstalled();
-  if (!IsProcessElevated()) {
-    DWORD exitCode = 1;
-    RunElevated(installed ? L"--remove-admin-task" : L"--install-admin-task", true, &exitCode);
-  } else if (installed) {
-    RemoveAdminTask();
-  } else {
-    InstallAdminTask();
-  }
-}
-
-void SettingsMenu::OnRunAsAdmin() {
+void SettingsMenu::RunAsAdmin() {
   if (IsProcessElevated() || !RunElevated(L"-restart", false, nullptr)) return;
   // The elevated copy asks the tray window to end this instance; only its main window goes now.
   host_.EndMainWindow(IDCANCEL);
 }
 
-void SettingsMenu::ToggleAction(std::uint32_t action) {
-  program_.settings.Update([action](AppSettings& settings) { settings.alertActions ^= action; });
-  page_.ShowAction(action);
+void SettingsMenu::ToggleAction(const AlertActionRow& row) {
+  program_.settings.Update([&row](AppSettings& settings) { settings.alertActions ^= row.action; });
+  page_.ShowAction(row);
   Save();
 }
 
-void SettingsMenu::SetUpdateFrequency(std::uint32_t hours) {
+void SettingsMenu::SetUpdateInterval(std::uint32_t hours) {
   program_.settings.Update([hours](AppSettings& settings) { settings.updateCheckIntervalHours = hours; });
   PostToTray(UWM_UPDATE_INTERVAL_CHANGED, 0);
   Save();

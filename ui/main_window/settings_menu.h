@@ -7,6 +7,7 @@
 
 #include "autostart/logon_task.h"
 #include "platform/background_query.h"
+#include "ui/main_window/settings_rows.h"
 #include "ui/program.h"
 
 class MainWindowHost;
@@ -32,20 +33,12 @@ class SettingsMenu {
  private:
   struct CommandTable;
 
-  void OnPause();
-  void OnResume();
-  void OnViewAlertLog();
-  void OnAbout();
-  void OnCheckForUpdates();
-  void OnStartWithWindows();
-  void OnIncludeBetas();
-  void OnExclusions();
-  void OnResetSettings();
-  void OnResetRules();
-  void OnAdminAtLogin();
-  void OnRunAsAdmin();
-  void ToggleAction(std::uint32_t action);
-  void SetUpdateFrequency(std::uint32_t hours);
+  void ToggleAction(const AlertActionRow& row);
+  void SetUpdateInterval(std::uint32_t hours);
+  void ToggleBetas();
+  void ResetSettings();
+  void ResetRules();
+  void RunAsAdmin();
 
   void Save() const;
   void PostToTray(UINT message, WPARAM wParam) const;

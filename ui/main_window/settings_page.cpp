@@ -4,20 +4,9 @@
 #include <string>
 
 #include "storage/settings_registry.h"
-#include "ui/framework/path_chooser.h"
+#include "ui/framework/file_choosers.h"
 
 namespace {
-
-struct ActionBox {
-  WORD controlId;
-  std::uint32_t action;
-};
-
-constexpr ActionBox kActionBoxes[] = {
-    {IDC_NOTIFY, ACTION_NOTIFY},
-    {IDC_LOG, ACTION_LOG},
-    {IDC_SOUND, ACTION_SOUND},
-};
 
 struct PathField {
   WORD controlId;
@@ -56,8 +45,8 @@ std::wstring ReadPath(HWND dialog, int controlId) {
 
 std::uint32_t ReadActions(HWND dialog) {
   std::uint32_t actions = 0;
-  for (const ActionBox& box : kActionBoxes) {
-    if (::IsDlgButtonChecked(dialog, box.controlId) == BST_CHECKED) actions |= box.action;
+  for (const AlertActionRow& row : kAlertActionRows) {
+    if (::IsDlgButtonChecked(dialog, row.checkBox) == BST_CHECKED) actions |= row.action;
   }
   return actions;
 }
@@ -74,15 +63,13 @@ void SettingsPage::Fill() {
   const AppSettings settings = program_.settings.Get();
   ::SetDlgItemInt(dialog_, IDC_POLL_INTERVAL, program_.engine.IntervalMs() / 1000, FALSE);
   ::SetDlgItemInt(dialog_, IDC_THROTTLE, settings.notificationThrottleSec, FALSE);
-  for (const ActionBox& box : kActionBoxes) ShowAction(box.action);
+  for (const AlertActionRow& row : kAlertActionRows) ShowAction(row);
   for (const PathField& field : kPathFields) ::SetDlgItemTextW(dialog_, field.controlId, (settings.*field.path).c_str());
 }
 
-void SettingsPage::ShowAction(std::uint32_t action) {
-  const bool on = (program_.settings.Get().alertActions & action) != 0;
-  for (const ActionBox& box : kActionBoxes) {
-    if (box.action == action) ::CheckDlgButton(dialog_, box.controlId, on ? BST_CHECKED : BST_UNCHECKED);
-  }
+void SettingsPage::ShowAction(const AlertActionRow& row) {
+  const bool on = (program_.settings.Get().alertActions & row.action) != 0;
+  ::CheckDlgButton(dialog_, row.checkBox, on ? BST_CHECKED : BST_UNCHECKED);
 }
 
 bool SettingsPage::OnCommand(WORD id, WORD notification) {

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include "res/resource.h"
+#include "ui/main_window/settings_rows.h"
 #include "ui/program.h"
 
 /// The page's controls: shown together when its tab is selected, hidden otherwise.
@@ -24,7 +25,7 @@ class SettingsPage {
   /// Shows the settings as they are now. The dialog's own notifications about it enable Apply.
   void Fill();
   /// Shows the one action only; what the user is changing elsewhere stays as it is, and so does Apply.
-  void ShowAction(std::uint32_t action);
+  void ShowAction(const AlertActionRow& row);
   /// True when the command was the page's: a change of a field, Apply, or a "..." button.
   bool OnCommand(WORD id, WORD notification);
 

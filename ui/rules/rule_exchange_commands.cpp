@@ -1,7 +1,5 @@
 #include "ui/rules/rule_exchange_commands.h"
 
-#include <shlobj.h>
-
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,9 +27,7 @@ bool ReportImport(HWND owner, bool imported) {
 }
 
 bool ImportFromFile(HWND owner, RuleStore& rules) {
-  wchar_t documents[MAX_PATH] = L"";
-  const bool haveDocuments = SUCCEEDED(::SHGetFolderPathW(nullptr, CSIDL_PERSONAL, nullptr, SHGFP_TYPE_CURRENT, documents));
-  const std::wstring path = AskOpenPath(owner, IDS_JSON_FILTER, haveDocuments ? documents : nullptr);
+  const std::wstring path = AskOpenPath(owner, IDS_JSON_FILTER);
   return !path.empty() && ReportImport(owner, rules.ImportJson(path));
 }
 

@@ -1,32 +1,44 @@
 #include "ui/rules/rule_list_commands.h"
 
+#include <commctrl.h>
+
+#include <algorithm>
+
+#include "platform/handles.h"
 #include "res/resource.h"
-#include "ui/framework/dialog.h"
+#include "storage/rule_presets.h"
 #include "ui/framework/resources.h"
 #include "ui/message_box/message_box.h"
 #include "ui/rules/rule_editor.h"
 #include "ui/rules/rule_exchange_commands.h"
 #include "ui/rules/rule_list_model.h"
-#include "ui/rules/rule_presets_menu.h"
 
-struct RuleListCommands::Commands {
+bool RuleListCommands::OnCommand(WORD id) {
   // Each button has a menu item that does the same.
-  static constexpr CommandRow<RuleListCommands> kRows[] = {
-      {IDC_ADD_RULE, &RuleListCommands::OnAdd},        {IDM_ADD_RULE, &RuleListCommands::OnAdd},
-      {IDC_EDIT_RULE, &RuleListCommands::OnEdit},      {IDM_EDIT_RULE, &RuleListCommands::OnEdit},
-      {IDC_REMOVE_RULE, &RuleListCommands::OnRemove},  {IDM_REMOVE_RULE, &RuleListCommands::OnRemove},
-      {IDC_PRESETS, &RuleListCommands::OnPresets},     {IDM_PRESETS, &RuleListCommands::OnPresets},
-      {IDC_IMPORT_RULES, &RuleListCommands::OnImport}, {IDM_IMPORT_RULES, &RuleListCommands::OnImport},
-      {IDC_EXPORT_RULES, &RuleListCommands::OnExport}, {IDM_EXPORT_RULES, &RuleListCommands::OnExport},
+  constexpr struct {
+    WORD button;
+    WORD menuItem;
+    void (RuleListCommands::*run)();
+  } kCommands[] = {
+      {IDC_ADD_RULE, IDM_ADD_RULE, &RuleListCommands::OnAdd},
+      {IDC_EDIT_RULE, IDM_EDIT_RULE, &RuleListCommands::OnEdit},
+      {IDC_REMOVE_RULE, IDM_REMOVE_RULE, &RuleListCommands::OnRemove},
+      {IDC_PRESETS, IDM_PRESETS, &RuleListCommands::OnPresets},
+      {IDC_IMPORT_RULES, IDM_IMPORT_RULES, &RuleListCommands::OnImport},
+      {IDC_EXPORT_RULES, IDM_EXPORT_RULES, &RuleListCommands::OnExport},
   };
-};
+  for (const auto& command : kCommands) {
+    if (id != command.button && id != command.menuItem) continue;
+    (this->*command.run)();
+    return true;
+  }
+  return false;
+}
 
 void RuleListCommands::OnInitDialog(HWND dialog) {
   dialog_ = dialog;
   list_.OnInitDialog(dialog);
 }
-
-bool RuleListCommands::OnCommand(WORD id) { return DispatchCommand<RuleListCommands>(*this, Commands::kRows, id); }
 
 bool RuleListCommands::OnNotify(const NMHDR& header) {
   if (header.idFrom != IDC_RULE_LIST) return false;
@@ -55,8 +67,8 @@ void RuleListCommands::OnEdit() {
   const std::vector<std::uint32_t> selected = list_.SelectedRuleIds();
   if (selected.empty()) return;
   const RuleSnapshot rules = program_.rules.Snapshot();
-  const ThresholdRule* rule = FindRule(*rules, selected.front());
-  if (rule == nullptr) return;
+  const auto rule = std::ranges::find(*rules, selected.front(), &ThresholdRule::ruleId);
+  if (rule == rules->end()) return;
   ThresholdRule edited = *rule;
   if (!RunRuleEditor(program_.instance, dialog_, edited)) return;
   (void)program_.rules.Edit(edited.ruleId, [&edited](ThresholdRule& current) { current = edited; });
@@ -78,8 +90,18 @@ bool RuleListCommands::ConfirmRemove(std::size_t count) const {
 }
 
 void RuleListCommands::OnPresets() {
+  const UniqueMenu menu(::CreatePopupMenu());
+  for (UINT index = 0; index < RulePresets().size(); ++index) {
+    ::AppendMenuW(menu.get(), MF_STRING, IDM_PRESET_BROWSERS + index, LoadResString(IDS_PRESET_BROWSERS + index).c_str());
+  }
+  RECT button{};
+  ::GetWindowRect(::GetDlgItem(dialog_, IDC_PRESETS), &button);
+  const BOOL chosen = ::TrackPopupMenu(menu.get(), TPM_RETURNCMD, button.left, button.bottom, 0, dialog_, nullptr);
+  const auto index = static_cast<UINT>(chosen) - IDM_PRESET_BROWSERS;
+  if (index >= RulePresets().size()) return;  // dismissed
   const std::size_t before = program_.rules.Snapshot()->size();
-  if (RunPresetsCommand(dialog_, program_.rules)) list_.RefreshAdded(before);
+  AddPresetRules(program_.rules, RulePresets()[index]);
+  list_.RefreshAdded(before);
 }
 
 void RuleListCommands::OnImport() {

@@ -24,8 +24,6 @@ class RuleListCommands {
   void EndInPlaceEdit(bool commit);
 
  private:
-  struct Commands;
-
   void OnAdd();
   void OnEdit();
   void OnRemove();

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "res/resource.h"
-#include "ui/framework/resources.h"
+#include "ui/framework/list_view.h"
 #include "ui/rules/rule_list_model.h"
 
 namespace {
@@ -55,13 +55,15 @@ void RuleListView::Refresh() {
   const int count = static_cast<int>(rules->size());
   const ListPosition position(list_);
   // Thousands of rows would otherwise repaint the list thousands of times.
-  ::SendMessageW(list_, WM_SETREDRAW, FALSE, 0);
+  const RedrawPause pause(list_);
   ::SendMessageW(list_, LVM_DELETEALLITEMS, 0, 0);
   ::SendMessageW(list_, LVM_SETITEMCOUNT, static_cast<WPARAM>(count), 0);
-  for (int row = 0; row < count; ++row) InsertRow(row, (*rules)[static_cast<std::size_t>(row)]);
+  int row = 0;
+  for (const ThresholdRule& rule : *rules) {
+    InsertListRow(list_, row++, static_cast<LPARAM>(rule.ruleId), RuleColumns().size(),
+                  [&rule](std::size_t column) { return RuleCellText(static_cast<int>(column), rule); });
+  }
   position.Restore(list_, count);
-  ::SendMessageW(list_, WM_SETREDRAW, TRUE, 0);
-  ::InvalidateRect(list_, nullptr, TRUE);
 }
 
 void RuleListView::RefreshAdded(std::size_t before) {
@@ -71,18 +73,6 @@ void RuleListView::RefreshAdded(std::size_t before) {
   FocusRow(list_, static_cast<int>(before));
   // The last one first: when all of them fit, all are in view.
   for (const std::size_t row : {count - 1, before}) ::SendMessageW(list_, LVM_ENSUREVISIBLE, row, FALSE);
-}
-
-void RuleListView::InsertRow(int row, const ThresholdRule& rule) const {
-  std::wstring text = RuleCellText(kEnabledColumn, rule);
-  LVITEMW item{};
-  item.mask = LVIF_TEXT | LVIF_PARAM;
-  item.iItem = row;
-  item.pszText = text.data();
-  item.lParam = static_cast<LPARAM>(rule.ruleId);
-  ::SendMessageW(list_, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
-  for (int column = kEnabledColumn + 1; IsRuleColumn(column); ++column)
-    SetListCell(list_, row, column, RuleCellText(column, rule));
 }
 
 std::vector<std::uint32_t> RuleListView::SelectedRuleIds() const {

@@ -33,8 +33,6 @@ class RuleListView {
   void ApplyInPlaceEdit(int row, int column, const std::wstring& text);
 
  private:
-  void InsertRow(int row, const ThresholdRule& rule) const;
-
   RuleStore& rules_;
   HWND list_ = nullptr;
 };
