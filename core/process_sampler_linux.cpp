@@ -133,7 +133,7 @@ void SetName(std::wstring& name, std::string_view bytes) {
     return;
   }
   name.clear();
-  TextDecoder decoder(TextEncoding::kUtf8);
+  TextDecoder decoder(TextEncoding::kUtf8, LineEnds::kAsTheyAre);
   decoder.Decode(bytes, name);
   decoder.Finish(name);
 }

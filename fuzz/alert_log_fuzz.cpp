@@ -16,7 +16,7 @@ namespace {
 
 std::vector<AlertRecord> ReadWhole(std::string_view bytes, std::size_t maxAlerts) {
   const TextMark mark = FindTextMark(bytes);
-  TextDecoder decoder(mark.encoding);
+  TextDecoder decoder(mark.encoding, LineEnds::kCrLf);
   std::wstring text;
   decoder.Decode(bytes.substr(mark.sizeBytes), text);
   decoder.Finish(text);

@@ -4,9 +4,7 @@
 #include "platform/text_encoding.h"
 
 void WriteDiagnosticLine(const std::wstring& line) {
-  std::string bytes;
-  EncodeText(line, TextEncoding::kUtf8, bytes);
-  bytes.push_back('\n');
+  const std::string bytes = EncodeUtf8(line) + '\n';
   // One call per line: the stream's own lock keeps lines of different threads apart.
   std::fwrite(bytes.data(), 1, bytes.size(), stderr);
 }

@@ -1,7 +1,5 @@
 #include "platform/text_encoding.h"
 
-#include <algorithm>
-
 #include <type_traits>
 
 namespace {
@@ -76,7 +74,7 @@ TextMark FindTextMark(std::string_view bytes) {
   return {};
 }
 
-void EncodeText(std::wstring_view text, TextEncoding encoding, std::string& bytes) {
+void EncodeText(std::wstring_view text, TextEncoding encoding, LineEnds lineEnds, std::string& bytes) {
   const auto append = [&](std::uint32_t codePoint) {
     if (encoding == TextEncoding::kUtf8) {
       AppendUtf8(codePoint, bytes);
@@ -87,32 +85,22 @@ void EncodeText(std::wstring_view text, TextEncoding encoding, std::string& byte
   for (std::size_t position = 0; position < text.size();) {
     std::uint32_t codePoint = 0;
     (void)NextCodePoint(text, position, codePoint);
-    if (codePoint == U'\n') append(U'\r');
+    if (codePoint == U'\n' && lineEnds == LineEnds::kCrLf) append(U'\r');
     append(codePoint);
   }
 }
 
 std::string EncodeUtf8(std::wstring_view text) {
   std::string bytes;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.size(), text.find(L'\n'));
-    EncodeText(text.substr(0, end), TextEncoding::kUtf8, bytes);
-    if (end < text.size()) bytes += '\n';
-    text.remove_prefix(std::min(text.size(), end + 1));
-  }
+  EncodeText(text, TextEncoding::kUtf8, LineEnds::kAsTheyAre, bytes);
   return bytes;
 }
 
 std::wstring DecodeUtf8Text(std::string_view bytes) {
   std::wstring text;
-  while (!bytes.empty()) {
-    const std::size_t end = std::min(bytes.size(), bytes.find('\r'));
-    TextDecoder decoder(TextEncoding::kUtf8);
-    decoder.Decode(bytes.substr(0, end), text);
-    decoder.Finish(text);
-    if (end < bytes.size()) text += L'\r';
-    bytes.remove_prefix(std::min(bytes.size(), end + 1));
-  }
+  TextDecoder decoder(TextEncoding::kUtf8, LineEnds::kAsTheyAre);
+  decoder.Decode(bytes, text);
+  decoder.Finish(text);
   return text;
 }
 
@@ -135,7 +123,7 @@ void TextDecoder::Decode(std::string_view bytes, std::wstring& text) {
 void TextDecoder::Finish(std::wstring& text) {
   if (bytesToCome_ > 0 || haveFirstByte_ || highSurrogate_ != 0) Put(kReplacement, text);
   if (carriageReturn_) text.push_back(L'\r');
-  *this = TextDecoder(encoding_);
+  *this = TextDecoder(encoding_, lineEnds_);
 }
 
 void TextDecoder::DecodeUtf8(std::string_view bytes, std::wstring& text) {
@@ -220,7 +208,7 @@ void TextDecoder::Put(std::uint32_t codePoint, std::wstring& text) {
     carriageReturn_ = false;
     if (codePoint != U'\n') text.push_back(L'\r');
   }
-  if (codePoint == U'\r') {
+  if (codePoint == U'\r' && lineEnds_ == LineEnds::kCrLf) {
     carriageReturn_ = true;
   } else if (kWideIsUtf16 && codePoint >= 0x10000) {
     text.push_back(static_cast<wchar_t>(0xD800 + ((codePoint - 0x10000) >> 10)));

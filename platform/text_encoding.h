@@ -18,8 +18,11 @@ struct TextMark {
 /// The byte-order mark that the bytes begin with; without one they are taken for UTF-8.
 [[nodiscard]] TextMark FindTextMark(std::string_view bytes);
 
-/// Appends the text's bytes and every LF as CR LF; a lone surrogate becomes U+FFFD. No byte-order mark.
-void EncodeText(std::wstring_view text, TextEncoding encoding, std::string& bytes);
+/// Of the bytes, where memory has LF: a file's are CR LF.
+enum class LineEnds { kCrLf, kAsTheyAre };
+
+/// Appends the text's bytes; a lone surrogate becomes U+FFFD. No byte-order mark.
+void EncodeText(std::wstring_view text, TextEncoding encoding, LineEnds lineEnds, std::string& bytes);
 
 /// The text in UTF-8 and back, line ends as they are: for what is no file's text.
 [[nodiscard]] std::string EncodeUtf8(std::wstring_view text);
@@ -28,11 +31,11 @@ void EncodeText(std::wstring_view text, TextEncoding encoding, std::string& byte
 /// Whether the text comes back unchanged after EncodeText: false for a lone surrogate or what is no character at all.
 [[nodiscard]] bool IsValidText(std::wstring_view text);
 
-/// Decodes bytes as they come, in pieces of any size, turning CR LF into LF. Each malformed sequence becomes one U+FFFD (a
+/// Decodes bytes as they come, in pieces of any size. Each malformed sequence becomes one U+FFFD (a
 /// sequence ends before the first byte that cannot continue it); NULs pass through.
 class TextDecoder {
  public:
-  explicit TextDecoder(TextEncoding encoding) : encoding_(encoding) {}
+  TextDecoder(TextEncoding encoding, LineEnds lineEnds) : encoding_(encoding), lineEnds_(lineEnds) {}
 
   /// Appends to `text`. A character, or a CR, whose continuation may still come is kept back.
   void Decode(std::string_view bytes, std::wstring& text);
@@ -47,6 +50,7 @@ class TextDecoder {
   void Put(std::uint32_t codePoint, std::wstring& text);
 
   TextEncoding encoding_;
+  LineEnds lineEnds_;
   bool carriageReturn_ = false;
   std::uint32_t codePoint_ = 0;  ///< of the unfinished UTF-8 sequence
   int bytesToCome_ = 0;

@@ -34,7 +34,7 @@ FileEnd FindFileEnd(const std::wstring& path) {
 std::string EncodeTextFile(std::wstring_view text) {
   std::string bytes;
   bytes.reserve(text.size() + text.size() / 16);
-  EncodeText(text, TextEncoding::kUtf8, bytes);
+  EncodeText(text, TextEncoding::kUtf8, LineEnds::kCrLf, bytes);
   return bytes;
 }
 
@@ -43,7 +43,7 @@ std::wstring DecodeTextFile(std::string_view bytes, CtrlZ ctrlZ) {
   bytes.remove_prefix(mark.sizeBytes);
   std::wstring text;
   text.reserve(bytes.size());
-  TextDecoder decoder(mark.encoding);
+  TextDecoder decoder(mark.encoding, LineEnds::kCrLf);
   decoder.Decode(bytes, text);
   decoder.Finish(text);
   if (ctrlZ == CtrlZ::kEndsText) text.resize(std::min(text.size(), text.find(kCtrlZ)));
@@ -71,8 +71,8 @@ WriteResult AppendTextFile(const std::wstring& path, std::wstring_view text) {
   return UnlessOutOfMemory(L"AppendTextFile", WriteResult::kWriteFailed, [&] {
     std::string bytes;
     const FileEnd end = FindFileEnd(path);
-    if (!end.endsLine) EncodeText(L"\n", end.encoding, bytes);
-    EncodeText(text, end.encoding, bytes);
+    if (!end.endsLine) EncodeText(L"\n", end.encoding, LineEnds::kCrLf, bytes);
+    EncodeText(text, end.encoding, LineEnds::kCrLf, bytes);
     return AppendToFile(path, bytes, kUtf8Mark);
   });
 }

@@ -76,7 +76,7 @@ bool TailReader::FindLineStart(std::uint64_t from, std::uint64_t end, std::uint6
 bool TailReader::ReadLines(std::uint64_t begin, std::uint64_t end) {
   std::deque<AlertRecord> alerts;
   std::wstring text;
-  TextDecoder decoder(mark_.encoding);
+  TextDecoder decoder(mark_.encoding, LineEnds::kCrLf);
   for (std::uint64_t offset = begin; offset < end; offset += kBlockBytes) {
     const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(kBlockBytes, end - offset));
     if (!file_.ReadAt(offset, count, block_)) return false;

@@ -36,7 +36,7 @@ TEST(TextFile, DecodesWhateverAFileHolds) {
   for (const auto& each : cases) {
     EXPECT_EQ(DecodeTextFile(each.bytes), each.text) << each.name;
     const TextMark mark = FindTextMark(each.bytes);
-    TextDecoder decoder(mark.encoding);
+    TextDecoder decoder(mark.encoding, LineEnds::kCrLf);
     std::wstring text;
     for (const char& byte : std::string_view(each.bytes).substr(mark.sizeBytes)) decoder.Decode({&byte, 1}, text);
     decoder.Finish(text);
@@ -54,8 +54,8 @@ TEST(TextFile, EveryCharacterComesBackInEveryEncoding) {
       const bool surrogate = codePoint >= 0xD800 && codePoint <= 0xDFFF;
       EXPECT_EQ(IsValidText(text), !surrogate);
       std::string bytes;
-      EncodeText(text, encoding, bytes);
-      TextDecoder decoder(encoding);
+      EncodeText(text, encoding, LineEnds::kCrLf, bytes);
+      TextDecoder decoder(encoding, LineEnds::kCrLf);
       std::wstring back;
       decoder.Decode(bytes, back);
       decoder.Finish(back);
