@@ -4,12 +4,27 @@
 #include <cmath>
 #include <limits>
 
-#include "core/records.h"
 #include "platform/text_format.h"
 
 namespace {
 
 constexpr double kMaxDouble = std::numeric_limits<double>::max();
+
+constexpr RuleNumber kNumbers[] = {
+    {L"MaxHandles", L"maxHandles", &ThresholdRule::maxHandles},
+    {L"MaxWorkingSetMB", L"maxWorkingSetMB", &ThresholdRule::maxWorkingSet},
+    {L"MaxPrivateBytesMB", L"maxPrivateBytesMB", &ThresholdRule::maxPrivateBytes},
+    {L"MaxCPU", L"maxCPUPercent", &ThresholdRule::maxCpuPercent},
+    {L"MaxThreads", L"maxThreads", &ThresholdRule::maxThreads},
+    {L"MaxGDI", L"maxGDIObjects", &ThresholdRule::maxGdiObjects},
+    {L"MaxUSER", L"maxUSERObjects", &ThresholdRule::maxUserObjects},
+    {L"AlertActions", L"alertActions", &ThresholdRule::alertActions},
+    {L"CooldownSec", L"cooldownSeconds", &ThresholdRule::cooldownSec},
+};
+
+std::wstring FormatNumber(std::uint32_t count) { return FormatText(L"%u", count); }
+std::wstring FormatNumber(std::uint64_t bytes) { return FormatTenths(MegabytesFromBytes(bytes)); }
+std::wstring FormatNumber(double value) { return FormatTenths(value); }
 
 }  // namespace
 
@@ -34,4 +49,10 @@ std::wstring FormatTenths(double value) {
   // Whatever the locale's point is, it stands before the last digit.
   text[text.size() - 2] = L'.';
   return text;
+}
+
+std::span<const RuleNumber> RuleNumbers() { return kNumbers; }
+
+std::wstring RuleNumberText(const RuleNumber& number, const ThresholdRule& rule) {
+  return std::visit([&](auto field) { return FormatNumber(rule.*field); }, number.field);
 }

@@ -11,10 +11,6 @@
 
 namespace {
 
-constexpr wchar_t kHeader[] =
-    L"RuleId,ProcessPattern,Enabled,MaxHandles,MaxWorkingSetMB,MaxPrivateBytesMB,MaxCPU,MaxThreads,MaxGDI,MaxUSER,"
-    L"AlertActions,CooldownSec\n";
-
 constexpr std::size_t kMaxPlainPatternChars = 255;
 constexpr std::wstring_view kQuotedStart = L"\",\"";
 constexpr wchar_t kQuote = L'"';
@@ -113,21 +109,23 @@ bool ScanPattern(TextScanner& scanner, std::wstring& pattern) {
   return true;
 }
 
+bool ScanNumber(TextScanner& scanner, std::uint32_t& count) {
+  return scanner.Unsigned(std::numeric_limits<std::uint32_t>::max(), count);
+}
+bool ScanNumber(TextScanner& scanner, double& value) { return scanner.Decimal(value); }
+bool ScanNumber(TextScanner& scanner, std::uint64_t& bytes) {
+  double megabytes = 0.0;
+  if (!scanner.Decimal(megabytes)) return false;
+  bytes = BytesFromMegabytes(megabytes);
+  return true;
+}
+
 /// The fields after the flag: each is left at its default from the first one on that is missing or no number.
-void ScanLimits(TextScanner& scanner, ThresholdRule& rule) {
-  const auto number = [&](std::uint32_t& value) {
-    return scanner.Literal(L',') && scanner.Unsigned(std::numeric_limits<std::uint32_t>::max(), value);
-  };
-  const auto megabytes = [&](std::uint64_t& bytes) {
-    double value = 0.0;
-    if (!scanner.Literal(L',') || !scanner.Decimal(value)) return false;
-    bytes = BytesFromMegabytes(value);
-    return true;
-  };
-  const auto percent = [&](double& value) { return scanner.Literal(L',') && scanner.Decimal(value); };
-  (void)(number(rule.maxHandles) && megabytes(rule.maxWorkingSet) && megabytes(rule.maxPrivateBytes) &&
-         percent(rule.maxCpuPercent) && number(rule.maxThreads) && number(rule.maxGdiObjects) && number(rule.maxUserObjects) &&
-         number(rule.alertActions) && number(rule.cooldownSec));
+void ScanNumbers(TextScanner& scanner, ThresholdRule& rule) {
+  for (const RuleNumber& number : RuleNumbers()) {
+    if (!scanner.Literal(L',')) return;
+    if (!std::visit([&](auto field) { return ScanNumber(scanner, rule.*field); }, number.field)) return;
+  }
 }
 
 /// The line up to a NUL and without the CR or LF among its last two characters.
@@ -150,19 +148,20 @@ const wchar_t* ParseRulesCsvLine(std::wstring_view line, ThresholdRule& rule) {
   if (!ScanPattern(scanner, rule.processPattern)) return L"no pattern, or one that cannot be kept";
   if (!scanner.Literal(L',')) return L"the pattern has more than 255 characters, or no field follows it";
   if (!scanner.IsNonZero(rule.enabled)) return L"the third field, enabled, is no number";
-  ScanLimits(scanner, rule);
+  ScanNumbers(scanner, rule);
   return nullptr;
 }
 
 std::wstring FormatRulesCsv(const RuleList& rules) {
-  std::wstring text = kHeader;
+  std::wstring text = L"RuleId,ProcessPattern,Enabled";
+  for (const RuleNumber& number : RuleNumbers()) text.append(1, L',').append(number.column);
+  text += L'\n';
   for (const ThresholdRule& rule : rules) {
     text += FormatText(L"%u,", rule.ruleId);
     text += IsPlainPattern(rule.processPattern) ? rule.processPattern : QuotePattern(rule.processPattern);
-    text += FormatText(L",%d,%u,%ls,%ls,%ls,%u,%u,%u,%u,%u\n", rule.enabled ? 1 : 0, rule.maxHandles,
-                       FormatTenths(MegabytesFromBytes(rule.maxWorkingSet)).c_str(),
-                       FormatTenths(MegabytesFromBytes(rule.maxPrivateBytes)).c_str(), FormatTenths(rule.maxCpuPercent).c_str(),
-                       rule.maxThreads, rule.maxGdiObjects, rule.maxUserObjects, rule.alertActions, rule.cooldownSec);
+    text += rule.enabled ? L",1" : L",0";
+    for (const RuleNumber& number : RuleNumbers()) text.append(1, L',').append(RuleNumberText(number, rule));
+    text += L'\n';
   }
   return text;
 }

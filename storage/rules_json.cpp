@@ -76,37 +76,19 @@ bool IsEnabled(std::wstring_view object) {
   return text && (*text == L"true" || *text == L"1");
 }
 
-struct CountKey {
-  const wchar_t* name;
-  std::uint32_t ThresholdRule::*field;
-};
-constexpr CountKey kCountKeys[] = {
-    {L"maxHandles", &ThresholdRule::maxHandles},       {L"maxThreads", &ThresholdRule::maxThreads},
-    {L"maxGDIObjects", &ThresholdRule::maxGdiObjects}, {L"maxUSERObjects", &ThresholdRule::maxUserObjects},
-    {L"alertActions", &ThresholdRule::alertActions},   {L"cooldownSeconds", &ThresholdRule::cooldownSec},
-};
-
-struct MegabyteKey {
-  const wchar_t* name;
-  std::uint64_t ThresholdRule::*field;
-};
-constexpr MegabyteKey kMegabyteKeys[] = {
-    {L"maxWorkingSetMB", &ThresholdRule::maxWorkingSet},
-    {L"maxPrivateBytesMB", &ThresholdRule::maxPrivateBytes},
-};
+void StoreNumber(double number, std::uint32_t& count) { count = SaturateToUnsigned32(number); }
+void StoreNumber(double number, std::uint64_t& bytes) { bytes = BytesFromMegabytes(number); }
+void StoreNumber(double number, double& value) { value = number; }
 
 bool ParseRuleObject(std::wstring_view object, ThresholdRule& rule) {
   std::optional<std::wstring> pattern = FindJsonStringValue(object, L"processPattern");
   if (!pattern || pattern->empty() || !FitsRulesCsv(*pattern)) return false;
   rule.processPattern = std::move(*pattern);
   rule.enabled = IsEnabled(object);
-  for (const CountKey& key : kCountKeys) {
-    if (const auto value = FindJsonNumberValue(object, key.name)) rule.*key.field = SaturateToUnsigned32(*value);
+  for (const RuleNumber& number : RuleNumbers()) {
+    const std::optional<double> value = FindJsonNumberValue(object, number.key);
+    if (value) std::visit([&](auto field) { StoreNumber(*value, rule.*field); }, number.field);
   }
-  for (const MegabyteKey& key : kMegabyteKeys) {
-    if (const auto value = FindJsonNumberValue(object, key.name)) rule.*key.field = BytesFromMegabytes(*value);
-  }
-  if (const auto value = FindJsonNumberValue(object, L"maxCPUPercent")) rule.maxCpuPercent = *value;
   return true;
 }
 
@@ -146,16 +128,10 @@ std::wstring FormatRulesJson(const RuleList& rules) {
   for (const ThresholdRule& rule : rules) {
     text += L"    {\n      \"processPattern\": \"";
     text += EscapeJsonString(rule.processPattern);
-    text += FormatText(
-        L"\",\n      \"enabled\": %ls,\n      \"maxHandles\": %u,\n      \"maxWorkingSetMB\": %ls,\n"
-        L"      \"maxPrivateBytesMB\": %ls,\n      \"maxCPUPercent\": %ls,\n      \"maxThreads\": %u,\n",
-        rule.enabled ? L"true" : L"false", rule.maxHandles, FormatTenths(MegabytesFromBytes(rule.maxWorkingSet)).c_str(),
-        FormatTenths(MegabytesFromBytes(rule.maxPrivateBytes)).c_str(), FormatTenths(rule.maxCpuPercent).c_str(),
-        rule.maxThreads);
-    text += FormatText(
-        L"      \"maxGDIObjects\": %u,\n      \"maxUSERObjects\": %u,\n      \"alertActions\": %u,\n"
-        L"      \"cooldownSeconds\": %u\n    }%ls\n",
-        rule.maxGdiObjects, rule.maxUserObjects, rule.alertActions, rule.cooldownSec, &rule == &rules.back() ? L"" : L",");
+    text += FormatText(L"\",\n      \"enabled\": %ls", rule.enabled ? L"true" : L"false");
+    for (const RuleNumber& number : RuleNumbers())
+      text += FormatText(L",\n      \"%ls\": %ls", number.key, RuleNumberText(number, rule).c_str());
+    text += &rule == &rules.back() ? L"\n    }\n" : L"\n    },\n";
   }
   text += L"  ]\n}\n";
   return text;

@@ -1,13 +1,19 @@
 #include "ui/rules/rule_editor.h"
 
-#include "core/records.h"
+#include "platform/text_format.h"
 #include "res/resource.h"
 #include "ui/framework/dialog.h"
 #include "ui/framework/resources.h"
-#include "ui/rules/rule_editor_model.h"
+#include "ui/rules/number_text.h"
 #include "ui/rules/rule_field_text.h"
 
 namespace {
+
+constexpr std::size_t kMaxNumberChars = 63;
+
+/// In the order of Ceilings().
+constexpr int kCeilingControls[kCeilingCount] = {IDC_MAX_HANDLES, IDC_MAX_WORKING_SET, IDC_MAX_PRIVATE_BYTES, IDC_MAX_CPU,
+                                                 IDC_MAX_THREADS, IDC_MAX_GDI,         IDC_MAX_USER};
 
 constexpr int kDarkControls[] = {IDC_PATTERN, IDC_ENABLED,     IDC_MAX_HANDLES, IDC_MAX_WORKING_SET, IDC_MAX_PRIVATE_BYTES,
                                  IDC_MAX_CPU, IDC_MAX_THREADS, IDC_MAX_GDI,     IDC_MAX_USER,        IDC_COOLDOWN,
@@ -27,9 +33,13 @@ class RuleEditor : public Dialog {
 };
 
 bool RuleEditor::OnInitDialog() {
-  for (const RuleEditorField& field : RuleEditorFields()) SetItemText(field.controlId, field.text(rule_));
+  SetItemText(IDC_PATTERN, rule_.processPattern);
   shownPattern_ = ItemText(IDC_PATTERN, kMaxPatternChars);
   SetChecked(IDC_ENABLED, rule_.enabled);
+  for (std::size_t index = 0; index < kCeilingCount; ++index)
+    SetItemText(kCeilingControls[index], CeilingText(Ceilings()[index], rule_));
+  // 0 is a cooldown like any other, not the absence of one.
+  SetItemText(IDC_COOLDOWN, FormatText(L"%u", rule_.cooldownSec));
   ApplyDarkMode(kDarkControls);
   return true;
 }
@@ -40,13 +50,13 @@ bool RuleEditor::OnCommand(WORD id, WORD notification) {
 }
 
 void RuleEditor::StoreFields() const {
-  for (const RuleEditorField& field : RuleEditorFields()) {
-    const std::wstring text = ItemText(field.controlId, field.maxChars);
-    // An imported pattern can be longer than the field gives back; one that nobody touched stays whole.
-    if (field.controlId == IDC_PATTERN && !IsEdited(Item(IDC_PATTERN), shownPattern_, text)) continue;
-    field.store(rule_, text);
-  }
+  // An imported pattern can be longer than the field gives back; one that nobody touched stays whole.
+  const std::wstring pattern = ItemText(IDC_PATTERN, kMaxPatternChars);
+  if (IsEdited(Item(IDC_PATTERN), shownPattern_, pattern)) rule_.processPattern = pattern;
   rule_.enabled = IsChecked(IDC_ENABLED);
+  for (std::size_t index = 0; index < kCeilingCount; ++index)
+    StoreCeiling(Ceilings()[index], rule_, ItemText(kCeilingControls[index], kMaxNumberChars), ReadFieldInteger);
+  rule_.cooldownSec = ReadFieldInteger(ItemText(IDC_COOLDOWN, kMaxNumberChars));
   // The editor has no control for the actions; a rule that went through it notifies and logs.
   rule_.alertActions = ACTION_NOTIFY | ACTION_LOG;
 }

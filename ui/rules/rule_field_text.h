@@ -1,28 +1,18 @@
 #pragma once
 
-// How a rule's fields read in text, shared by the rule list and the rule editor: ceilings as whole numbers, memory in whole MB,
-// and nothing at all for a ceiling that is not set.
+// How a rule's fields read in text and are read from it, in the rule list and in the rule editor alike.
 
 #include <string>
+#include <string_view>
 
-#include "core/records.h"
-#include "platform/text_format.h"
+#include "core/ceilings.h"
 
 /// The longest process pattern that a field or a cell can hold.
 inline constexpr std::size_t kMaxPatternChars = 255;
 
-template <std::uint32_t ThresholdRule::*Field>
-std::wstring CountText(const ThresholdRule& rule) {
-  return rule.*Field == 0 ? std::wstring() : FormatText(L"%u", rule.*Field);
-}
+/// A whole number, memory in whole MB, nothing where there is no limit. One below 1 MB reads "0": it is set.
+[[nodiscard]] std::wstring CeilingText(const Ceiling& ceiling, const ThresholdRule& rule);
 
-/// A ceiling below 1 MB reads "0": it is set, though it rounds down to nothing.
-template <std::uint64_t ThresholdRule::*Field>
-std::wstring MegabytesText(const ThresholdRule& rule) {
-  if (rule.*Field == 0) return {};
-  return FormatText(L"%llu", static_cast<unsigned long long>(rule.*Field / kBytesPerMb));
-}
-
-inline std::wstring CpuText(const ThresholdRule& rule) {
-  return rule.maxCpuPercent > 0.0 ? FormatText(L"%.0f", rule.maxCpuPercent) : std::wstring();
-}
+/// Any text is accepted. `readInteger`: how whole numbers are read there.
+void StoreCeiling(const Ceiling& ceiling, ThresholdRule& rule, std::wstring_view text,
+                  std::uint32_t (*readInteger)(std::wstring_view text));

@@ -6,22 +6,12 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "core/records.h"
 #include "ui/framework/list_columns.h"
 
-struct RuleColumn {
-  ListColumn column;
-  std::wstring (*cellText)(const ThresholdRule& rule);
-  /// Any text is accepted.
-  void (*applyText)(ThresholdRule& rule, std::wstring_view text);
-};
-
 /// In the order of the list, the Enabled column first.
-[[nodiscard]] std::span<const RuleColumn> RuleColumns();
-/// Headers and widths alone, for the list control.
-[[nodiscard]] std::vector<ListColumn> RuleListColumns();
+[[nodiscard]] std::span<const ListColumn> RuleListColumns();
 
 inline constexpr int kEnabledColumn = 0;
 inline constexpr int kPatternColumn = 1;

@@ -60,7 +60,7 @@ void RuleListView::Refresh() {
   ::SendMessageW(list_, LVM_SETITEMCOUNT, static_cast<WPARAM>(count), 0);
   int row = 0;
   for (const ThresholdRule& rule : *rules) {
-    InsertListRow(list_, row++, static_cast<LPARAM>(rule.ruleId), RuleColumns().size(),
+    InsertListRow(list_, row++, static_cast<LPARAM>(rule.ruleId), RuleListColumns().size(),
                   [&rule](std::size_t column) { return RuleCellText(static_cast<int>(column), rule); });
   }
   position.Restore(list_, count);
