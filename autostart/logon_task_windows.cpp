@@ -11,26 +11,13 @@
 #include "autostart/executable_path.h"
 #include "autostart/logon_task.h"
 #include "autostart/logon_trigger.h"
+#include "platform/com_apartment.h"
 #include "platform/handles.h"
 
 namespace {
 
 constexpr wchar_t kTaskName[] = L"VantoraAdminAutoStart";
 constexpr wchar_t kRootFolder[] = L"\\";
-
-class ComApartment {
- public:
-  ComApartment() : initialized_(SUCCEEDED(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
-  ~ComApartment() {
-    // A thread that was initialised in another way before keeps what it had.
-    if (initialized_) ::CoUninitialize();
-  }
-  ComApartment(const ComApartment&) = delete;
-  ComApartment& operator=(const ComApartment&) = delete;
-
- private:
-  bool initialized_;
-};
 
 class Bstr {
  public:

@@ -29,7 +29,7 @@ class LinuxSampler : public testing::Test {
 
 TEST_F(LinuxSampler, TellsNameBusyTimeAndStart) {
   const ProcessEntry before = *List(::getpid());
-  EXPECT_EQ(before.name, L"core_test");
+  EXPECT_EQ(before.name, L"portable_test");
   const std::clock_t start = std::clock();
   while (std::clock() < start + CLOCKS_PER_SEC / 5) {
   }
@@ -46,7 +46,7 @@ TEST_F(LinuxSampler, ANameThatItsProcessMadeUpIsTakenAsItIs) {
     ::prctl(PR_SET_NAME, made);
     EXPECT_EQ(List(::getpid())->name, shown);
   }
-  ::prctl(PR_SET_NAME, "core_test");
+  ::prctl(PR_SET_NAME, "portable_test");
 }
 
 TEST_F(LinuxSampler, AProcessThatHasEndedGivesNothingMore) {

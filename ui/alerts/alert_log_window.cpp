@@ -13,6 +13,7 @@
 #include "ui/alerts/clear_alerts.h"
 #include "ui/dark/dark_list_view.h"
 #include "ui/dark/dark_mode.h"
+#include "ui/framework/accessible_names.h"
 #include "ui/framework/commands.h"
 #include "ui/framework/dialog.h"
 #include "ui/framework/file_choosers.h"
@@ -29,6 +30,8 @@ constexpr AnchorRow kAnchors[] = {
     {IDC_ALERT_LOG_GRIP, ANCHOR_MOVE_RIGHT | ANCHOR_MOVE_DOWN},
 };
 
+constexpr AccessibleName kNames[] = {{IDC_ALERT_LIST, L"Alerts"}};
+
 constexpr int kDarkControls[] = {IDC_EXPORT_CSV, IDC_CLEAR_ALERT_LOG, IDOK, IDCANCEL};
 
 class AlertLogDialog final : public Dialog {
@@ -39,6 +42,8 @@ class AlertLogDialog final : public Dialog {
   bool OnInitDialog() override;
   bool OnCommand(WORD id, WORD notification) override;
   std::optional<INT_PTR> OnMessage(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+  void OnDestroy() override { ClearAccessibleNames(Window(), kNames); }
 
   void FillList(HWND list);
   void OnExport();
@@ -55,6 +60,7 @@ class AlertLogDialog final : public Dialog {
 bool AlertLogDialog::OnInitDialog() {
   HWND list = Item(IDC_ALERT_LIST);
   if (list != nullptr) FillList(list);
+  SetAccessibleNames(Window(), kNames);
   if (DarkModeAvailable()) {
     ApplyDarkMode(kDarkControls);
     ApplyDarkModeToListView(list);

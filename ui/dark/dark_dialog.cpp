@@ -1,7 +1,5 @@
 #include "ui/dark/dark_dialog.h"
 
-#include <commctrl.h>
-
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,16 +8,26 @@
 #include "ui/dark/dark_menu_bar.h"
 #include "ui/dark/dark_mode.h"
 #include "ui/dark/dark_mode_entry_points.h"
+#include "ui/dark/subclass.h"
 
 namespace {
 
 constexpr UINT_PTR kDialogSubclass = 1;
 
-struct DarkDialogData {
-  COLORREF text;
-  COLORREF background;
-  std::vector<int> controlIds;
-  UniqueBrush brush;
+class DarkDialog final : public Subclass {
+ public:
+  DarkDialog(COLORREF text, COLORREF background, std::span<const int> controlIds)
+      : text_(text), background_(background), controlIds_(controlIds.begin(), controlIds.end()) {}
+  std::optional<LRESULT> OnMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) override;
+
+ private:
+  LRESULT AnswerColors(HDC dc, HWND control);
+  void OnThemeChanged(HWND dialog) const;
+
+  COLORREF text_;
+  COLORREF background_;
+  std::vector<int> controlIds_;
+  UniqueBrush brush_;
 };
 
 bool IsOfClass(HWND window, const wchar_t* className) {
@@ -76,22 +84,22 @@ BOOL CALLBACK ThemeChildControl(HWND child, LPARAM) noexcept {
   return TRUE;
 }
 
-LRESULT AnswerColors(DarkDialogData& data, HDC dc, HWND control) {
-  ::SetTextColor(dc, data.text);
-  ::SetBkColor(dc, data.background);
+LRESULT DarkDialog::AnswerColors(HDC dc, HWND control) {
+  ::SetTextColor(dc, text_);
+  ::SetBkColor(dc, background_);
   if (IsOfClass(control, WC_LINK)) {
     // Some systems' link control deletes the brush it is answered; a stock one survives that.
-    ::SetDCBrushColor(dc, data.background);
+    ::SetDCBrushColor(dc, background_);
     return reinterpret_cast<LRESULT>(::GetStockObject(DC_BRUSH));
   }
-  if (data.brush == nullptr) data.brush.reset(::CreateSolidBrush(data.background));
-  return reinterpret_cast<LRESULT>(data.brush.get());
+  if (brush_ == nullptr) brush_.reset(::CreateSolidBrush(background_));
+  return reinterpret_cast<LRESULT>(brush_.get());
 }
 
-void OnThemeChanged(HWND dialog, const DarkDialogData& data) {
+void DarkDialog::OnThemeChanged(HWND dialog) const {
   AllowDarkMode(dialog);
   RefreshTitleBarTheme(dialog);
-  for (const int id : data.controlIds) {
+  for (const int id : controlIds_) {
     if (HWND control = ::GetDlgItem(dialog, id)) ThemeListedControl(control);
   }
   ::RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
@@ -104,9 +112,7 @@ void OnSettingChange(HWND dialog, const wchar_t* setting) {
   if (colors) ::SendMessageW(dialog, WM_THEMECHANGED, 0, 0);
 }
 
-LRESULT CALLBACK DarkDialogSubclassProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
-                                        DWORD_PTR reference) noexcept {
-  auto* data = reinterpret_cast<DarkDialogData*>(reference);
+std::optional<LRESULT> DarkDialog::OnMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_CTLCOLORMSGBOX:
     case WM_CTLCOLOREDIT:
@@ -115,23 +121,18 @@ LRESULT CALLBACK DarkDialogSubclassProc(HWND dialog, UINT message, WPARAM wParam
     case WM_CTLCOLORDLG:
     case WM_CTLCOLORSCROLLBAR:
     case WM_CTLCOLORSTATIC:
-      if (DarkModeAvailable() && DarkModeOn())
-        return AnswerColors(*data, reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam));
+      if (DarkModeAvailable() && DarkModeOn()) return AnswerColors(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam));
       break;
     case WM_THEMECHANGED:
-      if (DarkModeAvailable()) OnThemeChanged(dialog, *data);
+      if (DarkModeAvailable()) OnThemeChanged(dialog);
       break;
     case WM_SETTINGCHANGE:
       if (DarkModeAvailable()) OnSettingChange(dialog, reinterpret_cast<const wchar_t*>(lParam));
       break;
-    case WM_DESTROY:
-      ::RemoveWindowSubclass(dialog, &DarkDialogSubclassProc, id);
-      std::unique_ptr<DarkDialogData>(data).reset();
-      break;
     default:
       break;
   }
-  return ::DefSubclassProc(dialog, message, wParam, lParam);
+  return std::nullopt;
 }
 
 }  // namespace
@@ -142,10 +143,7 @@ void ApplyDarkModeToDialog(HWND dialog, COLORREF text, COLORREF background, std:
   AllowDarkMode(dialog);
   RefreshTitleBarTheme(dialog);
   if (menuBar == DarkMenuBar::kDraw) InstallDarkMenuBar(dialog);
-  auto data = std::make_unique<DarkDialogData>(
-      DarkDialogData{text, background, std::vector<int>(controlIds.begin(), controlIds.end()), nullptr});
-  if (!::SetWindowSubclass(dialog, &DarkDialogSubclassProc, kDialogSubclass, reinterpret_cast<DWORD_PTR>(data.get()))) return;
-  data.release();  // the subclass frees it at WM_DESTROY
+  if (!InstallSubclass(dialog, kDialogSubclass, std::make_unique<DarkDialog>(text, background, controlIds))) return;
   ::SendMessageW(dialog, WM_THEMECHANGED, 0, 0);
   if (DarkModeOn()) ::EnumChildWindows(dialog, &ThemeChildControl, 0);
 }

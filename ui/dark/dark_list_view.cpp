@@ -1,6 +1,5 @@
 #include "ui/dark/dark_list_view.h"
 
-#include <commctrl.h>
 #include <uxtheme.h>
 
 #include <memory>
@@ -8,6 +7,7 @@
 #include "platform/handles.h"
 #include "ui/dark/dark_mode.h"
 #include "ui/dark/dark_mode_entry_points.h"
+#include "ui/dark/subclass.h"
 
 namespace {
 
@@ -38,50 +38,35 @@ void OnThemeChanged(HWND list, COLORREF& headerText, WPARAM wParam, LPARAM lPara
   ::RedrawWindow(list, nullptr, nullptr, RDW_FRAME | RDW_INVALIDATE);
 }
 
-/// True when the drawing stage is answered with `result`.
-bool OnHeaderDraw(const NMCUSTOMDRAW& draw, COLORREF headerText, LRESULT& result) {
+std::optional<LRESULT> OnHeaderDraw(const NMCUSTOMDRAW& draw, COLORREF headerText) {
   switch (draw.dwDrawStage) {
     case CDDS_PREPAINT:
-      result = CDRF_NOTIFYITEMDRAW;
-      return true;
+      return CDRF_NOTIFYITEMDRAW;
     case CDDS_ITEMPREPAINT:
       if (DrawsDarkHeader()) ::SetTextColor(draw.hdc, headerText);
-      result = CDRF_DODEFAULT;
-      return true;
+      return CDRF_DODEFAULT;
     default:
-      return false;
+      return std::nullopt;
   }
 }
 
-LRESULT CALLBACK DarkListViewSubclassProc(HWND list, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
-                                          DWORD_PTR reference) noexcept {
-  auto* headerText = reinterpret_cast<COLORREF*>(reference);
-  switch (message) {
-    case WM_NOTIFY: {
-      LRESULT result = 0;
-      const bool isDraw = reinterpret_cast<const NMHDR*>(lParam)->code == NM_CUSTOMDRAW;
-      if (isDraw && OnHeaderDraw(*reinterpret_cast<const NMCUSTOMDRAW*>(lParam), *headerText, result)) return result;
-      break;
-    }
-    case WM_CTLCOLOREDIT:
-      // The box over a cell is the list's child.
-      if (!DarkModeOn()) break;
-      ::SetTextColor(reinterpret_cast<HDC>(wParam), kDarkText);
-      ::SetBkColor(reinterpret_cast<HDC>(wParam), kDarkBackground);
-      ::SetDCBrushColor(reinterpret_cast<HDC>(wParam), kDarkBackground);
-      return reinterpret_cast<LRESULT>(::GetStockObject(DC_BRUSH));
-    case WM_THEMECHANGED:
-      OnThemeChanged(list, *headerText, wParam, lParam);
-      break;
-    case WM_DESTROY:
-      ::RemoveWindowSubclass(list, &DarkListViewSubclassProc, id);
-      std::unique_ptr<COLORREF>(headerText).reset();
-      break;
-    default:
-      break;
+class DarkListView final : public Subclass {
+ public:
+  std::optional<LRESULT> OnMessage(HWND list, UINT message, WPARAM wParam, LPARAM lParam) override {
+    if (message == WM_THEMECHANGED) OnThemeChanged(list, headerText_, wParam, lParam);
+    if (message == WM_NOTIFY && reinterpret_cast<const NMHDR*>(lParam)->code == NM_CUSTOMDRAW)
+      return OnHeaderDraw(*reinterpret_cast<const NMCUSTOMDRAW*>(lParam), headerText_);
+    // The box over a cell is the list's child.
+    if (message != WM_CTLCOLOREDIT || !DarkModeOn()) return std::nullopt;
+    ::SetTextColor(reinterpret_cast<HDC>(wParam), kDarkText);
+    ::SetBkColor(reinterpret_cast<HDC>(wParam), kDarkBackground);
+    ::SetDCBrushColor(reinterpret_cast<HDC>(wParam), kDarkBackground);
+    return reinterpret_cast<LRESULT>(::GetStockObject(DC_BRUSH));
   }
-  return ::DefSubclassProc(list, message, wParam, lParam);
-}
+
+ private:
+  COLORREF headerText_ = 0;
+};
 
 void SetDarkColors(HWND list) {
   ::SendMessageW(list, LVM_SETBKCOLOR, 0, static_cast<LPARAM>(kDarkBackground));
@@ -94,9 +79,7 @@ void SetDarkColors(HWND list) {
 void ApplyDarkModeToListView(HWND list) {
   if (!DarkModeAvailable()) return;
   HWND header = HeaderOf(list);
-  auto headerText = std::make_unique<COLORREF>(0);
-  if (!::SetWindowSubclass(list, &DarkListViewSubclassProc, kListSubclass, reinterpret_cast<DWORD_PTR>(headerText.get()))) return;
-  headerText.release();  // the subclass frees it at WM_DESTROY
+  if (!InstallSubclass(list, kListSubclass, std::make_unique<DarkListView>())) return;
   ::SendMessageW(list, WM_CHANGEUISTATE, MAKEWPARAM(UIS_SET, UISF_HIDEFOCUS), 0);
   Theme().setWindowTheme(header, L"ItemsView", nullptr);
   Theme().setWindowTheme(list, L"ItemsView", nullptr);

@@ -1,14 +1,13 @@
 #include "ui/dark/dark_menu_bar.h"
 
-#include <commctrl.h>
 #include <uxtheme.h>
 
 #include <iterator>
-#include <memory>
 
 #include "platform/handles.h"
 #include "ui/dark/dark_mode.h"
 #include "ui/dark/dark_mode_entry_points.h"
+#include "ui/dark/subclass.h"
 
 namespace {
 
@@ -18,14 +17,17 @@ constexpr int kPart = 14;
 
 using UniqueTheme = Unique<HTHEME, ::CloseThemeData>;
 
-/// The menu theme, opened at the first painting and forgotten when the theme changes.
-struct MenuBarData {
-  UniqueTheme theme;
+class MenuBar final : public Subclass {
+ public:
+  std::optional<LRESULT> OnMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;
 
+ private:
   HTHEME Open(HWND window) {
-    if (theme == nullptr) theme.reset(::OpenThemeData(window, L"Menu"));
-    return theme.get();
+    if (theme_ == nullptr) theme_.reset(::OpenThemeData(window, L"Menu"));
+    return theme_.get();
   }
+
+  UniqueTheme theme_;  ///< opened at the first painting and forgotten when the theme changes
 };
 
 bool DrawsDark() { return DarkModeOn() && SystemAsksForDarkNow(); }
@@ -64,39 +66,19 @@ void DrawItem(HTHEME theme, const MenuBarItemDraw& draw) {
   Theme().drawText(theme, draw.bar.dc, kPart, state, text, static_cast<int>(info.cch), flags, 0, &draw.item.rcItem);
 }
 
-LRESULT CALLBACK MenuBarSubclassProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
-                                     DWORD_PTR reference) noexcept {
-  auto* data = reinterpret_cast<MenuBarData*>(reference);
-  switch (message) {
-    case kDrawMenuBar:
-    case kDrawMenuBarItem: {
-      HTHEME theme = DrawsDark() ? data->Open(window) : nullptr;
-      if (theme == nullptr) break;
-      if (message == kDrawMenuBar) {
-        DrawBar(window, theme, *reinterpret_cast<const MenuBarDraw*>(lParam));
-      } else {
-        DrawItem(theme, *reinterpret_cast<const MenuBarItemDraw*>(lParam));
-      }
-      return 0;
-    }
-    case WM_THEMECHANGED:
-      data->theme.reset();
-      break;
-    case WM_DESTROY:
-      ::RemoveWindowSubclass(window, &MenuBarSubclassProc, id);
-      std::unique_ptr<MenuBarData>(data).reset();
-      break;
-    default:
-      break;
+std::optional<LRESULT> MenuBar::OnMessage(HWND window, UINT message, WPARAM, LPARAM lParam) {
+  if (message == WM_THEMECHANGED) theme_.reset();
+  if (message != kDrawMenuBar && message != kDrawMenuBarItem) return std::nullopt;
+  HTHEME theme = DrawsDark() ? Open(window) : nullptr;
+  if (theme == nullptr) return std::nullopt;
+  if (message == kDrawMenuBar) {
+    DrawBar(window, theme, *reinterpret_cast<const MenuBarDraw*>(lParam));
+  } else {
+    DrawItem(theme, *reinterpret_cast<const MenuBarItemDraw*>(lParam));
   }
-  return ::DefSubclassProc(window, message, wParam, lParam);
+  return 0;
 }
 
 }  // namespace
 
-void InstallDarkMenuBar(HWND window) {
-  auto data = std::make_unique<MenuBarData>();
-  // From then on the subclass frees it at WM_DESTROY.
-  if (::SetWindowSubclass(window, &MenuBarSubclassProc, kMenuBarSubclass, reinterpret_cast<DWORD_PTR>(data.get())))
-    data.release();
-}
+void InstallDarkMenuBar(HWND window) { (void)InstallSubclass(window, kMenuBarSubclass, std::make_unique<MenuBar>()); }

@@ -1,6 +1,7 @@
 #include "ui/framework/clipboard_text.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "platform/handles.h"
 #include "platform/out_of_memory.h"
@@ -20,4 +21,17 @@ std::optional<std::wstring> ReadClipboardText(HWND owner) {
   if (!DoUnlessOutOfMemory(L"ReadClipboardText", take)) copy.reset();
   ::GlobalUnlock(memory);
   return copy;
+}
+
+void WriteClipboardText(HWND owner, const std::wstring& text) {
+  const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
+  UniqueGlobal memory(::GlobalAlloc(GMEM_MOVEABLE, bytes));
+  void* target = memory != nullptr ? ::GlobalLock(memory.get()) : nullptr;
+  if (target == nullptr) return;
+  std::memcpy(target, text.c_str(), bytes);
+  ::GlobalUnlock(memory.get());
+  const ClipboardLock clipboard(owner);
+  if (!clipboard.IsOpen() || !::EmptyClipboard()) return;
+  // From here on the clipboard owns the memory.
+  if (::SetClipboardData(CF_UNICODETEXT, memory.get()) != nullptr) memory.release();
 }

@@ -10,3 +10,6 @@
 /// Empty when the clipboard holds no Unicode text, cannot be opened for the owner, or memory for the copy cannot be had. The
 /// clipboard is held only during the call.
 [[nodiscard]] std::optional<std::wstring> ReadClipboardText(HWND owner);
+
+/// Replaces what the clipboard holds; without effect when it cannot be opened for the owner.
+void WriteClipboardText(HWND owner, const std::wstring& text);

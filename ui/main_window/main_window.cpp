@@ -8,6 +8,7 @@
 #include "storage/settings_registry.h"
 #include "ui/dark/dark_list_view.h"
 #include "ui/dark/dark_mode.h"
+#include "ui/framework/accessible_names.h"
 #include "ui/framework/commands.h"
 #include "ui/framework/resources.h"
 #include "ui/main_window/main_window_thread.h"
@@ -39,6 +40,15 @@ constexpr AnchorRow kAnchors[] = {
     {IDOK, kFollowCorner},
     {IDCANCEL, kFollowCorner},
     {IDC_MAIN_GRIP, kFollowCorner},
+};
+
+constexpr AccessibleName kNames[] = {
+    {IDC_RULE_LIST, L"Rules"},
+    {IDC_RECENT_ALERTS, L"Recent alerts"},
+    {IDC_LOG_PATH, L"Alert log file"},
+    {IDC_LOG_BROWSE, L"Choose the alert log file"},
+    {IDC_SOUND_PATH, L"Alert sound file"},
+    {IDC_SOUND_BROWSE, L"Choose the alert sound file"},
 };
 
 constexpr int kDarkControls[] = {IDC_ADD_RULE,     IDC_EDIT_RULE,     IDC_REMOVE_RULE, IDC_PRESETS,      IDC_IMPORT_RULES,
@@ -82,6 +92,7 @@ MainDialog::MainDialog(Program& program)
 
 bool MainDialog::OnInitDialog() {
   program_.MainDialogHandle.Opened(Window());
+  SetAccessibleNames(Window(), kNames);
   AttachMenu();
   PlaceGrip();
   rules_.OnInitDialog(Window());
@@ -218,6 +229,7 @@ std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM
 }
 
 void MainDialog::OnDestroy() {
+  ClearAccessibleNames(Window(), kNames);
   shortcuts_.Remove(Window());
   program_.MainDialogHandle.Closed(Window());
 }

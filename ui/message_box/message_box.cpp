@@ -3,13 +3,13 @@
 #include <dwmapi.h>
 #include <uxtheme.h>
 
-#include <cstring>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/handles.h"
 #include "platform/out_of_memory.h"
+#include "ui/framework/clipboard_text.h"
 #include "ui/framework/dialog.h"
 #include "ui/framework/resources.h"
 #include "ui/message_box/message_box_model.h"
@@ -80,19 +80,6 @@ HICON SystemIcon(MessageBoxIcon icon) {
       break;
   }
   return nullptr;
-}
-
-void CopyToClipboard(HWND owner, const std::wstring& text) {
-  const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
-  UniqueGlobal memory(::GlobalAlloc(GMEM_MOVEABLE, bytes));
-  void* target = memory != nullptr ? ::GlobalLock(memory.get()) : nullptr;
-  if (target == nullptr) return;
-  std::memcpy(target, text.c_str(), bytes);
-  ::GlobalUnlock(memory.get());
-  const ClipboardLock clipboard(owner);
-  if (!clipboard.IsOpen() || !::EmptyClipboard()) return;
-  // From here on the clipboard owns the memory.
-  if (::SetClipboardData(CF_UNICODETEXT, memory.get()) != nullptr) memory.release();
 }
 
 /// One box from its opening to its end.
@@ -251,7 +238,7 @@ class MessageBoxWindow : public Dialog {
 
   // Without memory as with a clipboard that is not available: nothing is copied and the box stays open.
   void Copy() const {
-    (void)DoUnlessOutOfMemory(L"XMessageBox", [this] { CopyToClipboard(Window(), MessageBoxCopyText(content_)); });
+    (void)DoUnlessOutOfMemory(L"XMessageBox", [this] { WriteClipboardText(Window(), MessageBoxCopyText(content_)); });
   }
 
   [[nodiscard]] static bool IsCopyKey(const MSG& message) {

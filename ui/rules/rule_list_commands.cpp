@@ -7,6 +7,7 @@
 #include "platform/handles.h"
 #include "res/resource.h"
 #include "storage/rule_presets.h"
+#include "ui/framework/list_view.h"
 #include "ui/framework/resources.h"
 #include "ui/message_box/message_box.h"
 #include "ui/rules/rule_editor.h"
@@ -115,7 +116,7 @@ void RuleListCommands::OnDoubleClick(int row, int column) {
   if (row < 0) {
     OnAdd();
   } else if (column == kEnabledColumn) {
-    list_.ApplyInPlaceEdit(row, kEnabledColumn, {});
+    ApplyCell(row, kEnabledColumn, {});
   } else if (IsRuleColumn(column)) {
     EndInPlaceEdit(true);  // a box over another cell commits before the next one opens
     inPlaceEdit_.Start(list_.Window(), row, column);
@@ -126,7 +127,18 @@ void RuleListCommands::EndInPlaceEdit(bool commit) {
   const auto entry = commit ? inPlaceEdit_.Content() : std::nullopt;
   // A cell shows no more of a pattern than a box can hold; one that nobody touched stays whole.
   if (entry && (entry->edited || entry->column != kPatternColumn)) {
-    list_.ApplyInPlaceEdit(entry->row, entry->column, entry->text);
+    ApplyCell(entry->row, entry->column, entry->text);
   }
   inPlaceEdit_.Close();
+}
+
+void RuleListCommands::ApplyCell(int row, int column, const std::wstring& text) {
+  const auto id = list_.RuleIdOfRow(row);
+  if (!id || !IsRuleColumn(column)) return;
+  std::wstring cell;
+  const bool changed = program_.rules.Edit(*id, [&](ThresholdRule& rule) {
+    ApplyCellText(column, text, rule);
+    cell = RuleCellText(column, rule);
+  });
+  if (changed) SetListCell(list_.Window(), row, column, cell);
 }

@@ -31,6 +31,8 @@ class RuleListCommands {
   void OnImport();
   void OnExport();
   void OnDoubleClick(int row, int column);
+  /// Changes the row's rule as the cell's text says, saves, and rewrites that cell alone. Nothing when the rule is gone.
+  void ApplyCell(int row, int column, const std::wstring& text);
   [[nodiscard]] bool ConfirmRemove(std::size_t count) const;
 
   Program& program_;

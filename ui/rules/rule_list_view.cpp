@@ -91,14 +91,3 @@ std::optional<std::uint32_t> RuleListView::RuleIdOfRow(int row) const {
   if (row < 0 || ::SendMessageW(list_, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item)) == FALSE) return std::nullopt;
   return static_cast<std::uint32_t>(item.lParam);
 }
-
-void RuleListView::ApplyInPlaceEdit(int row, int column, const std::wstring& text) {
-  const auto id = RuleIdOfRow(row);
-  if (!id || !IsRuleColumn(column)) return;
-  std::wstring cell;
-  const bool changed = rules_.Edit(*id, [&](ThresholdRule& rule) {
-    ApplyCellText(column, text, rule);
-    cell = RuleCellText(column, rule);
-  });
-  if (changed) SetListCell(list_, row, column, cell);
-}

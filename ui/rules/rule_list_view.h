@@ -15,7 +15,7 @@
 /// Main window's thread only. A dialog without the list is left alone.
 class RuleListView {
  public:
-  explicit RuleListView(RuleStore& rules) : rules_(rules) {}
+  explicit RuleListView(const RuleStore& rules) : rules_(rules) {}
 
   /// Makes the columns and shows the rules.
   void OnInitDialog(HWND dialog);
@@ -29,10 +29,7 @@ class RuleListView {
   [[nodiscard]] std::vector<std::uint32_t> SelectedRuleIds() const;
   [[nodiscard]] std::optional<std::uint32_t> RuleIdOfRow(int row) const;
 
-  /// Changes the row's rule as the cell's text says, saves, and rewrites that cell alone. Nothing when the rule is gone.
-  void ApplyInPlaceEdit(int row, int column, const std::wstring& text);
-
  private:
-  RuleStore& rules_;
+  const RuleStore& rules_;
   HWND list_ = nullptr;
 };

@@ -1,10 +1,12 @@
-#include "core/rule_evaluation.h"
-
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
+#include <tuple>
 
 #include "core/printable_text.h"
+#include "core/rule_evaluation.h"
+#include "core/wildcard.h"
 
 namespace {
 
@@ -36,6 +38,44 @@ TEST(ViolationText, CeilingsWithoutLimitNeverFire) {
 TEST(PrintableText, LeavesNothingThatForgesLinesOrSteersATerminal) {
   EXPECT_EQ(PrintableText(L"\x1B[2Ja\n\x7F\x9B\u061C\u200E\u2028\u202E\u2066.exe"), L"?[2Ja????????.exe");
   EXPECT_EQ(PrintableText(L"\xC4 \u20AC\u2065"), L"\xC4 \u20AC\u2065");
+}
+
+TEST(WildcardMatch, Table) {
+  const std::tuple<std::wstring, std::wstring, bool> kCases[] = {
+      {L"CHROME.EXE", L"chrome.exe", true},
+      {L"chrome", L"chrome.exe", false},
+      {L"chrome*", L"chrome.exe", true},
+      {L"*", L"", true},
+      {L"", L"", true},
+      {L"", L"a", false},
+      {L"?", L"", false},
+      {L"a?c", L"ac", false},
+      {L"a?c", L"a*c", true},
+      {L"*.exe", L"a.exe.bak", false},
+      {L"*a*b", L"xaxxb", true},
+      {L"*a*b", L"ba", false},
+      {L"*aab", L"aaab", true},
+      {L"\u00c4", L"\u00e4", false},
+      {L"[z]", L"{Z}", false},
+      {L"abc", L"ab", false},
+      {L"ab**", L"AB", true},
+  };
+  for (const auto& [pattern, name, matches] : kCases) {
+    EXPECT_EQ(WildcardMatch(name.c_str(), pattern.c_str()), matches) << pattern << " on " << name;
+  }
+}
+
+// With more than one backtracking point this would not end within the life of the machine.
+TEST(WildcardMatch, HostilePatternStaysCheap) {
+  std::wstring pattern;
+  for (int star = 0; star < 60; ++star) pattern += L"*a";
+  EXPECT_FALSE(WildcardMatch(std::wstring(259, L'a').c_str(), (pattern + L"*b").c_str()));
+}
+
+TEST(IsExcluded, AnyPatternWillDoAndNoneIsTrimmed) {
+  EXPECT_FALSE(IsExcluded(L"a.exe", {}));
+  EXPECT_FALSE(IsExcluded(L"a.exe", {L"b.exe", L" a.exe", L"a.exe ", L""}));
+  EXPECT_TRUE(IsExcluded(L"a.exe", {L"b.exe", L"A.*"}));
 }
 
 }  // namespace
