@@ -8,6 +8,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <regex>
 #include <string>
@@ -24,8 +25,8 @@ class Console : public testing::Test {
   [[nodiscard]] std::string Text(const char* name) const { return ThrowawayFolder::Read(folder_.Path(name)); }
   /// Its exit code; what it printed is in "out" and "err".
   [[nodiscard]] int Run(const std::string& arguments) const {
-    const std::string command =
-        "cd '" + File("") + "' && HOME='" + File("") + "' exec timeout 30 '" VANTORA_CONSOLE "' " + arguments + " >out 2>err";
+    const std::string command = "cd '" + File("") + "' && HOME='" + File("") +
+                                "' TZ=IST-5:30 exec timeout 30 '" VANTORA_CONSOLE "' " + arguments + " >out 2>err";
     const int status = std::system(("env -u XDG_CONFIG_HOME sh -c \"" + command + "\"").c_str());
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
@@ -59,6 +60,14 @@ TEST_F(Console, ReportsARealProcessInBothFormatsInTheLogAndInTheMetrics) {
   EXPECT_TRUE(
       std::regex_match(Text("log"), std::regex("\xEF\xBB\xBF" + head + R"(Threads: 2 > 1\r\n)" + head + R"(CPU: .*\r\n)")));
   EXPECT_EQ(Text("err"), "");
+  // The time of that zone; the hour may have changed meanwhile.
+  char hours[2][20] = {};
+  const std::time_t local = std::time(nullptr) + 5 * 3600 + 1800;
+  for (const int ago : {0, 1}) {
+    const std::time_t then = local - 60 * ago;
+    std::strftime(hours[ago], sizeof hours[ago], "%Y-%m-%d %H:", std::gmtime(&then));
+  }
+  EXPECT_TRUE(Text("out").starts_with(hours[0]) || Text("out").starts_with(hours[1])) << Text("out");
 
   EXPECT_EQ(Run("--rules rules.csv --once --json --metrics metrics"), 1);
   const auto exceeded = [](const char* ceiling, const char* measured, const char* allowed, const char* unit) {
@@ -66,7 +75,7 @@ TEST_F(Console, ReportsARealProcessInBothFormatsInTheLogAndInTheMetrics) {
            R"(,"unit":")" + unit + R"("\})";
   };
   const std::string json =
-      R"(\{"time":"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d[+-]\d\d:\d\d","host":"[^"]+","pid":)" + pid + R"(,"process":")" + name_ +
+      R"(\{"time":"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\+05:30","host":"[^"]+","pid":)" + pid + R"(,"process":")" + name_ +
       R"(","rule":7,"pattern":")" + name_ + R"(","exceeded":\[)" + exceeded("handles", R"(\d\d?)", "2", "count") + "," +
       exceeded("working_set", R"(\d{8,})", "67108864", "bytes") + "," +
       exceeded("private_bytes", R"(\d{8,})", "67108864", "bytes") + "," + exceeded("cpu", R"(\d+\.\d)", "0.1", "percent") + "," +

@@ -1,6 +1,7 @@
 // Every window of the program as a text: its controls in their tab order, what they say, and how they follow a larger frame,
 // against golden/<window>.txt. And, light and dark, whether what it says can be read. VANTORA_GOLDEN=write writes the files anew.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
@@ -8,6 +9,7 @@
 
 #include "platform/handles.h"
 #include "platform/text_encoding.h"
+#include "platform/text_format.h"
 #include "tests/support/main_window_fixture.h"
 #include "tests/support/theme_recorder.h"
 #include "ui/alerts/alert_log_window.h"
@@ -73,6 +75,16 @@ std::vector<HWND> Controls(HWND window) {
   return controls;
 }
 
+/// In dialog units, which no font changes. Message boxes measure their texts, and a size grip follows the frame.
+std::wstring RectText(HWND window, HWND control, const RECT& rect) {
+  RECT unit{0, 0, 400, 800};
+  if (!::MapDialogRect(window, &unit) || ::GetDlgItem(window, IDYES) != nullptr || ClassOf(control) == L"ScrollBar") return {};
+  std::wstring text;
+  for (const LONG x : {rect.left, rect.right - rect.left}) text += L" " + std::to_wstring(::MulDiv(x, 400, unit.right));
+  for (const LONG y : {rect.top, rect.bottom - rect.top}) text += L" " + std::to_wstring(::MulDiv(y, 800, unit.bottom));
+  return text;
+}
+
 std::wstring Describe(HWND window) {
   std::wstring text = TextOf(window) + L"\n";
   if (HMENU menu = ::GetMenu(window)) DescribeMenu(menu, L"  ", text);
@@ -102,12 +114,24 @@ std::wstring Describe(HWND window) {
         {now.top != was.top, L" moves-down"},
         {now.right - now.left != was.right - was.left, L" widens"},
         {now.bottom - now.top != was.bottom - was.top, L" grows"}};
-    text += std::to_wstring(::GetDlgCtrlID(control)) + L" " + ClassOf(control);
+    text += std::to_wstring(::GetDlgCtrlID(control)) + L" " + ClassOf(control) + RectText(window, control, was);
+    text += FormatText(L" %x", static_cast<unsigned>(style & 0xFFFF));
     for (const auto& [holds, mark] : marks) text += holds ? mark : L"";
     if (const std::wstring words = TextOf(control); !words.empty()) text += L" \"" + words + L"\"";
     text += ClassOf(control) == L"SysListView32" ? DescribeList(control) + L"\n" : std::wstring(L"\n");
   }
   return text;
+}
+
+/// Which control got which theme in the dark, and whether it may be dark.
+std::wstring DescribeThemes(HWND window, const ThemeNotes& notes) {
+  std::wstring text = L"dark, title bar " + std::to_wstring(notes.composed.empty() ? -1 : notes.composed.back()) + L":";
+  for (HWND control : Controls(window)) {
+    const auto allowed = std::ranges::find(notes.allowed, control, [](const auto& call) { return call.first; });
+    text += L" " + std::to_wstring(::GetDlgCtrlID(control)) + L"=" + notes.ThemeOf(control);
+    if (allowed == notes.allowed.end()) text += L"(light)";
+  }
+  return text + L"\n";
 }
 
 /// How far two colours differ in lightness: 1 to 21.
@@ -163,6 +187,7 @@ class Golden : public testing::TestWithParam<Window>, protected TestProgram {
 };
 
 TEST_P(Golden, IsAsRecordedAndReadableLightAndDark) {
+  std::string now;
   for (const bool dark : {false, true}) {
     SCOPED_TRACE(dark ? "dark" : "light");
     const ThemeRecorder theme(19045, dark);
@@ -176,17 +201,15 @@ TEST_P(Golden, IsAsRecordedAndReadableLightAndDark) {
       return RowCount(::GetDlgItem(window, IDC_RECENT_ALERTS)) == 1 || ::GetDlgItem(window, IDC_RECENT_ALERTS) == nullptr;
     }));
     ExpectReadable(window, dark);
-    if (!dark) {
-      const std::string now = EncodeUtf8(Describe(window));
-      const std::string path = std::string(VANTORA_GOLDEN_FOLDER) + "/" + GetParam().name + ".txt";
-      if (std::getenv("VANTORA_GOLDEN") != nullptr) std::ofstream(path, std::ios::binary) << now;
-      std::ostringstream recorded;
-      recorded << std::ifstream(path, std::ios::binary).rdbuf();
-      EXPECT_EQ(now, recorded.str());
-    }
+    now += EncodeUtf8(dark ? DescribeThemes(window, ThemeRecorder::notes) : Describe(window));
     PostCommand(window, GetParam().button);
     EXPECT_TRUE(thread.WaitForEnd());
   }
+  const std::string path = std::string(VANTORA_GOLDEN_FOLDER) + "/" + GetParam().name + ".txt";
+  if (std::getenv("VANTORA_GOLDEN") != nullptr) std::ofstream(path, std::ios::binary) << now;
+  std::ostringstream recorded;
+  recorded << std::ifstream(path, std::ios::binary).rdbuf();
+  EXPECT_EQ(now, recorded.str());
   SetAppsLight(1);
 }
 
