@@ -7,10 +7,10 @@ LINT_PACKAGES := $(HOST_PACKAGES) $(WINDOWS_PACKAGES) clang clang-format clang-t
 FUZZ_PACKAGES := cmake ninja-build clang libclang-rt-14-dev
 JOBS := $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: help run test test-host test-windows exe console console-windows deb installer package release bench fuzz screenshots golden lint format clean
+.PHONY: help run test test-host test-windows exe console console-windows deb installer package release bench fuzz screenshots golden mutants lint format clean
 
 help:
-	@echo "make run | test | test-host | test-windows | exe | console | console-windows | deb | installer | package | release | bench | fuzz | screenshots | golden | lint | format | clean"
+	@echo "make run | test | test-host | test-windows | exe | console | console-windows | deb | installer | package | release | bench | fuzz | screenshots | golden | mutants | lint | format | clean"
 
 run: exe
 	@scripts/need $(WINE_PACKAGES)
@@ -77,6 +77,10 @@ golden:
 	@cmake --preset windows >/dev/null && cmake --build --preset windows --target windows_test -- -j$(JOBS)
 	@VANTORA_GOLDEN=write scripts/wine-session ctest --test-dir build/windows -R Golden >build/golden.log 2>&1
 	@git diff --stat tests/golden
+
+mutants:
+	@scripts/need $(HOST_PACKAGES) $(WINDOWS_PACKAGES) $(WINE_PACKAGES) ccache git
+	@scripts/mutants $(if $(SEED),--seed $(SEED)) $(if $(COUNT),--count $(COUNT))
 
 lint:
 	@scripts/need $(LINT_PACKAGES)
