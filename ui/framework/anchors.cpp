@@ -1,11 +1,12 @@
 #include "ui/framework/anchors.h"
 
-LayoutRect ResolveAnchor(const LayoutAnchor& anchor, std::int32_t dx, std::int32_t dy) {
+LayoutRect ResolveAnchor(const LayoutAnchor& anchor, std::int32_t dx, std::int32_t dy, std::int32_t given) {
   const auto when = [&anchor](std::uint32_t flag, std::int32_t growth) { return (anchor.flags & flag) != 0 ? growth : 0; };
   LayoutRect rect = anchor.rect;
   rect.left += when(ANCHOR_MOVE_RIGHT, dx);
   rect.right += when(ANCHOR_MOVE_RIGHT, dx) + when(ANCHOR_WIDEN, dx);
-  rect.top += when(ANCHOR_MOVE_DOWN, dy);
-  rect.bottom += when(ANCHOR_MOVE_DOWN, dy) + when(ANCHOR_GROW_TALLER, dy);
+  const std::int32_t down = when(ANCHOR_MOVE_DOWN, dy) - when(ANCHOR_FOLLOW_GIVEN, given);
+  rect.top += down;
+  rect.bottom += down + when(ANCHOR_GROW_TALLER, dy + given) - when(ANCHOR_GIVE_HEIGHT, given);
   return rect;
 }

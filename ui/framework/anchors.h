@@ -18,6 +18,8 @@ enum AnchorFlags : std::uint32_t {
   ANCHOR_MOVE_DOWN = 0x04,
   ANCHOR_WIDEN = 0x10,
   ANCHOR_GROW_TALLER = 0x20,
+  ANCHOR_GIVE_HEIGHT = 0x100,   ///< the first to lose height where the window has less than at its opening
+  ANCHOR_FOLLOW_GIVEN = 0x200,  ///< moves up by what those have lost
 };
 
 /// One row of a dialog's anchor table.
@@ -32,5 +34,6 @@ struct LayoutAnchor {
   LayoutRect rect;  ///< client coordinates at initialisation
 };
 
-/// The control's rectangle after the client area has grown by dx and dy (either may be negative).
-[[nodiscard]] LayoutRect ResolveAnchor(const LayoutAnchor& anchor, std::int32_t dx, std::int32_t dy);
+/// The control's rectangle after the client area has grown by dx and dy (either may be negative) and others have given `given`
+/// of their height.
+[[nodiscard]] LayoutRect ResolveAnchor(const LayoutAnchor& anchor, std::int32_t dx, std::int32_t dy, std::int32_t given);

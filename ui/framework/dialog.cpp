@@ -76,17 +76,42 @@ void Dialog::ApplyDarkMode(std::span<const int> controlIds, DarkMenuBar menuBar)
   ApplyDarkModeToDialog(window_, kDarkText, kDarkBackground, controlIds, menuBar);
 }
 
+SIZE Dialog::TemplateClient() const {
+  // The beginning of an extended template, which all of the program's are.
+  struct Header {
+    WORD version, signature;
+    DWORD help, extendedStyle, style;
+    WORD items;
+    short x, y, width, height;
+  };
+  HRSRC resource = ::FindResourceW(instance_, MAKEINTRESOURCEW(templateId_), RT_DIALOG);
+  const auto* header =
+      resource == nullptr ? nullptr : static_cast<const Header*>(::LockResource(::LoadResource(instance_, resource)));
+  if (header == nullptr || header->signature != 0xFFFF) return {};
+  RECT client{0, 0, header->width, header->height};
+  ::MapDialogRect(window_, &client);
+  return {client.right, client.bottom - (::GetMenu(window_) != nullptr ? ::GetSystemMetrics(SM_CYMENU) : 0)};
+}
+
 void Dialog::StartLayout(std::span<const AnchorRow> rows, int extraMinHeightPx, bool eraseOnResize) {
   RECT client{};
   RECT frame{};
   ::GetClientRect(window_, &client);
   ::GetWindowRect(window_, &frame);
-  initialClient_ = {client.right, client.bottom};
-  minTrack_ = {frame.right - frame.left, frame.bottom - frame.top + extraMinHeightPx};
+  const SIZE whole = TemplateClient();
+  const LONG cutWidth = std::max(0L, whole.cx - client.right);
+  const LONG cutHeight = std::max(0L, whole.cy - client.bottom);
+  initialClient_ = {client.right + cutWidth, client.bottom + cutHeight};
+  minTrack_ = {frame.right - frame.left + cutWidth, frame.bottom - frame.top + cutHeight + extraMinHeightPx};
   eraseOnResize_ = eraseOnResize;
   anchors_.clear();
   for (const AnchorRow& row : rows) {
-    if (HWND control = Item(row.controlId)) anchors_.push_back({row.controlId, row.flags, ControlRect(window_, control)});
+    HWND control = Item(row.controlId);
+    if (control == nullptr) continue;
+    anchors_.push_back({row.controlId, row.flags, ControlRect(window_, control)});
+    const LayoutRect& rect = anchors_.back().rect;
+    constexpr int kLeastHeightPx = 80;  // at 96 dpi: a header and three rows
+    if ((row.flags & ANCHOR_GIVE_HEIGHT) != 0) givable_ = std::max(0, rect.bottom - rect.top - ScaleForDpi(kLeastHeightPx));
   }
 }
 
@@ -148,11 +173,15 @@ void Dialog::FitWorkArea() {
   const RECT& work = monitor.rcWork;
   const int width = std::min(frame.right - frame.left, work.right - work.left);
   const int height = std::min(frame.bottom - frame.top, work.bottom - work.top);
-  if (width == frame.right - frame.left && height == frame.bottom - frame.top) return;
   minTrack_ = {std::min<LONG>(minTrack_.cx, width), std::min<LONG>(minTrack_.cy, height)};
   const int x = std::clamp<int>(frame.left, work.left, work.right - width);
   const int y = std::clamp<int>(frame.top, work.top, work.bottom - height);
   ::SetWindowPos(window_, nullptr, x, y, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+  RECT client{};
+  ::GetClientRect(window_, &client);
+  // One that the system has made no larger than that keeps its size, so that nothing has told its controls.
+  if (client.right < initialClient_.cx || client.bottom < initialClient_.cy)
+    ::SendMessageW(window_, WM_SIZE, SIZE_RESTORED, MAKELPARAM(client.right, client.bottom));
 }
 
 void Dialog::OnSize(WPARAM kind) {
@@ -161,11 +190,12 @@ void Dialog::OnSize(WPARAM kind) {
   ::GetClientRect(window_, &client);
   const std::int32_t dx = client.right - initialClient_.cx;
   const std::int32_t dy = client.bottom - initialClient_.cy;
+  const std::int32_t given = std::clamp(-dy, 0, givable_);
   HDWP positions = ::BeginDeferWindowPos(static_cast<int>(anchors_.size()));
   for (const LayoutAnchor& anchor : anchors_) {
     HWND control = Item(anchor.controlId);
     if (control == nullptr || positions == nullptr) continue;
-    const LayoutRect rect = ResolveAnchor(anchor, dx, dy);
+    const LayoutRect rect = ResolveAnchor(anchor, dx, dy, given);
     positions = ::DeferWindowPos(positions, control, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
                                  SWP_NOZORDER | SWP_NOACTIVATE);
   }

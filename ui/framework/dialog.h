@@ -69,6 +69,8 @@ class Dialog {
   /// unavailable. `menuBar`: the dialog has a menu bar, which is drawn dark too.
   void ApplyDarkMode(std::span<const int> controlIds, DarkMenuBar menuBar = DarkMenuBar::kNone);
 
+  /// The client area that the template asks for; the system makes a window no larger than the screen.
+  [[nodiscard]] SIZE TemplateClient() const;
   /// From now on resizing moves the controls by the table and the window cannot become smaller than it is, `extraMinHeightPx`
   /// added. `eraseOnResize`: whether the invalidation after a resize erases.
   void StartLayout(std::span<const AnchorRow> rows, int extraMinHeightPx, bool eraseOnResize);
@@ -86,6 +88,7 @@ class Dialog {
   HWND window_ = nullptr;
   SIZE initialClient_{};
   SIZE minTrack_{};
+  std::int32_t givable_ = 0;  ///< the height that controls can lose for others
   bool eraseOnResize_ = true;
   std::vector<LayoutAnchor> anchors_;
 };

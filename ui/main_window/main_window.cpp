@@ -22,24 +22,37 @@ constexpr std::int64_t kMaxWindowPx = 32'767;
 constexpr std::uint32_t kFollowCorner = ANCHOR_MOVE_RIGHT | ANCHOR_MOVE_DOWN;
 constexpr std::uint32_t kFill = ANCHOR_WIDEN | ANCHOR_GROW_TALLER;
 
-// Width goes to the lists and path fields, all height to the pages; what is not listed stays where it is.
+constexpr std::uint32_t kBelowRules = ANCHOR_FOLLOW_GIVEN;
+
+// Width goes to the lists and path fields, all height to the pages; what is not listed stays where it is. A window that has to be
+// lower than its template shortens the rule list first.
 constexpr AnchorRow kAnchors[] = {
-    {IDC_RULES_GROUP, ANCHOR_WIDEN},
-    {IDC_RULE_LIST, ANCHOR_WIDEN},
-    {IDC_IMPORT_RULES, ANCHOR_MOVE_RIGHT},
-    {IDC_EXPORT_RULES, ANCHOR_MOVE_RIGHT},
-    {IDC_TABS, kFill},
-    {IDC_RECENT_ALERTS, kFill},
-    {IDC_SETTINGS_GROUP, kFill},
-    {IDC_LOG_PATH, ANCHOR_WIDEN},
-    {IDC_LOG_BROWSE, ANCHOR_MOVE_RIGHT},
-    {IDC_SOUND_PATH, ANCHOR_WIDEN},
-    {IDC_SOUND_BROWSE, ANCHOR_MOVE_RIGHT},
-    {IDC_APPLY, ANCHOR_MOVE_RIGHT},
+    {IDC_RULES_GROUP, ANCHOR_WIDEN | ANCHOR_GIVE_HEIGHT},
+    {IDC_RULE_LIST, ANCHOR_WIDEN | ANCHOR_GIVE_HEIGHT},
+    {IDC_ADD_RULE, kBelowRules},
+    {IDC_EDIT_RULE, kBelowRules},
+    {IDC_REMOVE_RULE, kBelowRules},
+    {IDC_PRESETS, kBelowRules},
+    {IDC_IMPORT_RULES, ANCHOR_MOVE_RIGHT | kBelowRules},
+    {IDC_EXPORT_RULES, ANCHOR_MOVE_RIGHT | kBelowRules},
+    {IDC_TABS, kFill | kBelowRules},
+    {IDC_RECENT_ALERTS, kFill | kBelowRules},
+    {IDC_SETTINGS_GROUP, kFill | kBelowRules},
+    {IDC_POLL_LABEL, kBelowRules},
+    {IDC_POLL_INTERVAL, kBelowRules},
+    {IDC_NOTIFY, kBelowRules},
+    {IDC_THROTTLE_LABEL, kBelowRules},
+    {IDC_THROTTLE, kBelowRules},
+    {IDC_LOG, kBelowRules},
+    {IDC_LOG_PATH, ANCHOR_WIDEN | kBelowRules},
+    {IDC_LOG_BROWSE, ANCHOR_MOVE_RIGHT | kBelowRules},
+    {IDC_SOUND, kBelowRules},
+    {IDC_SOUND_PATH, ANCHOR_WIDEN | kBelowRules},
+    {IDC_SOUND_BROWSE, ANCHOR_MOVE_RIGHT | kBelowRules},
+    {IDC_APPLY, ANCHOR_MOVE_RIGHT | kBelowRules},
     {IDC_VERSION_LINK, ANCHOR_MOVE_DOWN},
     {IDOK, kFollowCorner},
     {IDCANCEL, kFollowCorner},
-    {IDC_MAIN_GRIP, kFollowCorner},
 };
 
 constexpr AccessibleName kNames[] = {
@@ -202,6 +215,7 @@ void MainDialog::OnTimer(UINT_PTR timerId) {
 std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
   switch (message) {
     case WM_SIZE:
+      PlaceGrip();
       recentAlerts_.FitColumns();
       return std::nullopt;
     case WM_DRAWITEM:
