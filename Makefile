@@ -1,6 +1,6 @@
 # Thin over CMake's presets: each command installs what it needs, builds what it needs, and says what it left where.
 
-HOST_PACKAGES := cmake ninja-build g++ googletest
+HOST_PACKAGES := cmake ninja-build g++ googletest python3-jsonschema
 WINDOWS_PACKAGES := cmake ninja-build g++-mingw-w64-x86-64-posix googletest
 WINE_PACKAGES := wine wine64 xvfb openbox fonts-liberation imagemagick x11-utils xdotool trayer osslsigncode openssl python3
 LINT_PACKAGES := $(HOST_PACKAGES) $(WINDOWS_PACKAGES) clang clang-format clang-tidy cppcheck git python3
