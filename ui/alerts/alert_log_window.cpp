@@ -49,11 +49,6 @@ class AlertLogDialog final : public Dialog {
   void OnExport();
   void OnClear();
 
-  static constexpr CommandRow<AlertLogDialog> kCommands[] = {
-      {IDC_EXPORT_CSV, [](AlertLogDialog& log) { log.OnExport(); }},
-      {IDC_CLEAR_ALERT_LOG, [](AlertLogDialog& log) { log.OnClear(); }},
-  };
-
   Program& program_;
 };
 
@@ -93,6 +88,10 @@ std::optional<INT_PTR> AlertLogDialog::OnMessage(UINT message, WPARAM, LPARAM) {
 }
 
 bool AlertLogDialog::OnCommand(WORD id, WORD notification) {
+  static constexpr CommandRow<AlertLogDialog> kCommands[] = {
+      {IDC_EXPORT_CSV, [](AlertLogDialog& log) { log.OnExport(); }},
+      {IDC_CLEAR_ALERT_LOG, [](AlertLogDialog& log) { log.OnClear(); }},
+  };
   return RunCommand<AlertLogDialog>(*this, kCommands, id) || Dialog::OnCommand(id, notification);
 }
 
