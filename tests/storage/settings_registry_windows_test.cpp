@@ -16,7 +16,7 @@ std::string Bytes(const void* data, std::size_t sizeBytes) { return {static_cast
 class SettingsRegistry : public testing::Test {
  protected:
   void SetUp() override {
-    if (!e2e::ProfileIsThrowaway()) GTEST_SKIP() << "this profile is not the tests' own";
+    ASSERT_TRUE(e2e::ProfileIsThrowaway()) << "this profile is not the tests' own";
   }
 };
 

@@ -15,7 +15,7 @@ namespace e2e {
 class EndToEndTest : public testing::Test {
  protected:
   void SetUp() override {
-    if (!ProfileIsThrowaway()) GTEST_SKIP() << "this profile is not the tests' own";
+    ASSERT_TRUE(ProfileIsThrowaway()) << "this profile is not the tests' own";
     ASSERT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "an instance is running";
     ASSERT_TRUE(shell_.IsInPlace());
   }

@@ -49,7 +49,8 @@ TEST_F(AlertViewsTest, ThePageShowsTheNewestAlertsAndItsMenuClearsThem) {
   for (const bool byMouse : {true, false}) {
     MakeLogFile();
     Add(26, 3);
-    ::SendMessageW(Window(), WM_TIMER, IDT_RECENT_ALERTS, 0);
+    // The window looks every two seconds.
+    EXPECT_TRUE(WaitUntil([page] { return Cell(page, 0, 1) == L"28"; }, 3'500));
     ASSERT_EQ(RowCount(page), byMouse ? 20 : 3);
     for (int row = 0; row < RowCount(page); ++row) ExpectRow(page, row, 28 - row);
     if (byMouse) {
