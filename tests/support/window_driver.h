@@ -61,5 +61,7 @@ std::vector<std::wstring> MenuTexts(HWND popup);
 void ChooseMenuItem(HWND owner, int position);
 /// The file name box of the system's file dialogs, by which they are known.
 inline constexpr int kFileNameBox = 0x47C;
+inline constexpr int kFileTypeBox = 0x470;
+inline constexpr int kFolderBox = 0x471;
 /// Types the path into the system's file dialog and presses its button.
 void AnswerFileDialog(HWND fileDialog, const std::wstring& path);

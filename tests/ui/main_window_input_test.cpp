@@ -150,6 +150,23 @@ TEST_F(MainWindowInputTest, KeysOfTheRuleList) {
     EXPECT_EQ(TextOfItem(editor, IDC_PATTERN), L"");
     PressAndWaitForEnd(editor, VK_ESCAPE);
   }
+  for (const auto& [key, title] : {std::pair<WORD, const wchar_t*>{'I', L"Open"}, {'E', L"Save As"}}) {
+    PressKey(key, VK_CONTROL);
+    HWND chooser = WaitForDialogWith(kFileNameBox);
+    EXPECT_EQ(TextOf(chooser), title);
+    EXPECT_EQ(TextOfItem(chooser, kFileTypeBox), L"JSON Files (*.json)");
+    EXPECT_TRUE(key == 'E' || TextOfItem(chooser, kFolderBox) == L"Documents") << TextOfItem(chooser, kFolderBox);
+    PostCommand(chooser, IDCANCEL);
+    ASSERT_TRUE(WaitUntil([chooser] { return !::IsWindow(chooser); }));
+  }
+  // In an edit box these keys are its own.
+  ::SendMessageW(Item(IDC_TABS), TCM_SETCURFOCUS, 1, 0);
+  ::SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Item(IDC_THROTTLE)), TRUE);
+  PressKey(VK_INSERT);
+  PressKey('I', VK_CONTROL);
+  TypeKeys("77");
+  EXPECT_TRUE(WaitUntil([this] { return TextOfItem(Window(), IDC_THROTTLE) == L"77"; }));
+
   SelectRows(list, {0});
   ::SendMessageW(Window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(list), TRUE);
   PressKey(VK_RETURN);

@@ -79,6 +79,7 @@ TEST_F(SettingsPageTest, TheDotsChooseAFileForTheirField) {
   const std::wstring log = folder.File(L"settings test.log");
   for (const std::wstring& path : {sound, log}) ASSERT_EQ(WriteWholeFile(path, "x"), WriteResult::kWritten);
   const std::filesystem::path directory = std::filesystem::current_path();
+  std::filesystem::create_directories(L"C:\\windows\\Media");  // which Wine lacks
   const struct {
     int field;
     const wchar_t* typed;
@@ -91,6 +92,7 @@ TEST_F(SettingsPageTest, TheDotsChooseAFileForTheirField) {
       {IDC_LOG_PATH, L"", L"", L"C:\\windows\\new", IDOK, L"C:\\windows\\new.log"},
       {IDC_LOG_PATH, L"a|b?c", nullptr, L"", IDCANCEL, L"a|b?c"},
       {IDC_SOUND_PATH, L"C:\\windows\\ding.wav", L"ding.wav", sound, IDOK, sound},
+      {IDC_SOUND_PATH, L"", L"", sound, IDOK, sound},
       {IDC_SOUND_PATH, L"C:\\ding.wav", L"ding.wav", sound, IDCANCEL, L"C:\\ding.wav"},
   };
   for (const auto& row : rows) {
@@ -102,6 +104,9 @@ TEST_F(SettingsPageTest, TheDotsChooseAFileForTheirField) {
     ASSERT_EQ(::GetWindow(chooser, GW_OWNER), Window());
     EXPECT_TRUE(row.shown == nullptr || WaitUntil([&] { return TextOfItem(chooser, kFileNameBox) == row.shown; }))
         << testing::PrintToString(TextOfItem(chooser, kFileNameBox));
+    EXPECT_EQ(TextOfItem(chooser, kFileTypeBox), row.field == IDC_LOG_PATH ? L"Alert log (*.log)" : L"Sounds (*.wav)");
+    const bool startsByItself = row.field == IDC_SOUND_PATH && *row.typed == L'\0';
+    EXPECT_TRUE(!startsByItself || TextOfItem(chooser, kFolderBox) == L"Media");
     ::SetDlgItemTextW(chooser, kFileNameBox, row.picked.c_str());
     Answer(chooser, row.answer);
     EXPECT_TRUE(WaitUntil([&] { return Text(row.field) == row.after; })) << testing::PrintToString(Text(row.field));
