@@ -119,6 +119,8 @@ TEST(DarkDialog, AnswersEveryColourQuestionAlsoAfterALinkHasDeletedItsBrush) {
       EXPECT_EQ(AskColors(dialog.Window(), message, control), kExpected) << message;
     }
   }
+  HWND clickable = dialog.Add(WC_STATICW, SS_NOTIFY);
+  EXPECT_EQ(AskColors(dialog.Window(), WM_CTLCOLORSTATIC, clickable)[0], kDarkLink) << "text that opens a page";
 }
 
 TEST(DarkDialog, LeavesColoursAloneWhenOffOrUnavailable) {

@@ -85,7 +85,9 @@ BOOL CALLBACK ThemeChildControl(HWND child, LPARAM) noexcept {
 }
 
 LRESULT DarkDialog::AnswerColors(HDC dc, HWND control) {
-  ::SetTextColor(dc, text_);
+  // Text that can be clicked is a link, and is to look like one.
+  const bool link = IsOfClass(control, WC_STATICW) && (StyleOf(control) & SS_NOTIFY) != 0;
+  ::SetTextColor(dc, link ? kDarkLink : text_);
   ::SetBkColor(dc, background_);
   if (IsOfClass(control, WC_LINK)) {
     // Some systems' link control deletes the brush it is answered; a stock one survives that.

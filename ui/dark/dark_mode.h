@@ -7,6 +7,7 @@
 
 inline constexpr COLORREF kDarkText = 0xE0E0E0;
 inline constexpr COLORREF kDarkBackground = 0x202020;
+inline constexpr COLORREF kDarkLink = RGB(110, 180, 255);
 
 /// Once, on the start-up thread, before any window exists.
 void InitDarkMode();

@@ -91,7 +91,7 @@ std::optional<INT_PTR> AboutDialog::OnMessage(UINT message, WPARAM wParam, LPARA
     ::SetCursor(::LoadCursorW(nullptr, IDC_HAND));
     return Reply(TRUE);
   }
-  // In dark mode the theme's light text stands, which is readable there.
+  // In dark mode the dark dialog has answered with a colour of its own.
   if (message == WM_CTLCOLORSTATIC && reinterpret_cast<HWND>(lParam) == Item(IDC_ABOUT_LINK) && !DarkModeOn()) {
     auto* dc = reinterpret_cast<HDC>(wParam);
     ::SetTextColor(dc, IsHighContrast() ? ::GetSysColor(COLOR_HOTLIGHT) : kLinkColor);

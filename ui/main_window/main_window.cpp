@@ -220,6 +220,9 @@ std::optional<INT_PTR> MainDialog::OnMessage(UINT message, WPARAM wParam, LPARAM
       return std::nullopt;
     case WM_DRAWITEM:
       return tabs_.OnDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+    case WM_ERASEBKGND:
+      if (!tabs_.OnEraseBackground(reinterpret_cast<HDC>(wParam))) return std::nullopt;
+      return Reply(TRUE);
     case WM_CTLCOLORSTATIC:
     case WM_CTLCOLORBTN:
       return reinterpret_cast<INT_PTR>(tabs_.OnControlColor(reinterpret_cast<HDC>(wParam), reinterpret_cast<HWND>(lParam)));

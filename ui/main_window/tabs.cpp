@@ -100,11 +100,27 @@ bool MainWindowTabs::OnDrawItem(const DRAWITEMSTRUCT& item) const {
   return true;
 }
 
+bool MainWindowTabs::PagesAreWhite() const { return tabs_ != nullptr && !DarkModeOn() && ::IsThemeActive(); }
+
+bool MainWindowTabs::OnEraseBackground(HDC dc) const {
+  HWND group = ::GetDlgItem(dialog_, IDC_SETTINGS_GROUP);
+  if (!PagesAreWhite() || group == nullptr || !::IsWindowVisible(group)) return false;
+  RECT client{};
+  RECT frame{};
+  ::GetClientRect(dialog_, &client);
+  ::GetWindowRect(group, &frame);
+  ::MapWindowPoints(HWND_DESKTOP, dialog_, reinterpret_cast<POINT*>(&frame), 2);
+  ::FillRect(dc, &client, ::GetSysColorBrush(COLOR_3DFACE));
+  // A themed group box paints what the dialog has behind its frame.
+  ::FillRect(dc, &frame, ::GetSysColorBrush(COLOR_WINDOW));
+  return true;
+}
+
 HBRUSH MainWindowTabs::OnControlColor(HDC dc, HWND control) const {
   // The pages' controls are the dialog's, lying over the tab control. With visual styles that is white, and the dialog's grey
   // behind their texts would show as patches.
   const auto& ids = SettingsPageControls;
-  if (tabs_ == nullptr || DarkModeOn() || !::IsThemeActive()) return nullptr;
+  if (!PagesAreWhite()) return nullptr;
   if (std::find(std::begin(ids), std::end(ids), ::GetDlgCtrlID(control)) == std::end(ids)) return nullptr;
   ::SetBkColor(dc, ::GetSysColor(COLOR_WINDOW));
   return ::GetSysColorBrush(COLOR_WINDOW);

@@ -19,11 +19,14 @@ class MainWindowTabs {
   /// WM_DRAWITEM; false when the item is none of ours.
   [[nodiscard]] bool OnDrawItem(const DRAWITEMSTRUCT& item) const;
 
+  /// WM_ERASEBKGND; false: leave it to the system.
+  [[nodiscard]] bool OnEraseBackground(HDC dc) const;
   /// WM_CTLCOLORSTATIC and WM_CTLCOLORBTN: the brush behind a label or check box of a page; null: leave it to the system.
   [[nodiscard]] HBRUSH OnControlColor(HDC dc, HWND control) const;
 
  private:
   void ShowTabPage(int index) const;
+  [[nodiscard]] bool PagesAreWhite() const;
 
   HWND dialog_ = nullptr;
   HWND tabs_ = nullptr;
