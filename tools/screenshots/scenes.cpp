@@ -8,8 +8,10 @@
 #include <string>
 #include <thread>
 
+#include "app/tray_window.h"
 #include "platform/file.h"
 #include "platform/text_file.h"
+#include "res/messages.h"
 #include "res/resource.h"
 #include "tests/support/test_program.h"
 #include "tests/support/window_driver.h"
@@ -60,6 +62,27 @@ void OpenBox(Program&) {
   XMessageBox(nullptr, MAKEINTRESOURCEW(Text), MAKEINTRESOURCEW(Caption), Style);
 }
 
+/// The tray window, until the picture is taken. No update is looked for: its balloon would come into the picture.
+void RunTray(Program& program, void (*prepare)(HWND tray, IAlertSink& sink)) {
+  GUIAlertSink sink;
+  const InstanceName name{L"VantoraScene", L"Vantora"};
+  const TrayRoutines nothing{[] {}, [] {}, [] {}, [](Event&) {}};
+  TrayWindow tray(program, sink, nothing, [](LPCWSTR, HMODULE, DWORD) -> BOOL { return TRUE; });
+  if (!TrayWindow::RegisterWindowClass(program.instance, name.windowClass) || tray.Create(name) == nullptr) return;
+  prepare(program.trayWindow, sink);
+  for (MSG message{}; ::GetMessageW(&message, nullptr, 0, 0) > 0;) ::DispatchMessageW(&message);
+}
+
+void OpenTrayMenu(HWND tray, IAlertSink&) { ::PostMessageW(tray, UWM_TRAYICON, 0, WM_RBUTTONUP); }
+
+void ShowBalloon(HWND tray, IAlertSink& sink) {
+  ::SendMessageW(tray, UWM_ADD_ICON, 0, 0);
+  std::thread([&sink] {
+    ::Sleep(3000);  // until the icon is drawn
+    sink.OnAlert({{2026, 3, 4, 5, 9, 7, 3, 0}, 1044, L"chrome.exe", 1, L"Working Set: 2310 MB > 2048 MB"});
+  }).detach();
+}
+
 void ShowSettingsPage(HWND window) { ::SendDlgItemMessageW(window, IDC_TABS, TCM_SETCURFOCUS, 1, 0); }
 
 /// Posts what opens a popup menu.
@@ -84,6 +107,7 @@ struct Scene {
   const char* name;
   void (*open)(Program& program);  ///< on the window's thread, until the window closes
   void (*prepare)(HWND window);    ///< on another thread, before the picture; may be null
+  const wchar_t* windowClass = kDialogClass;
 };
 
 constexpr Scene kScenes[] = {
@@ -106,7 +130,16 @@ constexpr Scene kScenes[] = {
     {"message-box-information", &OpenBox<IDS_EXPORT_OK, IDS_APP_TITLE, MB_ICONINFORMATION>, nullptr},
     {"message-box-error", &OpenBox<IDS_UPDATE_FAILED, IDS_UPDATE_ERROR_TITLE, MB_ICONERROR | MB_SETFOREGROUND>, nullptr},
     {"message-box-beside-system", &OpenBox<IDS_ASK_REMOVE_ONE, IDS_CONFIRM_REMOVE_TITLE, kAskRemove>, &ShowSystemBox},
+    {"tray-menu", [](Program& program) { RunTray(program, &OpenTrayMenu); }, nullptr, kMenuClass},
+    {"tray-balloon", [](Program& program) { RunTray(program, &ShowBalloon); }, nullptr, TOOLTIPS_CLASSW},
 };
+
+HWND VisibleWindow(const wchar_t* className) {
+  HWND window = nullptr;
+  do window = ::FindWindowExW(nullptr, window, className, nullptr);
+  while (window != nullptr && !::IsWindowVisible(window));
+  return window;
+}
 
 int Show(const Scene& scene, const wchar_t* readyFile) {
   InitDarkMode();
@@ -114,7 +147,7 @@ int Show(const Scene& scene, const wchar_t* readyFile) {
   FillProgram(test);
   const WindowThread thread([&scene] { scene.open(test.program); });
   HWND window = nullptr;
-  if (!WaitUntil([&window] { return ::IsWindowVisible(window = ::FindWindowW(kDialogClass, nullptr)) != FALSE; })) return 2;
+  if (!WaitUntil([&] { return (window = VisibleWindow(scene.windowClass)) != nullptr; })) return 2;
   if (scene.prepare != nullptr) scene.prepare(window);
   ::Sleep(500);  // until the window manager has placed and framed everything
   for (window = nullptr; (window = ::FindWindowExW(nullptr, window, kDialogClass, nullptr)) != nullptr;) {
