@@ -120,7 +120,14 @@ std::wstring Describe(HWND window) {
     if (const std::wstring words = TextOf(control); !words.empty()) text += L" \"" + words + L"\"";
     text += ClassOf(control) == L"SysListView32" ? DescribeList(control) + L"\n" : std::wstring(L"\n");
   }
-  return text;
+  if (!resizable) return text;
+  RECT least{};
+  ::SetWindowPos(window, nullptr, 0, 0, 100, 100, SWP_NOMOVE | SWP_NOZORDER);
+  ::GetWindowRect(window, &least);
+  const SIZE more = {least.right - least.left - (frame.right - frame.left),
+                     least.bottom - least.top - (frame.bottom - frame.top)};
+  return text + FormatText(L"least size: as opened and %d, %d%ls\n", static_cast<int>(more.cx), static_cast<int>(more.cy),
+                           more.cy == ::GetSystemMetrics(SM_CYMENU) ? L" (a menu bar)" : L"");
 }
 
 /// Which control got which theme in the dark, and whether it may be dark.

@@ -54,6 +54,7 @@ TEST_F(InPlaceEditTest, SecondCellCommitsTheFirst) {
   rules.Append({Rule(3, L"a.exe")});
   Open();
   NotifyDoubleClick(list, 0, 1);
+  EXPECT_EQ(::SendMessageW(Box(), WM_GETFONT, 0, 0), ::SendMessageW(list, WM_GETFONT, 0, 0));
   ::SetWindowTextW(Box(), L"b.exe");
   // On the window's own thread, so that the first box's request is still on its way when the second opens.
   static WNDPROC listProcedure;

@@ -4,7 +4,9 @@
 
 #include <atomic>
 #include <optional>
+#include <vector>
 
+#include "platform/handles.h"
 #include "tests/support/window_driver.h"
 #include "ui/message_box/message_box_model.h"
 
@@ -69,6 +71,40 @@ TEST_F(MessageBoxTest, EnterEscapeAndCloseBoxAnswerAsTheSetSays) {
       EXPECT_EQ(quit_, -1);
     }
   }
+}
+
+// What it paints, on a screen of the test's own: the message's panel over the buttons', and the set's icon.
+TEST_F(MessageBoxTest, PaintsTwoPanelsAndItsIcon) {
+  Open(MB_YESNO | MB_ICONEXCLAMATION);
+  const WindowDc screen(nullptr);
+  RECT client{};
+  ::GetClientRect(box_, &client);
+  const auto painted = [&](auto paint) {
+    const Unique<HDC, ::DeleteDC> dc(::CreateCompatibleDC(screen.Get()));
+    const Unique<HBITMAP, ::DeleteObject> bitmap(::CreateCompatibleBitmap(screen.Get(), client.right, client.bottom));
+    ::SelectObject(dc.get(), bitmap.get());
+    paint(dc.get());
+    std::vector<COLORREF> pixels;
+    for (int y = 0; y < client.bottom; y += 2) {
+      for (int x = 0; x < 40; x += 2) pixels.push_back(::GetPixel(dc.get(), x, y));
+    }
+    return pixels;
+  };
+  const auto background = painted([&](HDC dc) { ::SendMessageW(box_, WM_ERASEBKGND, reinterpret_cast<WPARAM>(dc), 0); });
+  EXPECT_EQ(background.front(), ::GetSysColor(COLOR_WINDOW));
+  EXPECT_EQ(background.back(), ::GetSysColor(COLOR_3DFACE));
+  DRAWITEMSTRUCT item{};
+  item.rcItem = {0, 0, 40, 40};
+  const auto icon = painted([&](HDC dc) {
+    item.hDC = dc;
+    ::SendMessageW(box_, WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&item));
+  });
+  EXPECT_EQ(icon, painted([&](HDC dc) {
+              ::FillRect(dc, &item.rcItem, ::GetSysColorBrush(COLOR_WINDOW));
+              ::DrawIcon(dc, 0, 0, ::LoadIconW(nullptr, IDI_EXCLAMATION));
+            }));
+  PostCommand(box_, IDNO);
+  EXPECT_EQ(Result(), IDNO);
 }
 
 TEST_F(MessageBoxTest, EndsWithoutAnAnswerByAQuitOrWithItsOwner) {

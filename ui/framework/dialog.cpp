@@ -173,10 +173,12 @@ void Dialog::FitWorkArea() {
   const RECT& work = monitor.rcWork;
   const int width = std::min(frame.right - frame.left, work.right - work.left);
   const int height = std::min(frame.bottom - frame.top, work.bottom - work.top);
-  minTrack_ = {std::min<LONG>(minTrack_.cx, width), std::min<LONG>(minTrack_.cy, height)};
-  const int x = std::clamp<int>(frame.left, work.left, work.right - width);
-  const int y = std::clamp<int>(frame.top, work.top, work.bottom - height);
-  ::SetWindowPos(window_, nullptr, x, y, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+  minTrack_ = {std::min(minTrack_.cx, work.right - work.left), std::min(minTrack_.cy, work.bottom - work.top)};
+  if (width != frame.right - frame.left || height != frame.bottom - frame.top) {
+    const int x = std::clamp<int>(frame.left, work.left, work.right - width);
+    const int y = std::clamp<int>(frame.top, work.top, work.bottom - height);
+    ::SetWindowPos(window_, nullptr, x, y, width, height, SWP_NOZORDER | SWP_NOACTIVATE);
+  }
   RECT client{};
   ::GetClientRect(window_, &client);
   // One that the system has made no larger than that keeps its size, so that nothing has told its controls.
