@@ -20,6 +20,7 @@ enum AnchorFlags : std::uint32_t {
   ANCHOR_GROW_TALLER = 0x20,
   ANCHOR_GIVE_HEIGHT = 0x100,   ///< the first to lose height where the window has less than at its opening
   ANCHOR_FOLLOW_GIVEN = 0x200,  ///< moves up by what those have lost
+  ANCHOR_SQUEEZE = 0x400,       ///< shares the width with its neighbours where the window has less than at its opening
 };
 
 /// One row of a dialog's anchor table.
@@ -31,7 +32,8 @@ struct AnchorRow {
 struct LayoutAnchor {
   std::int32_t controlId = 0;
   std::uint32_t flags = 0;
-  LayoutRect rect;  ///< client coordinates at initialisation
+  LayoutRect rect;               ///< client coordinates at initialisation
+  std::int32_t clientWidth = 1;  ///< at initialisation
 };
 
 /// The control's rectangle after the client area has grown by dx and dy (either may be negative) and others have given `given`

@@ -108,7 +108,7 @@ void Dialog::StartLayout(std::span<const AnchorRow> rows, int extraMinHeightPx, 
   for (const AnchorRow& row : rows) {
     HWND control = Item(row.controlId);
     if (control == nullptr) continue;
-    anchors_.push_back({row.controlId, row.flags, ControlRect(window_, control)});
+    anchors_.push_back({row.controlId, row.flags, ControlRect(window_, control), initialClient_.cx});
     const LayoutRect& rect = anchors_.back().rect;
     constexpr int kLeastHeightPx = 80;  // at 96 dpi: a header and three rows
     if ((row.flags & ANCHOR_GIVE_HEIGHT) != 0) givable_ = std::max(0, rect.bottom - rect.top - ScaleForDpi(kLeastHeightPx));

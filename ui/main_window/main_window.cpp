@@ -23,18 +23,19 @@ constexpr std::uint32_t kFollowCorner = ANCHOR_MOVE_RIGHT | ANCHOR_MOVE_DOWN;
 constexpr std::uint32_t kFill = ANCHOR_WIDEN | ANCHOR_GROW_TALLER;
 
 constexpr std::uint32_t kBelowRules = ANCHOR_FOLLOW_GIVEN;
+constexpr std::uint32_t kRuleButton = ANCHOR_FOLLOW_GIVEN | ANCHOR_SQUEEZE;
 
 // Width goes to the lists and path fields, all height to the pages; what is not listed stays where it is. A window that has to be
 // lower than its template shortens the rule list first.
 constexpr AnchorRow kAnchors[] = {
     {IDC_RULES_GROUP, ANCHOR_WIDEN | ANCHOR_GIVE_HEIGHT},
     {IDC_RULE_LIST, ANCHOR_WIDEN | ANCHOR_GIVE_HEIGHT},
-    {IDC_ADD_RULE, kBelowRules},
-    {IDC_EDIT_RULE, kBelowRules},
-    {IDC_REMOVE_RULE, kBelowRules},
-    {IDC_PRESETS, kBelowRules},
-    {IDC_IMPORT_RULES, ANCHOR_MOVE_RIGHT | kBelowRules},
-    {IDC_EXPORT_RULES, ANCHOR_MOVE_RIGHT | kBelowRules},
+    {IDC_ADD_RULE, kRuleButton},
+    {IDC_EDIT_RULE, kRuleButton},
+    {IDC_REMOVE_RULE, kRuleButton},
+    {IDC_PRESETS, kRuleButton},
+    {IDC_IMPORT_RULES, ANCHOR_MOVE_RIGHT | kRuleButton},
+    {IDC_EXPORT_RULES, ANCHOR_MOVE_RIGHT | kRuleButton},
     {IDC_TABS, kFill | kBelowRules},
     {IDC_RECENT_ALERTS, kFill | kBelowRules},
     {IDC_SETTINGS_GROUP, kFill | kBelowRules},
