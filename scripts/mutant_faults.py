@@ -179,7 +179,7 @@ OPERATORS = {
     "plus-minus": replaces(r"(?<= )[-+](?==? )", OPPOSITE),
     "dropped": dropped_statement,
     "negated": negated_condition,
-    "returned": replaces(r"(?<=\breturn )(?!\{\}|true|false|null)[^;]+(?=;)", lambda m: ["{}"]),
+    "returned": replaces(r"(?<=\breturn )(?!true|false|null)[^;{}]+(?=;)", lambda m: ["{}"]),
     "arguments": exchanged_arguments,
     "rows": exchanged_rows,
     "members": exchanged_members,
