@@ -15,9 +15,7 @@ std::string Bytes(const void* data, std::size_t sizeBytes) { return {static_cast
 
 class SettingsRegistry : public testing::Test {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(e2e::ProfileIsThrowaway()) << "this profile is not the tests' own";
-  }
+  void SetUp() override { ASSERT_TRUE(e2e::ProfileIsThrowaway()) << "this profile is not the tests' own"; }
 };
 
 TEST_F(SettingsRegistry, ValuesOfTheWrongKindLeaveTheirFieldAloneAndExclusionsEndAtTheFirstEmptyOne) {
