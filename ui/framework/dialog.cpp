@@ -105,14 +105,18 @@ void Dialog::StartLayout(std::span<const AnchorRow> rows, int extraMinHeightPx, 
   minTrack_ = {frame.right - frame.left + cutWidth, frame.bottom - frame.top + cutHeight + extraMinHeightPx};
   eraseOnResize_ = eraseOnResize;
   anchors_.clear();
+  LONG lowest = 0;
   for (const AnchorRow& row : rows) {
     HWND control = Item(row.controlId);
     if (control == nullptr) continue;
     anchors_.push_back({row.controlId, row.flags, ControlRect(window_, control), initialClient_.cx});
     const LayoutRect& rect = anchors_.back().rect;
-    constexpr int kLeastHeightPx = 80;  // at 96 dpi: a header and three rows
+    constexpr int kLeastHeightPx = 44;  // at 96 dpi: a header and a row
+    if ((row.flags & ANCHOR_MOVE_DOWN) != 0) lowest = std::max<LONG>(lowest, rect.bottom);
     if ((row.flags & ANCHOR_GIVE_HEIGHT) != 0) givable_ = std::max(0, rect.bottom - rect.top - ScaleForDpi(kLeastHeightPx));
   }
+  constexpr int kMarginPx = 8;  // at 96 dpi
+  strip_ = std::max<LONG>(0, initialClient_.cy - lowest - ScaleForDpi(kMarginPx));
 }
 
 INT_PTR CALLBACK Dialog::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
@@ -191,7 +195,8 @@ void Dialog::OnSize(WPARAM kind) {
   RECT client{};
   ::GetClientRect(window_, &client);
   const std::int32_t dx = client.right - initialClient_.cx;
-  const std::int32_t dy = client.bottom - initialClient_.cy;
+  const std::int32_t growth = client.bottom - initialClient_.cy;
+  const std::int32_t dy = growth >= 0 ? growth : std::min(0, growth + strip_);
   const std::int32_t given = std::clamp(-dy, 0, givable_);
   HDWP positions = ::BeginDeferWindowPos(static_cast<int>(anchors_.size()));
   for (const LayoutAnchor& anchor : anchors_) {

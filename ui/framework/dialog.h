@@ -89,6 +89,7 @@ class Dialog {
   SIZE initialClient_{};
   SIZE minTrack_{};
   std::int32_t givable_ = 0;  ///< the height that controls can lose for others
+  std::int32_t strip_ = 0;    ///< the height that nobody needs, below the lowest controls
   bool eraseOnResize_ = true;
   std::vector<LayoutAnchor> anchors_;
 };
