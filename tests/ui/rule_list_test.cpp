@@ -1,5 +1,5 @@
-// The rule list of the main window: its keys, the box over a cell and the rule editor. Keys are posted to the control that has
-// the keyboard, which takes them through the same dialog loop as real ones.
+// The rule list of the main window: its keys, the box over a cell and the rule editor. Keys are
+// posted to the control that has the keyboard: the same dialog loop takes them as real ones.
 
 #include <gtest/gtest.h>
 
