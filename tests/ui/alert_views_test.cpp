@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <thread>
 
 #include "platform/file.h"
@@ -71,10 +70,8 @@ TEST_F(AlertViewsTest, LogsShowAThousandClearAndExportWhileAlertsArrive) {
   constexpr wchar_t kHeaderLine[] = L"Time,PID,Process,Violation\n";
   MakeLogFile();
   Add(1, 1200);
-  const auto start = std::chrono::steady_clock::now();
   const WindowThread firstThread([this] { AlertLogDialogThread(program); });
   HWND cleared = firstThread.WaitForDialog(kTitle);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
   const WindowThread secondThread([this] { AlertLogDialogThread(program); });
   HWND other = secondThread.WaitForDialog(kTitle);
   std::atomic<bool> stop{false};

