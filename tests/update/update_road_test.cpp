@@ -18,7 +18,6 @@ namespace {
 
 constexpr wchar_t kGood[] = L"VANTORA_TEST_HTTPS";
 constexpr wchar_t kStranger[] = L"VANTORA_TEST_STRANGER";
-constexpr wchar_t kNobody[] = L"VANTORA_TEST_NOBODY";
 
 class UpdateRoad : public testing::Test {
  protected:
@@ -46,50 +45,37 @@ class UpdateRoad : public testing::Test {
   Event done_;
 };
 
-TEST_F(UpdateRoad, CheckReadsOrRejectsEveryAnswer) {
+// What an answer's text may hold is update_check_test's and the fuzz target's.
+TEST_F(UpdateRoad, CheckAsksTheChannelOfTheSettingsOverHttpsAloneOrNobody) {
   const struct {
     const char* scenario;
     const wchar_t* line;
     const wchar_t* latest = AppVersionDisplay;
     const wchar_t* server = kGood;
+    bool betas = true;
   } kCases[] = {
       {"good", L"Returned download size of 9 bytes", L"0.0.2.9"},
-      {"same", L"Returned download size of 7 bytes", L"0.0.2.7"},
+      {"good", L"Returned download size of 7 bytes", L"0.0.2.8", kGood, false},
       {"to-https", L"Returned download size of 9 bytes", L"0.0.2.9"},
-      {"huge", L"Returned download size of 43 bytes", L"4294967295.4294967295.4294967295.4294967295"},
       {"missing", L"HTTP error 404 for URL: https://localhost:"},
-      {"empty", L"ERROR checking update"},
-      {"rubbish", L"WARNING: Invalid version string received: "},
-      {"broken", L"WARNING: Invalid version string received: 0.0."},
       {"to-http", L"ERROR: answer did not come over https for URL: https:"},
       {"good", L"ERROR - AS_ERROR_CONNECT_GENERAL", AppVersionDisplay, kStranger},
-      {"good", L"ERROR - AS_ERROR_CONNECT_GENERAL", AppVersionDisplay, kNobody},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(testing::Message() << c.scenario << " " << c.server);
     TestServer::Use(c.scenario);
     TestServer::UseServer(c.server);
+    settings_.Update([&](AppSettings& settings) { settings.includeBetas = c.betas; });
     updates_.SetLatestVersion(L"9.9.9.9");
     EXPECT_EQ(Check(c.line), c.latest);
   }
-}
-
-TEST_F(UpdateRoad, CheckAsksTheChannelOfTheSettingsOrNobody) {
+  constexpr char kFirstTwo[] = "/versioninfo/vantora/beta/ Vantora\n/versioninfo/vantora/ Vantora\n";
+  const std::string asked = TestServer::Requests();
+  EXPECT_TRUE(asked.starts_with(kFirstTwo)) << asked;
   profile_.Set(L"UpdateChecksDisabled", 1);
   CheckForUpdatesThread(updates_, settings_, done_);
   EXPECT_EQ(done_.Wait(0), WaitResult::kSignaled);
-  EXPECT_EQ(updates_.LatestVersion(), L"0.0.0.0");
-  EXPECT_EQ(TestServer::Requests(), "");
-  profile_.Set(L"UpdateChecksDisabled", 0);
-  settings_.Update([](AppSettings& settings) { settings.includeBetas = false; });
-  EXPECT_EQ(Check(L"Returned download size of 7 bytes"), L"0.0.2.8");
-  EXPECT_EQ(TestServer::Requests(), "/versioninfo/vantora/ Vantora\n");
-}
-
-BOOL WINAPI WriteToFullDisk(HANDLE, const void*, DWORD, DWORD* written, OVERLAPPED*) {
-  *written = 0;
-  ::SetLastError(ERROR_DISK_FULL);
-  return FALSE;
+  EXPECT_EQ(TestServer::Requests(), asked);
 }
 
 BOOL WINAPI WriteHalf(HANDLE file, const void* bytes, DWORD count, DWORD* written, OVERLAPPED*) {
@@ -105,59 +91,51 @@ BOOL WINAPI WriteOther(HANDLE file, const void* bytes, DWORD count, DWORD* writt
 
 TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
   const auto takenBack = e2e::RegistryValue::Number(0);
-  using Break = std::function<void(InstallationSteps & steps)>;
-  const auto server = [](const wchar_t* variable) -> Break { return [=](auto&) { TestServer::UseServer(variable); }; };
-  const auto temp = [](const std::wstring& folder) -> Break { return [=](auto&) { TestServer::UseTemp(folder); }; };
-  const auto writing = [](InstallerFile::WriteCall write) -> Break { return [=](auto& steps) { steps.write = write; }; };
-  const Break nothing = [](InstallationSteps&) {};
-  const Break planting = [this](InstallationSteps& steps) {
+  using Steps = InstallationSteps;
+  using Fault = std::function<void(Steps & steps)>;
+  const Fault none = [](Steps&) {};
+  const Fault planted = [this](Steps& steps) {
     steps.verify = [this, verify = steps.verify](const std::wstring& path) {
       Plant(server_.Folder() + L"\\version.dll");
       return verify(path);
     };
   };
-  const Break noProcess = [](InstallationSteps& steps) { steps.launch = [](const auto&) { return LaunchResult{true, false}; }; };
+  const Fault noProcess = [](Steps& steps) { steps.launch = [](const auto&) { return LaunchResult{true, false}; }; };
+  const Fault link = [](Steps&) { TestServer::UseTemp(TestServer::Path(L"linked-temp")); };
+  const Fault noFolder = [](Steps&) { TestServer::UseTemp(TestServer::Path(L"ca.cer")); };  // a file stands in its place
   const struct {
     const char* scenario;
-    Break breakIt;
+    Fault fault;
     const wchar_t* line;
     std::optional<e2e::RegistryValue> finished = {};  ///< "UpdateFinished"
     bool started = false;                             ///< without a process, which counts as a start but brings no balloon
   } kCases[] = {
-      {"missing", nothing, L"ERROR downloading file"},
-      {"empty", nothing, L"ERROR downloading file"},
-      {"to-http", nothing, L"ERROR downloading file"},
-      {"good", server(kStranger), L"ERROR downloading file"},
-      {"good", server(kNobody), L"ERROR downloading file"},
-      {"broken", nothing, L"ERROR: digital signature verification failed for "},
-      {"unsigned", nothing, L"WinVerifyTrust failed with 0x800B0100 for "},
-      {"tampered", nothing, L"WinVerifyTrust failed with 0x80096010 for "},
-      {"unstartable", nothing, L"ERROR Launching ", takenBack},
+      {"empty", none, L"ERROR downloading file"},
+      {"broken", none, L"ERROR: digital signature verification failed for "},
+      {"unsigned", none, L"WinVerifyTrust failed with 0x800B0100 for "},
+      {"tampered", none, L"WinVerifyTrust failed with 0x80096010 for "},
+      {"unstartable", none, L"ERROR Launching ", takenBack},
       {"good", noProcess, L"ERROR Launching ", takenBack, true},
-      {"good", writing(WriteToFullDisk), L"ERROR writing file"},
-      {"good", writing(WriteHalf), L"ERROR writing file"},
-      {"good", writing(WriteOther), L"ERROR: file was changed while it was written"},
-      {"good", planting, L"ERROR: unexpected files beside "},
-      {"good", temp(TestServer::Path(L"linked-temp")), L"ERROR: not a plain folder: "},
-      {"good", temp(server_.Temp() + L"\\nowhere"), L"ERROR creating file"},
-      {"good", temp(TestServer::Path(L"ca.cer")), L"ERROR creating file"},  // a file stands where the folder should
+      {"good", [](Steps& steps) { steps.write = WriteHalf; }, L"ERROR writing file"},
+      {"good", [](Steps& steps) { steps.write = WriteOther; }, L"ERROR: file was changed while it was written"},
+      {"good", planted, L"ERROR: unexpected files beside "},
+      {"good", link, L"ERROR: not a plain folder: "},
+      {"good", noFolder, L"ERROR creating file"},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(testing::Message() << c.scenario << " " << c.line);
     ::RegDeleteTreeW(HKEY_CURRENT_USER, e2e::kSettings);
     TestServer::Use(c.scenario);
-    TestServer::UseServer(kGood);
     TestServer::UseTemp(server_.Temp());
     const DiagnosticLines lines;
     InstallationSteps steps = SystemInstallationSteps();
-    c.breakIt(steps);
+    c.fault(steps);
     EXPECT_EQ(DownloadAndInstallUpdate(steps, true), c.started);
     EXPECT_EQ(e2e::PathExists(server_.File()), c.started);
     EXPECT_TRUE(lines.Has(c.line)) << testing::PrintToString(lines.Lines());
     EXPECT_EQ(Finished(), c.finished);
   }
   EXPECT_FALSE(e2e::PathExists(TestServer::Path(L"elsewhere\\vantorasetup.exe"))) << "written through the link";
-  EXPECT_TRUE(e2e::NeverWithin(500, [this] { return server_.WasLaunched(); })) << "something was started";
 }
 
 TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilentlyAndNobodySwapsIt) {
@@ -172,7 +150,7 @@ TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilentlyAndNobo
   const auto folderMoves = [this] {
     return ::MoveFileW(server_.Folder().c_str(), (server_.Folder() + L".old").c_str()) != FALSE;
   };
-  int refused = 0;
+  std::wstring marks;  // how often it was attacked, and what "UpdateFinished" then was
   const auto attack = [&] {
     const auto opensFor = [&](DWORD access) {
       const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
@@ -185,7 +163,7 @@ TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilentlyAndNobo
     EXPECT_FALSE(::MoveFileW(server_.File().c_str(), (server_.File() + L".old").c_str()));
     EXPECT_FALSE(folderMoves());
     EXPECT_TRUE(opensFor(GENERIC_READ)) << "the system itself must get at it";
-    ++refused;
+    marks += Finished() == e2e::RegistryValue::Number(1) ? L"1" : L"-";
   };
   InstallationSteps steps = SystemInstallationSteps();
   steps.verify = [&, verify = steps.verify](const std::wstring& path) {
@@ -200,12 +178,12 @@ TEST_F(UpdateRoad, InstallationStartsTheVerifiedInstallerAloneAndSilentlyAndNobo
   steps.isElevated = [] { return true; };
   EXPECT_FALSE(DownloadAndInstallUpdate(steps, true));
   EXPECT_TRUE(e2e::PathExists(server_.File() + L".local\\comctl32.dll"));
-  EXPECT_EQ(std::exchange(refused, 0), 1);
+  EXPECT_EQ(std::exchange(marks, {}), L"-");
   steps.isElevated = [] { return false; };
   const std::size_t before = TestServer::Requests().size();
   const DiagnosticLines lines;
   ASSERT_TRUE(DownloadAndInstallUpdate(steps, true));
-  EXPECT_EQ(refused, 2);
+  EXPECT_EQ(marks, L"-1") << "the installed program may start before the launch returns";
   EXPECT_EQ(server_.LaunchRecord(), server_.ProperLaunch());
   EXPECT_TRUE(lines.Has(L"Download save path: " + server_.File()));
   EXPECT_TRUE(lines.Has(L"Launching installer: " + server_.File()));

@@ -26,7 +26,6 @@ class TestServer {
     UseServer(L"VANTORA_TEST_HTTPS");
     Use("good");
     ::SetEnvironmentVariableW(L"VANTORA_TEST_RECORD", record_.c_str());
-    ::SetEnvironmentVariableW(L"VANTORA_TEST_NOBODY", L"https://localhost:1");
     ::DeleteFileW(Path(L"requests").c_str());
   }
   ~TestServer() {
@@ -60,11 +59,9 @@ class TestServer {
   [[nodiscard]] std::wstring File() const { return Folder() + L"\\vantorasetup.exe"; }
   [[nodiscard]] const std::wstring& Temp() const { return temp_; }
 
-  [[nodiscard]] bool WasLaunched() const { return ReadTextFile(record_).has_value(); }
   /// What the fake installer has written about its start; waits for it.
   [[nodiscard]] std::wstring LaunchRecord() const {
-    e2e::WaitUntil([this] { return WasLaunched(); });
-    return ReadTextFile(record_).value_or(L"");
+    return e2e::WaitForResult([this] { return ReadTextFile(record_); }).value_or(L"");
   }
   /// What it writes when it was started silently, from a system folder, with nothing beside it.
   [[nodiscard]] std::wstring ProperLaunch() const { return L"\"" + File() + L"\" /S\nC:\\windows\\system32\n" + File() + L"\n"; }
