@@ -11,8 +11,8 @@
 #include "res/messages.h"
 #include "res/resource.h"
 #include "tests/support/profile.h"
+#include "tests/support/shell_stand_in.h"
 #include "tests/support/test_program.h"
-#include "tests/support/wait.h"
 
 namespace {
 
@@ -45,24 +45,24 @@ class TrayWindowTest : public testing::Test {
   ~TrayWindowTest() override { ::DestroyWindow(Window()); }
 
   [[nodiscard]] HWND Window() const { return own_.program.trayWindow; }
-  void Send(UINT message, LPARAM lParam = 0) const { ::SendMessageW(Window(), message, 0, lParam); }
+  void Send(UINT message, LPARAM lParam = 0, WPARAM wParam = 0) const { ::SendMessageW(Window(), message, wParam, lParam); }
+  void Set(void (*change)(AppSettings& settings)) { own_.settings.Update(change); }
 
   /// Runs the thread's messages until the condition holds.
   template <class Condition>
-  bool PumpUntil(Condition condition, DWORD timeoutMs = e2e::kPatienceMs) {
-    return e2e::WaitUntil(
-        [&] {
-          MSG message{};
-          while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            if (message.message == UWM_UPDATE_AVAILABLE && message.hwnd == own_.program.MainDialogHandle.Get()) ++toldOfUpdate_;
-            ::DispatchMessageW(&message);
-          }
-          return condition();
-        },
-        timeoutMs);
+  bool PumpUntil(Condition condition) {
+    return e2e::WaitUntil([&] {
+      MSG message{};
+      while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.message == UWM_UPDATE_AVAILABLE && message.hwnd == own_.program.MainDialogHandle.Get()) ++toldOfUpdate_;
+        ::DispatchMessageW(&message);
+      }
+      return condition();
+    });
   }
 
   e2e::Profile profile_;
+  e2e::ShellStandIn shell_;
   TestProgram own_;
   GUIAlertSink sink_;
   int toldOfUpdate_ = 0;
@@ -107,14 +107,24 @@ TEST_F(TrayWindowTest, AnAutomaticCheckTellsTheOpenMainWindowAndTheOfferLastsAsL
   EXPECT_EQ(installations, 1);
 }
 
+TEST_F(TrayWindowTest, AMissingTaskbarIsTriedTwentyTimesMoreAndThenAwaited) {
+  shell_.refusing = true;
+  Send(UWM_ADD_ICON);
+  for (std::size_t tries = 1; tries <= 20; ++tries) {
+    EXPECT_EQ(shell_.Calls(NIM_ADD).size(), tries);
+    EXPECT_TRUE(::KillTimer(Window(), IDT_ADD_ICON_RETRY)) << "the next try's, which comes at once here";
+    Send(WM_TIMER, 0, IDT_ADD_ICON_RETRY);
+    EXPECT_TRUE(PumpUntil([&] { return shell_.Calls(NIM_ADD).size() == tries + 1; }));
+  }
+  EXPECT_FALSE(::KillTimer(Window(), IDT_ADD_ICON_RETRY));
+}
+
 TEST_F(TrayWindowTest, AChangedFrequencyTakesEffectByItsMessage) {
+  EXPECT_TRUE(::KillTimer(Window(), IDT_UPDATE_CHECK)) << "armed from the start on";
   // No setting the user can make, but one that comes round within a test.
-  own_.settings.Update([](AppSettings& settings) { settings.updateCheckIntervalHours = 0; });
-  EXPECT_FALSE(PumpUntil([] { return checks > 1; }, 700));
+  Set([](AppSettings& settings) { settings.updateCheckIntervalHours = 0; });
   Send(UWM_UPDATE_INTERVAL_CHANGED);
   EXPECT_TRUE(PumpUntil([] { return checks > 1; }));
-  own_.settings.Update([](AppSettings& settings) { settings.updateCheckIntervalHours = 24; });
-  Send(UWM_UPDATE_INTERVAL_CHANGED);
 }
 
 TEST_F(TrayWindowTest, AnAlertsSoundIsPlayedFromItsFileWithoutWaitingAndTheEndLetsNothingThrough) {

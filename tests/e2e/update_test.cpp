@@ -25,9 +25,8 @@ class Updates : public EndToEndTest {
   }
   std::optional<RegistryValue> Finished() const { return profile_.Get(kSettings, L"UpdateFinished"); }
   static void CheckByHand(const RunningProgram& program) { program.PostToTray(UWM_CHECK_FOR_UPDATES, 1, 0); }
-  /// Whether the server is asked for it within the time.
-  static bool IsAskedFor(const char* part, std::size_t after = 0, DWORD timeoutMs = kPatienceMs) {
-    return WaitUntil([&] { return TestServer::Requests().find(part, after) != std::string::npos; }, timeoutMs);
+  static bool IsAskedFor(const char* part, std::size_t after = 0) {
+    return WaitUntil([&] { return TestServer::Requests().find(part, after) != std::string::npos; });
   }
   static void ExpectPromptEnd(const RunningProgram& program) {
     program.PostToTray(UWM_TERMINATE, 0, 0);
@@ -61,24 +60,17 @@ TEST_F(Updates, ThatFailAreToldAndTheProgramGoesOnAndEndsWithoutWaitingForACheck
   ASSERT_TRUE(WaitUntil([&] { return !::IsWindow(progress); }));
   ASSERT_NE(program.WaitForBox(kAvailable, kQuestion), nullptr);
   CheckByHand(program);  // brings the box forward
-  EXPECT_TRUE(NeverWithin(500, [&] { return program.VisibleWindows().size() != 2; })) << "the main window and the one box";
   EXPECT_TRUE(program.AnswerBox(kAvailable, kQuestion, IDNO));
   EXPECT_EQ(TextOf(link), L"Version 0.0.2.9 available. <a>Update now</a>");
   EXPECT_EQ(TestServer::Requests().substr(atStart), "/versioninfo/vantora/beta/ Vantora\n");
 
-  for (const char* scenario : {"unsigned", "unstartable", "good"}) {
-    SCOPED_TRACE(scenario);
-    TestServer::Use(scenario);
-    // The good one has no temporary folder to go to.
-    if (scenario == std::string("good")) ::MoveFileW(server_.Temp().c_str(), (server_.Temp() + L"-gone").c_str());
-    CheckByHand(program);
-    EXPECT_TRUE(program.AnswerBox(kAvailable, kQuestion, IDYES));
-    const wchar_t* failed = L"The update download failed. Please try again later or visit http";
-    EXPECT_TRUE(program.AnswerBox(L"Vantora Update Error", failed, IDOK));
-    EXPECT_FALSE(PathExists(server_.File()));
-    EXPECT_NE(Finished(), RegistryValue::Number(1));
-    EXPECT_FALSE(server_.WasLaunched());
-  }
+  TestServer::Use("unsigned");
+  CheckByHand(program);
+  EXPECT_TRUE(program.AnswerBox(kAvailable, kQuestion, IDYES));
+  const wchar_t* failed = L"The update download failed. Please try again later or visit http";
+  EXPECT_TRUE(program.AnswerBox(L"Vantora Update Error", failed, IDOK));
+  EXPECT_FALSE(PathExists(server_.File()));
+  EXPECT_EQ(program.VisibleWindows().size(), 1u) << "of the boxes none is left, nor a second one";
 
   TestServer::Use("mute");
   const std::size_t before = TestServer::Requests().size();
@@ -91,13 +83,16 @@ TEST_F(Updates, ThatFailAreToldAndTheProgramGoesOnAndEndsWithoutWaitingForACheck
 TEST_F(Updates, InstallOneAtATimeAndExitDoesNotWaitForIt) {
   TestServer::Use("stall");
   const RunningProgram program(L"/tray", program_);
-  ASSERT_TRUE(shell_.WaitForBalloon(0).has_value());
+  ASSERT_NE(shell_.WaitForBalloon(0), L"");
   program.PostToTray(UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK);
   ASSERT_TRUE(IsAskedFor("/files/"));
   const std::size_t before = TestServer::Requests().size();
   CheckByHand(program);
   EXPECT_TRUE(program.AnswerBox(kAvailable, kQuestion, IDYES));
-  EXPECT_FALSE(IsAskedFor("/files/", before, 700));
+  // A second installation would have asked before the check that is asked for after it.
+  CheckByHand(program);
+  EXPECT_NE(program.WaitForBox(kAvailable, kQuestion), nullptr);
+  EXPECT_EQ(TestServer::Requests().find("/files/", before), std::string::npos);
   ExpectPromptEnd(program);
   EXPECT_FALSE(PathExists(server_.File())) << "nothing half written";
   EXPECT_FALSE(Finished().has_value());

@@ -32,8 +32,8 @@ class DebugLines {
     return places;
   }
   [[nodiscard]] std::size_t Count(DWORD processId, const std::string& text) const { return Places(processId, text).size(); }
-  [[nodiscard]] bool WaitFor(DWORD processId, const std::string& text, std::size_t count = 1) const {
-    return WaitUntil([&] { return Count(processId, text) >= count; });
+  [[nodiscard]] bool WaitFor(DWORD processId, const std::string& text) const {
+    return WaitUntil([&] { return Count(processId, text) != 0; });
   }
   /// True when the text comes, and comes once: a process may be gone a moment before its last line has been read.
   [[nodiscard]] bool ComesOnce(DWORD processId, const std::string& text) const {

@@ -4,7 +4,6 @@
 // tells the shell about its icon. Keeps the icons as a taskbar does, records every call, and can refuse, forget, and announce
 // itself. Reads the form in which Wine's shell library sends the calls.
 
-#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <shellapi.h>
@@ -12,7 +11,6 @@
 #include <atomic>
 #include <cstring>
 #include <mutex>
-#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -24,16 +22,6 @@
 
 namespace e2e {
 
-/// A text of limited length as it lies in a call.
-template <std::size_t kUnits>
-struct CallText {
-  wchar_t units[kUnits];
-
-  operator std::wstring() const { return {units, ::wcsnlen(units, kUnits)}; }
-  friend bool operator==(const CallText& text, const std::wstring& other) { return std::wstring(text) == other; }
-  friend void PrintTo(const CallText& text, std::ostream* out) { *out << testing::PrintToString(std::wstring(text)); }
-};
-
 /// The head of what Wine's shell library sends; the icon's pixels follow. Texts are those of the call whether or not its flags
 /// name them.
 struct NotifyData {
@@ -41,24 +29,25 @@ struct NotifyData {
   UINT id;
   UINT flags;
   UINT callback;
-  CallText<128> tip;
+  wchar_t tip[128];
   UINT state;
   UINT stateMask;
-  CallText<256> info;
+  wchar_t info[256];
   UINT timeoutMs;
-  CallText<64> infoTitle;
+  wchar_t infoTitle[64];
   UINT infoFlags;
   GUID guid;
   std::int32_t iconWidth;
   std::int32_t iconHeight;
 };
 
-/// One call about an icon.
+/// One call about an icon: NIM_ADD, NIM_MODIFY or NIM_DELETE.
 struct NotifyCall : NotifyData {
-  DWORD message;  ///< NIM_ADD, NIM_MODIFY, NIM_DELETE
-  bool accepted;
+  DWORD message;
 
   [[nodiscard]] HWND Window() const { return static_cast<HWND>(ULongToHandle(window)); }
+  /// A balloon's title and, below it, its text.
+  [[nodiscard]] std::wstring Balloon() const { return infoTitle + (L"\n" + std::wstring(info)); }
 };
 
 class ShellStandIn {
@@ -86,10 +75,9 @@ class ShellStandIn {
     std::erase_if(calls, [](const NotifyCall& call) { return (call.flags & NIF_INFO) == 0; });
     return calls;
   }
-  /// The n-th balloon, counted from 0, once it has come.
-  [[nodiscard]] std::optional<NotifyCall> WaitForBalloon(std::size_t index) const {
-    if (!WaitUntil([&] { return Balloons().size() > index; })) return std::nullopt;
-    return Balloons()[index];
+  /// The n-th balloon, counted from 0, once it has come; empty when it does not.
+  [[nodiscard]] std::wstring WaitForBalloon(std::size_t index) const {
+    return WaitUntil([&] { return Balloons().size() > index; }) ? Balloons()[index].Balloon() : L"";
   }
   /// Icons shown at the moment.
   [[nodiscard]] std::size_t IconCount() const {
@@ -135,9 +123,8 @@ class ShellStandIn {
     std::memcpy(static_cast<NotifyData*>(&call), data.lpData, sizeof(NotifyData));
     call.message = static_cast<DWORD>(data.dwData);
     std::lock_guard lock(mutex_);
-    call.accepted = !refusing && Accepts(call.message, {call.Window(), call.id});
     calls_.push_back(call);
-    return call.accepted;
+    return !refusing && Accepts(call.message, {call.Window(), call.id});
   }
   bool Accepts(DWORD message, const std::pair<HWND, UINT>& icon) {
     if (message == NIM_ADD) return icons_.insert(icon).second;

@@ -28,10 +28,4 @@ auto WaitForResult(Find find, DWORD timeoutMs = kPatienceMs) {
   return result;
 }
 
-/// False as soon as the condition holds: for what must not happen. Takes the whole time when it does not.
-template <class Condition>
-bool NeverWithin(DWORD timeMs, Condition condition) {
-  return !WaitUntil(condition, timeMs);
-}
-
 }  // namespace e2e
