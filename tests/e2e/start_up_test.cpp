@@ -72,8 +72,8 @@ TEST_F(StartUp, EveryRequestForTheMainWindowLeadsToTheOneOfTheFirstInstance) {
 
 TEST_F(StartUp, OfManyStartsAtOnceOneRuns) {
   WriteFileBytes(profile_.RulesFile(), "header\n4,foo.exe,1\n");
-  std::vector<std::unique_ptr<RunningProgram>> starts;
-  for (int count = 0; count < 6; ++count) starts.push_back(std::make_unique<RunningProgram>(L"/tray"));
+  std::vector<std::unique_ptr<RunningProgram>> starts(6);
+  for (auto& start : starts) start = std::make_unique<RunningProgram>(L"/tray");
   EXPECT_TRUE(WaitUntil([&] {
     return std::count_if(starts.begin(), starts.end(), [](const auto& start) { return !start->WaitForExit(0); }) == 1;
   }));
