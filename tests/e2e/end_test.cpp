@@ -47,8 +47,6 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
     Step end;
   } rows[] = {
       {"rule editor and two alert logs", Dialogs({IDM_ALERT_LOG, IDM_ALERT_LOG, IDM_ADD_RULE}), ChooseExit},
-      {"About box", Dialogs({IDM_ABOUT}), ChooseExit},
-      {"exclusions", Dialogs({IDM_EXCLUSIONS}), ChooseExit},
       {"message box", Dialogs({IDM_RESET_RULES}), ChooseExit},
       {"file chooser", Dialogs({IDM_EXPORT_RULES}), ChooseExit},
       {"cell under edit", EditCell, [](const auto& program) { PostCommand(program.WaitForMainWindow(), IDM_EXIT); }},
