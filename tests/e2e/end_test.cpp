@@ -45,10 +45,12 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
     const char* name;
     Step open;
     Step end;
+    DWORD interval = 86'400;                    ///< "PollIntervalSec" as found
+    std::optional<DWORD> saved = std::nullopt;  ///< and as saved, where that is something else
   } rows[] = {
-      {"rule editor and two alert logs", Dialogs({IDM_ALERT_LOG, IDM_ALERT_LOG, IDM_ADD_RULE}), ChooseExit},
-      {"message box", Dialogs({IDM_RESET_RULES}), ChooseExit},
-      {"file chooser", Dialogs({IDM_EXPORT_RULES}), ChooseExit},
+      {"rule editor and two alert logs", Dialogs({IDM_ALERT_LOG, IDM_ALERT_LOG, IDM_ADD_RULE}), ChooseExit, 0, 30},
+      {"message box", Dialogs({IDM_RESET_RULES}), ChooseExit, 86'401, 30},
+      {"file chooser", Dialogs({IDM_EXPORT_RULES}), ChooseExit, 1},
       {"cell under edit", EditCell, [](const auto& program) { PostCommand(program.WaitForMainWindow(), IDM_EXIT); }},
       {"tray menu", [](const auto& program) { EXPECT_TRUE(program.OpenTrayMenu()); }, Terminate},
       // Checks are switched off, so this one ends at once with its message box, which runs on the tray window's own thread.
@@ -63,6 +65,7 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     profile_.WriteRules({rule});
+    profile_.Set(L"PollIntervalSec", row.interval);
     const RunningProgram program(L"");
     ASSERT_NE(program.WaitForMainWindow(), nullptr);
     row.open(program);
@@ -71,7 +74,7 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
     EXPECT_TRUE(debug_.ComesOnce(program.Id(), "MonitorEngine::Stop - Stopped"));
     EXPECT_TRUE(debug_.ComesOnce(program.Id(), "RuleStore::Save - Saved"));
     EXPECT_EQ(shell_.IconCount(), 0u);
-    EXPECT_EQ(profile_.Get(kSettings, L"PollIntervalSec"), RegistryValue::Number(30));
+    EXPECT_EQ(profile_.Get(kSettings, L"PollIntervalSec"), RegistryValue::Number(row.saved.value_or(row.interval)));
     EXPECT_EQ(ReadWholeFile(profile_.RulesFile()), kRulesHead + rule + "\r\n");
   }
 }

@@ -135,6 +135,10 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
     EXPECT_TRUE(lines.Has(c.line)) << testing::PrintToString(lines.Lines());
     EXPECT_EQ(Finished(), c.finished);
   }
+  TestServer::Use("empty");
+  settings_.Update([](AppSettings& settings) { settings.includeBetas = false; });
+  EXPECT_FALSE(DownloadAndInstallUpdate(settings_));
+  EXPECT_TRUE(TestServer::Requests().ends_with("\n/files/vantorasetup.exe Vantora\n")) << TestServer::Requests();
   EXPECT_FALSE(e2e::PathExists(TestServer::Path(L"elsewhere\\vantorasetup.exe"))) << "written through the link";
 }
 
