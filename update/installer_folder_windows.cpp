@@ -28,9 +28,10 @@ bool ListEntries(const std::wstring& folder, std::vector<Entry>& entries) {
 /// Deletes a file, an empty folder, or a link itself, whatever the path has become since it was listed. `makeWritable`: a
 /// read-only one too; not for files of strangers, which may be files of the system by another name.
 void Delete(const std::wstring& path, bool makeWritable) {
-  constexpr DWORD kAccess = DELETE | FILE_READ_ATTRIBUTES | FILE_WRITE_ATTRIBUTES;
+  // Of a more privileged program's file only deleting may be asked: the folder's own rights grant it.
+  const DWORD access = DELETE | FILE_READ_ATTRIBUTES | (makeWritable ? FILE_WRITE_ATTRIBUTES : 0);
   constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-  const UniqueHandle entry = OwnFileHandle(::CreateFileW(path.c_str(), kAccess, kShare, nullptr, OPEN_EXISTING,
+  const UniqueHandle entry = OwnFileHandle(::CreateFileW(path.c_str(), access, kShare, nullptr, OPEN_EXISTING,
                                                          FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
   if (makeWritable) {
     FILE_BASIC_INFO writable{};
