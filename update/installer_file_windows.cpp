@@ -18,6 +18,16 @@ bool WriteInOneCall(HANDLE file, std::string_view bytes, InstallerFile::WriteCal
 
 }  // namespace
 
+InstallerFile::~InstallerFile() {
+  held_.reset();
+  if (kept_ || ::DeleteFileW(path_.c_str()) || !protected_) return;
+  // Somebody holds it open. An ordinary program must be able to write over it later.
+  const UniqueHandle left =
+      OwnFileHandle(::CreateFileW(path_.c_str(), kLabelAccess, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                  OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  if (left != nullptr) LabelIntegrity(left.get(), Integrity::kMedium);
+}
+
 InstallerFileResult InstallerFile::Create(std::string_view bytes, bool protect, WriteCall write) {
   const DWORD labelAccess = protect ? kLabelAccess : 0;
   UniqueHandle created = OwnFileHandle(::CreateFileW(path_.c_str(), GENERIC_WRITE | labelAccess, 0, nullptr,
@@ -46,14 +56,4 @@ bool InstallerFile::HoldsExactly(std::string_view bytes) const {
     if (count > bytes.size() || std::memcmp(buffer.data(), bytes.data(), count) != 0) return false;
     bytes.remove_prefix(count);
   }
-}
-
-void InstallerFile::Discard() {
-  held_.reset();
-  if (::DeleteFileW(path_.c_str()) || !protected_) return;
-  // Somebody holds it open. An ordinary program must be able to write over it later.
-  const UniqueHandle left =
-      OwnFileHandle(::CreateFileW(path_.c_str(), kLabelAccess, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                  OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
-  if (left != nullptr) LabelIntegrity(left.get(), Integrity::kMedium);
 }

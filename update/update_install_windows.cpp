@@ -74,9 +74,8 @@ bool InstallFrom(const InstallationSteps& steps, const std::wstring& folderPath,
   }
   launched = launched && Launch(steps, file.Path());
   if (launched) {
+    file.Keep();
     folder.KeepProtected();
-  } else {
-    file.Discard();
   }
   return launched;
 }

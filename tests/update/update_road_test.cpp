@@ -101,6 +101,7 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
     };
   };
   const Fault noProcess = [](Steps& steps) { steps.launch = [](const auto&) { return LaunchResult{true, false}; }; };
+  const Fault noMemory = [](Steps& steps) { steps.verify = [](const auto&) -> LONG { throw std::bad_alloc(); }; };
   const Fault link = [](Steps&) { TestServer::UseTemp(TestServer::Path(L"linked-temp")); };
   const Fault noFolder = [](Steps&) { TestServer::UseTemp(TestServer::Path(L"ca.cer")); };  // a file stands in its place
   const struct {
@@ -119,6 +120,7 @@ TEST_F(UpdateRoad, EachFailureOfTheInstallationLeavesNothing) {
       {"good", [](Steps& steps) { steps.write = WriteHalf; }, L"ERROR writing file"},
       {"good", [](Steps& steps) { steps.write = WriteOther; }, L"ERROR: file was changed while it was written"},
       {"good", planted, L"ERROR: unexpected files beside "},
+      {"good", noMemory, L"Download save path: "},
       {"good", link, L"ERROR: not a plain folder: "},
       {"good", noFolder, L"ERROR creating file"},
   };
