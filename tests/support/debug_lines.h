@@ -8,7 +8,6 @@
 #include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "platform/handles.h"
 #include "tests/support/wait.h"
@@ -17,21 +16,19 @@ namespace e2e {
 
 class DebugLines {
  public:
-  ~DebugLines() {
-    ::SetEvent(end_.get());
-    reader_.join();
-  }
-
-  /// The places, among the lines of all processes, of those of one process that hold the text.
-  [[nodiscard]] std::vector<std::size_t> Places(DWORD processId, const std::string& text) const {
+  /// "<process id> <text>" of every line so far, each after a line feed.
+  [[nodiscard]] std::string All() const {
     std::lock_guard lock(mutex_);
-    std::vector<std::size_t> places;
-    for (std::size_t i = 0; i < lines_.size(); ++i) {
-      if (lines_[i].first == processId && lines_[i].second.find(text) != std::string::npos) places.push_back(i);
-    }
-    return places;
+    return lines_;
   }
-  [[nodiscard]] std::size_t Count(DWORD processId, const std::string& text) const { return Places(processId, text).size(); }
+  /// How many lines of the process begin with the text.
+  [[nodiscard]] int Count(DWORD processId, const std::string& text) const {
+    const std::string start = "\n" + std::to_string(processId) + " " + text;
+    const std::string lines = All();
+    int count = 0;
+    for (std::size_t at = 0; (at = lines.find(start, at)) != std::string::npos; ++at) ++count;
+    return count;
+  }
   [[nodiscard]] bool WaitFor(DWORD processId, const std::string& text) const {
     return WaitUntil([&] { return Count(processId, text) != 0; });
   }
@@ -47,28 +44,25 @@ class DebugLines {
     char text[4092];
   };
 
-  void Read() {
+  void Read(const std::stop_token& end) {
     const auto* channel = static_cast<const Channel*>(::MapViewOfFile(mapping_.get(), FILE_MAP_READ, 0, 0, sizeof(Channel)));
-    const HANDLE waits[] = {end_.get(), dataReady_.get()};
     ::SetEvent(bufferReady_.get());
-    while (channel != nullptr && ::WaitForMultipleObjects(2, waits, FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
-      {
-        std::lock_guard lock(mutex_);
-        lines_.emplace_back(channel->processId, channel->text);
-      }
+    while (channel != nullptr && !end.stop_requested()) {
+      if (::WaitForSingleObject(dataReady_.get(), 20) != WAIT_OBJECT_0) continue;
+      std::lock_guard lock(mutex_);
+      lines_ += "\n" + std::to_string(channel->processId) + " " + channel->text;
       ::SetEvent(bufferReady_.get());
     }
     ::UnmapViewOfFile(channel);
   }
 
   mutable std::mutex mutex_;
-  std::vector<std::pair<DWORD, std::string>> lines_;
+  std::string lines_;
   const UniqueHandle mapping_{
       ::CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, sizeof(Channel), L"DBWIN_BUFFER")};
   const UniqueHandle bufferReady_{::CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_BUFFER_READY")};
   const UniqueHandle dataReady_{::CreateEventW(nullptr, FALSE, FALSE, L"DBWIN_DATA_READY")};
-  const UniqueHandle end_{::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
-  std::thread reader_{[this] { Read(); }};
+  std::jthread reader_{[this](const std::stop_token& end) { Read(end); }};
 };
 
 }  // namespace e2e

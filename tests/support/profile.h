@@ -2,13 +2,13 @@
 
 // The user's profile as the program sees it, made empty for each test and emptied again after it: the settings keys, the Run
 // values and the roaming folders of this program and of the earlier product. Meant for a Wine prefix of the tests' own; on a real
-// Windows every test is skipped unless VANTORA_E2E_ON_WINDOWS says that the profile may be lost.
+// Windows the test program ends with a failure unless VANTORA_E2E_ON_WINDOWS says that the profile may be lost.
 
 #include <windows.h>
 
-#include <shlobj.h>
-
+#include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,18 +27,6 @@ inline constexpr char kRulesHead[] =
     "\xEF\xBB\xBF"
     "RuleId,ProcessPattern,Enabled,MaxHandles,MaxWorkingSetMB,MaxPrivateBytesMB,MaxCPU,MaxThreads,MaxGDI,MaxUSER,AlertActions,"
     "CooldownSec\r\n";
-
-/// True where the profile may be thrown away.
-inline bool ProfileIsThrowaway() {
-  const bool wine = ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-  return wine || ::GetEnvironmentVariableW(L"VANTORA_E2E_ON_WINDOWS", nullptr, 0) != 0;
-}
-
-inline std::wstring ShellFolder(int id) {
-  wchar_t folder[MAX_PATH]{};
-  ::SHGetFolderPathW(nullptr, id, nullptr, 0, folder);
-  return folder;
-}
 
 inline bool PathExists(const std::wstring& path) { return ::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
 /// Creates the file's folder too.
@@ -66,8 +54,13 @@ class Profile {
  public:
   /// Empties the profile; update checks are switched off, so that no test asks a server by accident.
   Profile() {
+    const bool wine = ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+    if (!wine && ::_wgetenv(L"VANTORA_E2E_ON_WINDOWS") == nullptr) {
+      std::cerr << "this profile is not the tests' own\n";
+      std::exit(1);
+    }
     Clear();
-    if (ProfileIsThrowaway()) Set(L"UpdateChecksDisabled", 1);
+    Set(L"UpdateChecksDisabled", 1);
   }
   ~Profile() { Clear(); }
   Profile(const Profile&) = delete;
@@ -103,14 +96,13 @@ class Profile {
 
  private:
   void Clear() const {
-    if (!ProfileIsThrowaway()) return;
     for (const wchar_t* key : {kSettings, kLegacySettings}) ::RegDeleteTreeW(HKEY_CURRENT_USER, key);
     for (const wchar_t* name : {L"Vantora", L"Halvern"}) ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRun, name);
     std::error_code ignored;
     for (const std::wstring& folder : {DataFolder(), LegacyFolder()}) std::filesystem::remove_all(folder, ignored);
   }
 
-  const std::wstring roaming_ = ShellFolder(CSIDL_APPDATA);
+  const std::wstring roaming_ = ::_wgetenv(L"APPDATA");
 };
 
 }  // namespace e2e

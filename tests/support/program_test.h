@@ -1,24 +1,130 @@
 #pragma once
 
-// What every end-to-end test starts from: an empty profile, a taskbar that records, the diagnostic lines of what it starts, and
-// nobody else's instance running.
+// The built program as another process, its windows seen from outside, and what every end-to-end test starts from: an empty
+// profile, a taskbar that records, the diagnostic lines of what it starts, and nobody else's instance running.
 
 #include <gtest/gtest.h>
 
+#include <windows.h>
+
+#include <optional>
+#include <string>
+
+#include "platform/handles.h"
+#include "res/messages.h"
+#include "res/resource.h"
 #include "tests/support/debug_lines.h"
 #include "tests/support/profile.h"
-#include "tests/support/running_program.h"
 #include "tests/support/shell_stand_in.h"
+#include "tests/support/window_driver.h"
 
 namespace e2e {
 
+inline constexpr wchar_t kTrayClass[] = L"VANTORAW";
+inline constexpr wchar_t kRunningEvent[] = L"Global\\VantoraRunning";
+
+/// The path in full, of what the build has put in its folder.
+inline std::wstring FullPath(const wchar_t* path) {
+  wchar_t full[MAX_PATH]{};
+  ::GetFullPathNameW(path, MAX_PATH, full, nullptr);
+  return full;
+}
+inline std::wstring ProgramPath() { return FullPath(VANTORA_EXE); }
+
+/// A process that is ended with its owner, when it has not ended before.
+class RunningProgram {
+ public:
+  /// Starts the program, or another copy of it, with the command line's rest. What it needs is asked for, not assumed.
+  explicit RunningProgram(const std::wstring& arguments = L"/tray", const std::wstring& path = ProgramPath()) {
+    std::wstring commandLine = L"\"" + path + L"\" " + arguments;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof(startup);
+    PROCESS_INFORMATION started{};
+    ::CreateProcessW(path.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &started);
+    const UniqueHandle thread(started.hThread);
+    process_.reset(started.hProcess);
+    id_ = started.dwProcessId;
+  }
+  ~RunningProgram() {
+    if (!process_ || WaitForExit(0)) return;
+    ::TerminateProcess(process_.get(), 99);
+    ::WaitForSingleObject(process_.get(), kPatienceMs);
+  }
+  RunningProgram(const RunningProgram&) = delete;
+  RunningProgram& operator=(const RunningProgram&) = delete;
+
+  [[nodiscard]] DWORD Id() const { return id_; }
+  /// Its exit code once it has ended.
+  [[nodiscard]] std::optional<DWORD> WaitForExit(DWORD timeoutMs = kPatienceMs) const {
+    DWORD code = 0;
+    if (!process_ || ::WaitForSingleObject(process_.get(), timeoutMs) != WAIT_OBJECT_0) return std::nullopt;
+    return ::GetExitCodeProcess(process_.get(), &code) ? std::optional(code) : std::nullopt;
+  }
+
+  /// How many dialogs, message boxes among them, it shows.
+  [[nodiscard]] int DialogCount() const {
+    int count = 0;
+    FindWindowOf(id_, kDialogClass, [&count](HWND window) {
+      count += ::IsWindowVisible(window) ? 1 : 0;
+      return false;
+    });
+    return count;
+  }
+  /// The visible dialog that holds the control, once there is one.
+  [[nodiscard]] HWND WaitForDialog(int controlId) const {
+    return WaitForWindow(kDialogClass, [controlId](HWND window) { return ::GetDlgItem(window, controlId) != nullptr; });
+  }
+  [[nodiscard]] HWND WaitForMainWindow() const { return WaitForDialog(IDC_RULE_LIST); }
+  /// The message box with the caption, once its text begins with the one expected.
+  [[nodiscard]] HWND WaitForBox(const std::wstring& caption, const std::wstring& text) const {
+    constexpr int kTextId = 1001;
+    return WaitForWindow(kDialogClass,
+                         [&](HWND box) { return TextOf(box) == caption && TextOfItem(box, kTextId).starts_with(text); });
+  }
+  /// Waits for it and presses one of its buttons. False when it does not come or does not go.
+  [[nodiscard]] bool AnswerBox(const std::wstring& caption, const std::wstring& text, int buttonId) const {
+    HWND box = WaitForBox(caption, text);
+    ::PostMessageW(::GetDlgItem(box, buttonId), BM_CLICK, 0, 0);
+    return box != nullptr && WaitUntil([&] { return !::IsWindow(box); });
+  }
+
+  [[nodiscard]] HWND WaitForTray() const {
+    return WaitForResult([&] { return FindWindowOf(id_, kTrayClass, [](HWND) { return true; }); });
+  }
+  void PostToTray(UINT message, WPARAM wParam, LPARAM lParam) const { ::PostMessageW(WaitForTray(), message, wParam, lParam); }
+  /// Opens the tray menu. False when it does not come up.
+  [[nodiscard]] bool OpenTrayMenu() const {
+    PostToTray(UWM_TRAYICON, 0, WM_RBUTTONUP);
+    return WaitForWindow(kMenuClass, [](HWND) { return true; }) != nullptr;
+  }
+  /// Opens the tray menu and chooses the item with the mnemonic. The choice of a greyed one may leave the menu open.
+  void ChooseFromTrayMenu(wchar_t mnemonic) const {
+    if (OpenTrayMenu()) PostToTray(WM_CHAR, mnemonic, 0);
+  }
+  /// Asks the program to end as "-terminate" does, and waits for it. False when it has not ended with 0.
+  [[nodiscard]] bool End(DWORD timeoutMs = kPatienceMs) const {
+    PostToTray(UWM_TERMINATE, 0, 0);
+    return WaitForExit(timeoutMs) == 0u;
+  }
+
+ private:
+  template <class Accepts>
+  [[nodiscard]] HWND WaitForWindow(const wchar_t* windowClass, Accepts accepts) const {
+    return WaitForResult([&] {
+      return FindWindowOf(id_, windowClass, [&](HWND window) { return ::IsWindowVisible(window) && accepts(window); });
+    });
+  }
+
+  UniqueHandle process_;
+  DWORD id_ = 0;
+};
+
+/// Starts the program for a job and returns its exit code.
+inline std::optional<DWORD> RunToEnd(const std::wstring& arguments) { return RunningProgram(arguments).WaitForExit(); }
+
 class EndToEndTest : public testing::Test {
  protected:
-  void SetUp() override {
-    ASSERT_TRUE(ProfileIsThrowaway()) << "this profile is not the tests' own";
-    ASSERT_EQ(::FindWindowW(kTrayClass, kTrayTitle), nullptr) << "an instance is running";
-    ASSERT_TRUE(shell_.IsInPlace());
-  }
+  void SetUp() override { ASSERT_EQ(::FindWindowW(kTrayClass, nullptr), nullptr) << "an instance is running"; }
 
   Profile profile_;
   ShellStandIn shell_;

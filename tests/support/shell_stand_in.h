@@ -1,58 +1,29 @@
 #pragma once
 
 // Stands in for the taskbar: a window of the class that the shell's notification calls look up, which receives what the program
-// tells the shell about its icon. Keeps the icons as a taskbar does, records every call, and can refuse, forget, and announce
-// itself. Reads the form in which Wine's shell library sends the calls.
+// tells the shell about its icon. Keeps the icons as a taskbar does, and a line of text for each new icon and each balloon. Reads
+// the form in which Wine's shell library sends the calls.
 
 #include <windows.h>
 
 #include <shellapi.h>
 
 #include <atomic>
-#include <cstring>
 #include <mutex>
 #include <set>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
-#include "platform/handles.h"
 #include "tests/support/wait.h"
 
 namespace e2e {
 
-/// The head of what Wine's shell library sends; the icon's pixels follow. Texts are those of the call whether or not its flags
-/// name them.
-struct NotifyData {
-  std::uint32_t window;
-  UINT id;
-  UINT flags;
-  UINT callback;
-  wchar_t tip[128];
-  UINT state;
-  UINT stateMask;
-  wchar_t info[256];
-  UINT timeoutMs;
-  wchar_t infoTitle[64];
-  UINT infoFlags;
-  GUID guid;
-  std::int32_t iconWidth;
-  std::int32_t iconHeight;
-};
-
-/// One call about an icon: NIM_ADD, NIM_MODIFY or NIM_DELETE.
-struct NotifyCall : NotifyData {
-  DWORD message;
-
-  [[nodiscard]] HWND Window() const { return static_cast<HWND>(ULongToHandle(window)); }
-  /// A balloon's title and, below it, its text.
-  [[nodiscard]] std::wstring Balloon() const { return infoTitle + (L"\n" + std::wstring(info)); }
-};
-
 class ShellStandIn {
  public:
-  ShellStandIn() { ::WaitForSingleObject(ready_.get(), kPatienceMs); }
+  ShellStandIn() {
+    WaitUntil([this] { return window_ != nullptr; });
+  }
   ~ShellStandIn() {
     ::PostMessageW(window_, WM_CLOSE, 0, 0);
     thread_.join();
@@ -60,24 +31,18 @@ class ShellStandIn {
   ShellStandIn(const ShellStandIn&) = delete;
   ShellStandIn& operator=(const ShellStandIn&) = delete;
 
-  /// Whether the shell's calls come here.
-  [[nodiscard]] bool IsInPlace() const { return ::FindWindowW(kTaskbarClass, nullptr) == window_; }
-
-  /// The calls of the kind so far, oldest first.
-  [[nodiscard]] std::vector<NotifyCall> Calls(DWORD message) const {
+  /// The calls so far, oldest first, that begin with the text: "add" with flags, the notification's message, the icon's width and
+  /// the tip; "balloon" with its kind and milliseconds, its title and below that its text.
+  [[nodiscard]] std::vector<std::wstring> Calls(const std::wstring& start) const {
     std::lock_guard lock(mutex_);
     auto calls = calls_;
-    std::erase_if(calls, [message](const NotifyCall& call) { return call.message != message; });
+    std::erase_if(calls, [&start](const std::wstring& call) { return !call.starts_with(start); });
     return calls;
   }
-  [[nodiscard]] std::vector<NotifyCall> Balloons() const {
-    auto calls = Calls(NIM_MODIFY);
-    std::erase_if(calls, [](const NotifyCall& call) { return (call.flags & NIF_INFO) == 0; });
-    return calls;
-  }
-  /// The n-th balloon, counted from 0, once it has come; empty when it does not.
+  /// What the n-th balloon says, counted from 0, once it has come; empty when it does not. All are of one kind and time.
   [[nodiscard]] std::wstring WaitForBalloon(std::size_t index) const {
-    return WaitUntil([&] { return Balloons().size() > index; }) ? Balloons()[index].Balloon() : L"";
+    const std::wstring kind = L"balloon 0 10000 ";
+    return WaitUntil([&] { return Calls(kind).size() > index; }) ? Calls(kind)[index].substr(kind.size()) : L"";
   }
   /// Icons shown at the moment.
   [[nodiscard]] std::size_t IconCount() const {
@@ -97,45 +62,62 @@ class ShellStandIn {
   }
 
  private:
-  static constexpr wchar_t kTaskbarClass[] = L"Shell_TrayWnd";
+  /// The head of what Wine's shell library sends; the icon's pixels follow. Texts are those of the call whether or not its flags
+  /// name them.
+  struct NotifyData {
+    UINT window;
+    UINT id;
+    UINT flags;
+    UINT callback;
+    wchar_t tip[128];
+    UINT stateAndMask[2];
+    wchar_t info[256];
+    UINT timeoutMs;
+    wchar_t infoTitle[64];
+    UINT infoFlags;
+    GUID guid;
+    UINT iconWidth;
+  };
 
   void Run() {
+    self = this;
     WNDCLASSW description{};
     description.lpfnWndProc = &ShellStandIn::Procedure;
-    description.lpszClassName = kTaskbarClass;
+    description.lpszClassName = L"Shell_TrayWnd";
     ::RegisterClassW(&description);
-    window_ = ::CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_TOPMOST, kTaskbarClass, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                                nullptr, nullptr);
-    ::SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-    ::SetEvent(ready_.get());
+    window_ = ::CreateWindowW(description.lpszClassName, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
     MSG message{};
     while (::GetMessageW(&message, nullptr, 0, 0) > 0) ::DispatchMessageW(&message);
   }
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    auto* self = reinterpret_cast<ShellStandIn*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
-    if (message == WM_COPYDATA && self != nullptr) return self->Receive(*reinterpret_cast<const COPYDATASTRUCT*>(lParam));
+    if (message == WM_COPYDATA) return self->Receive(*reinterpret_cast<const COPYDATASTRUCT*>(lParam));
     if (message == WM_DESTROY) ::PostQuitMessage(0);
     return ::DefWindowProcW(window, message, wParam, lParam);
   }
-  bool Receive(const COPYDATASTRUCT& data) {
-    if (data.cbData < sizeof(NotifyData)) return false;
-    NotifyCall call{};
-    std::memcpy(static_cast<NotifyData*>(&call), data.lpData, sizeof(NotifyData));
-    call.message = static_cast<DWORD>(data.dwData);
+  bool Receive(const COPYDATASTRUCT& sent) {
+    if (sent.cbData < sizeof(NotifyData)) return false;
+    const auto& data = *static_cast<const NotifyData*>(sent.lpData);
     std::lock_guard lock(mutex_);
-    calls_.push_back(call);
-    return !refusing && Accepts(call.message, {call.Window(), call.id});
+    if (sent.dwData == NIM_ADD) {
+      calls_.push_back(Line(L"add", {data.flags, data.callback, data.iconWidth}) + data.tip);
+    } else if (data.flags == NIF_INFO) {
+      calls_.push_back(Line(L"balloon", {data.infoFlags, data.timeoutMs}) + data.infoTitle + L"\n" + data.info);
+    }
+    if (refusing) return false;
+    if (sent.dwData == NIM_ADD)
+      return ::IsWindow(static_cast<HWND>(ULongToHandle(data.window))) && icons_.insert(data.window).second;
+    return sent.dwData == NIM_DELETE ? icons_.erase(data.window) != 0 : icons_.contains(data.window);
   }
-  bool Accepts(DWORD message, const std::pair<HWND, UINT>& icon) {
-    if (message == NIM_ADD) return icons_.insert(icon).second;
-    return message == NIM_DELETE ? icons_.erase(icon) != 0 : icons_.contains(icon);
+  static std::wstring Line(std::wstring line, std::initializer_list<UINT> numbers) {
+    for (const UINT number : numbers) line += L" " + std::to_wstring(number);
+    return line + L" ";
   }
 
+  inline static ShellStandIn* self;
   mutable std::mutex mutex_;
-  std::vector<NotifyCall> calls_;
-  std::set<std::pair<HWND, UINT>> icons_;
-  HWND window_ = nullptr;
-  const UniqueHandle ready_{::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  std::vector<std::wstring> calls_;
+  std::set<UINT> icons_;
+  std::atomic<HWND> window_{nullptr};
   std::thread thread_{[this] { Run(); }};
 };
 

@@ -7,25 +7,20 @@
 namespace e2e {
 
 inline constexpr DWORD kPatienceMs = 20'000;
-inline constexpr DWORD kPollMs = 5;
-
-/// True as soon as the condition holds; false when it does not within the time.
-template <class Condition>
-bool WaitUntil(Condition condition, DWORD timeoutMs = kPatienceMs) {
-  const ULONGLONG deadline = ::GetTickCount64() + timeoutMs;
-  while (!condition()) {
-    if (::GetTickCount64() >= deadline) return false;
-    ::Sleep(kPollMs);
-  }
-  return true;
-}
 
 /// The first result that converts to true; the last one when the time is up.
 template <class Find>
 auto WaitForResult(Find find, DWORD timeoutMs = kPatienceMs) {
+  const ULONGLONG deadline = ::GetTickCount64() + timeoutMs;
   auto result = find();
-  WaitUntil([&] { return static_cast<bool>(result) || static_cast<bool>(result = find()); }, timeoutMs);
+  for (; !result && ::GetTickCount64() < deadline; result = find()) ::Sleep(5);
   return result;
+}
+
+/// Whether the condition holds within the time.
+template <class Condition>
+bool WaitUntil(Condition condition, DWORD timeoutMs = kPatienceMs) {
+  return static_cast<bool>(WaitForResult(condition, timeoutMs));
 }
 
 }  // namespace e2e

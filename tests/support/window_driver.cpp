@@ -4,21 +4,23 @@
 
 #include <chrono>
 
-namespace {
-
-/// The first visible window of the class in this process that the test accepts.
-HWND FindOwnWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) {
+HWND FindWindowOf(DWORD processId, const wchar_t* className, const std::function<bool(HWND)>& accepts) {
   HWND window = nullptr;
   while ((window = ::FindWindowExW(nullptr, window, className, nullptr)) != nullptr) {
-    DWORD processId = 0;
-    ::GetWindowThreadProcessId(window, &processId);
-    if (processId == ::GetCurrentProcessId() && ::IsWindowVisible(window) && accepts(window)) break;
+    DWORD owner = 0;
+    ::GetWindowThreadProcessId(window, &owner);
+    if (owner == processId && accepts(window)) break;
   }
   return window;
 }
 
+namespace {
+
 HWND WaitForOwnWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) {
-  return e2e::WaitForResult([&] { return FindOwnWindow(className, accepts); });
+  return e2e::WaitForResult([&] {
+    return FindWindowOf(::GetCurrentProcessId(), className,
+                        [&](HWND window) { return ::IsWindowVisible(window) && accepts(window); });
+  });
 }
 
 }  // namespace
@@ -41,10 +43,11 @@ WindowThread::WindowThread(std::function<void()> routine)
 
 WindowThread::~WindowThread() {
   const auto cancel = [this](HWND window) {
-    if (Owns(window) && ::IsWindowEnabled(window)) PostCommand(window, IDCANCEL);
+    if (Owns(window) && ::IsWindowVisible(window) && ::IsWindowEnabled(window)) PostCommand(window, IDCANCEL);
     return false;
   };
-  while (ended_.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready) FindOwnWindow(kDialogClass, cancel);
+  while (ended_.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready)
+    FindWindowOf(::GetCurrentProcessId(), kDialogClass, cancel);
 }
 
 HWND WindowThread::WaitForDialog(const std::wstring& title) const {

@@ -18,6 +18,8 @@ using e2e::WaitUntil;
 inline constexpr wchar_t kDialogClass[] = L"#32770";
 inline constexpr wchar_t kMenuClass[] = L"#32768";
 
+/// The process's first top-level window of the class that the test accepts; null when there is none.
+HWND FindWindowOf(DWORD processId, const wchar_t* className, const std::function<bool(HWND)>& accepts);
 /// This process's visible popup menu; null when none appears.
 HWND WaitForPopup();
 /// This process's visible, enabled dialog with a visible control of the id, as the system's dialogs with titles of their own.
