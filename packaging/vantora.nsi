@@ -113,6 +113,16 @@ Var purgeCheckBox
   IntOp ${RESULT} 1 - ${RESULT}
 !macroend
 
+; An elevated program protects its download and the folder for it; the next one may not be elevated and must be able to use both.
+Function GiveDownloadBack
+  ${If} $EXEDIR == "$TEMP\Vantora"
+    nsExec::Exec '"$SYSDIR\icacls.exe" "$EXEDIR" /setintegritylevel (OI)(CI)medium'
+    Pop $R0
+    nsExec::Exec '"$SYSDIR\icacls.exe" "$EXEPATH" /setintegritylevel medium'
+    Pop $R0
+  ${EndIf}
+FunctionEnd
+
 ; Says why, leaves everything as it was and starts again what was running: an update that cannot be made must not cost the user the
 ; monitor.
 !macro GiveUp EXIT_CODE REASON
@@ -123,6 +133,7 @@ Var purgeCheckBox
 Function GiveUp
   Delete "$INSTDIR\vantora.exe.new"
   WriteRegDWORD HKCU "${SETTINGS_KEY}" "UpdateFinished" 0
+  Call GiveDownloadBack
   ${If} $wasRunning == 1
   ${AndIf} ${FileExists} "$INSTDIR\vantora.exe"
     Exec '"$INSTDIR\vantora.exe" /tray'
@@ -203,11 +214,7 @@ Section "Vantora"
 SectionEnd
 
 Function .onInstSuccess
-  ; An elevated program protects the folder that it downloads its update to; the next one may not be elevated and must be able to use it.
-  ${If} $EXEDIR == "$TEMP\Vantora"
-    nsExec::Exec '"$SYSDIR\icacls.exe" "$EXEDIR" /setintegritylevel (OI)(CI)medium'
-    Pop $R0
-  ${EndIf}
+  Call GiveDownloadBack
   ${GetParameters} $R0
   ClearErrors
   ${GetOptions} $R0 "/AUTOSTART" $R1
