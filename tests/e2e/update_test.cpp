@@ -27,9 +27,7 @@ TEST_F(Updates, AreAskedForToldAndInstalledOneAtATimeAndTheProgramEndsWithoutWai
   const RunningProgram program(L"", FullPath(VANTORA_UPDATED_EXE));
   const auto checkByHand = [&program] { program.PostToTray(UWM_CHECK_FOR_UPDATES, 1, 0); };
   HWND link = ::GetDlgItem(program.WaitForMainWindow(), IDC_VERSION_LINK);
-  checkByHand();
-  EXPECT_TRUE(program.AnswerBox(L"Vantora", L"No updates available. You are running the latest version.", IDOK));
-  EXPECT_TRUE(WaitUntil([&] { return TextOf(link) == L"Version 0.0.2.7 BETA. <a>Check for updates</a>"; }));
+  ASSERT_TRUE(debug_.WaitFor(program.Id(), "Update check finished."));
 
   TestServer::Use("mute");
   const std::size_t atStart = TestServer::Requests().size();
@@ -44,6 +42,11 @@ TEST_F(Updates, AreAskedForToldAndInstalledOneAtATimeAndTheProgramEndsWithoutWai
   EXPECT_TRUE(program.AnswerBox(available, question, IDNO));
   EXPECT_EQ(TextOf(link), L"Version 0.0.2.9 available. <a>Update now</a>");
   EXPECT_EQ(TestServer::Requests().substr(atStart), "/versioninfo/vantora/beta/ Vantora\n");
+
+  TestServer::Use("missing");
+  checkByHand();
+  EXPECT_TRUE(program.AnswerBox(L"Vantora", L"No updates available. You are running the latest version.", IDOK));
+  EXPECT_TRUE(WaitUntil([&] { return TextOf(link) == L"Version 0.0.2.7 BETA. <a>Check for updates</a>"; }));
 
   TestServer::Use("unsigned");
   checkByHand();
