@@ -44,8 +44,9 @@ console-windows:
 	@echo "build/windows/vantora-console.exe"
 
 deb: console
-	@scripts/need dpkg-dev
-	@(cd build/console && cpack -G DEB >/dev/null 2>&1) && ls build/console/*.deb
+	@scripts/need dpkg-dev file
+	@cd build/console && cpack -G DEB >cpack.log 2>&1 || { cat cpack.log; exit 1; }
+	@ls build/console/*.deb
 
 installer: exe console-windows
 	@scripts/need nsis
