@@ -66,7 +66,7 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
     EXPECT_EQ(program.WaitForExit(5'000), 0u);
     EXPECT_TRUE(debug_.ComesOnce(program.Id(), "MonitorEngine::Stop - Stopped"));
     EXPECT_TRUE(debug_.ComesOnce(program.Id(), "RuleStore::Save - Saved"));
-    EXPECT_EQ(shell_.IconCount(), 0u);
+    EXPECT_EQ(shell_.Calls().back(), L"delete");
     EXPECT_EQ(profile_.Get(kSettings, L"PollIntervalSec"), RegistryValue::Number(row.saved));
     EXPECT_EQ(ReadWholeFile(profile_.RulesFile()), kRulesHead + rule + "\r\n");
   }

@@ -1,8 +1,7 @@
 #pragma once
 
 // Stands in for the taskbar: a window of the class that the shell's notification calls look up, which receives what the program
-// tells the shell about its icon. Keeps the icons as a taskbar does, and a line of text for each new icon and each balloon. Reads
-// the form in which Wine's shell library sends the calls.
+// tells the shell about its icon, as lines of text. Reads the form in which Wine's shell library sends the calls.
 
 #include <windows.h>
 
@@ -10,7 +9,6 @@
 
 #include <atomic>
 #include <mutex>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -32,8 +30,8 @@ class ShellStandIn {
   ShellStandIn& operator=(const ShellStandIn&) = delete;
 
   /// The calls so far, oldest first, that begin with the text: "add" with flags, the notification's message, the icon's width and
-  /// the tip; "balloon" with its kind and milliseconds, its title and below that its text.
-  [[nodiscard]] std::vector<std::wstring> Calls(const std::wstring& start) const {
+  /// the tip; "delete"; "balloon" with its kind and milliseconds, its title and below that its text.
+  [[nodiscard]] std::vector<std::wstring> Calls(const std::wstring& start = L"") const {
     std::lock_guard lock(mutex_);
     auto calls = calls_;
     std::erase_if(calls, [&start](const std::wstring& call) { return !call.starts_with(start); });
@@ -44,22 +42,9 @@ class ShellStandIn {
     const std::wstring kind = L"balloon 0 10000 ";
     return WaitUntil([&] { return Calls(kind).size() > index; }) ? Calls(kind)[index].substr(kind.size()) : L"";
   }
-  /// Icons shown at the moment.
-  [[nodiscard]] std::size_t IconCount() const {
-    std::lock_guard lock(mutex_);
-    return icons_.size();
-  }
 
-  /// While it holds, every call is refused, as when there is no taskbar.
+  /// While it holds, no icon can be added.
   std::atomic<bool> refusing{false};
-  /// The taskbar starts anew: its icons are gone, and every window is told.
-  void Recreate() {
-    {
-      std::lock_guard lock(mutex_);
-      icons_.clear();
-    }
-    ::SendNotifyMessageW(HWND_BROADCAST, ::RegisterWindowMessageW(L"TaskbarCreated"), 0, 0);
-  }
 
  private:
   /// The head of what Wine's shell library sends; the icon's pixels follow. Texts are those of the call whether or not its flags
@@ -94,19 +79,20 @@ class ShellStandIn {
     if (message == WM_DESTROY) ::PostQuitMessage(0);
     return ::DefWindowProcW(window, message, wParam, lParam);
   }
+  /// The shell's answer: an icon is never there to be changed, so it is always added.
   bool Receive(const COPYDATASTRUCT& sent) {
-    if (sent.cbData < sizeof(NotifyData)) return false;
     const auto& data = *static_cast<const NotifyData*>(sent.lpData);
     std::lock_guard lock(mutex_);
     if (sent.dwData == NIM_ADD) {
       calls_.push_back(Line(L"add", {data.flags, data.callback, data.iconWidth}) + data.tip);
+      return !refusing && ::IsWindow(static_cast<HWND>(ULongToHandle(data.window)));
+    }
+    if (sent.dwData == NIM_DELETE) {
+      calls_.emplace_back(L"delete");
     } else if (data.flags == NIF_INFO) {
       calls_.push_back(Line(L"balloon", {data.infoFlags, data.timeoutMs}) + data.infoTitle + L"\n" + data.info);
     }
-    if (refusing) return false;
-    if (sent.dwData == NIM_ADD)
-      return ::IsWindow(static_cast<HWND>(ULongToHandle(data.window))) && icons_.insert(data.window).second;
-    return sent.dwData == NIM_DELETE ? icons_.erase(data.window) != 0 : icons_.contains(data.window);
+    return false;
   }
   static std::wstring Line(std::wstring line, std::initializer_list<UINT> numbers) {
     for (const UINT number : numbers) line += L" " + std::to_wstring(number);
@@ -116,7 +102,6 @@ class ShellStandIn {
   inline static ShellStandIn* self;
   mutable std::mutex mutex_;
   std::vector<std::wstring> calls_;
-  std::set<UINT> icons_;
   std::atomic<HWND> window_{nullptr};
   std::thread thread_{[this] { Run(); }};
 };
