@@ -23,17 +23,18 @@ class End : public EndToEndTest {
     HWND list = ::GetDlgItem(program.WaitForMainWindow(), IDC_RULE_LIST);
     ASSERT_TRUE(WaitUntil([&] { return RowCount(list) == 1; }));
     // Right of the first column, in the row below the header.
-    constexpr LPARAM kCell = MAKELPARAM(120, 28);
-    ::PostMessageW(list, WM_LBUTTONDBLCLK, MK_LBUTTON, kCell);
+    for (const int message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP}) {
+      ::PostMessageW(list, static_cast<UINT>(message), message == WM_LBUTTONUP ? 0 : MK_LBUTTON, MAKELPARAM(120, 28));
+    }
     HWND box = WaitForResult([&] { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); });
     ASSERT_EQ(TextOf(box), L"a.exe");
     ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
   }
-  static void ChooseExit(const RunningProgram& program) { program.ChooseFromTrayMenu(L'x'); }
-  static void Terminate(const RunningProgram&) { EXPECT_EQ(RunToEnd(L"-terminate"), 0u); }
 };
 
 TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
+  const auto chooseExit = [](const auto& program) { program.ChooseFromTrayMenu(L'x'); };
+  const auto terminate = [](const auto&) { EXPECT_EQ(RunToEnd(L"-terminate"), 0u); };
   const struct {
     const char* name;
     Step open;
@@ -41,18 +42,18 @@ TEST_F(End, IsPromptAndSavesOnceWhateverIsOpen) {
     DWORD found = 86'400;  ///< "PollIntervalSec"
     DWORD saved = 86'400;
   } rows[] = {
-      {"rule editor and two alert logs", Dialogs({IDM_ALERT_LOG, IDM_ALERT_LOG, IDM_ADD_RULE}), ChooseExit, 0, 30},
-      {"message box", Dialogs({IDM_RESET_RULES}), ChooseExit, 86'401, 30},
-      {"file chooser", Dialogs({IDM_EXPORT_RULES}), ChooseExit, 1, 1},
+      {"rule editor and two alert logs", Dialogs({IDM_ALERT_LOG, IDM_ALERT_LOG, IDM_ADD_RULE}), chooseExit, 0, 30},
+      {"message box", Dialogs({IDM_RESET_RULES}), chooseExit, 86'401, 30},
+      {"file chooser", Dialogs({IDM_EXPORT_RULES}), chooseExit, 1, 1},
       {"cell under edit", EditCell, [](const auto& program) { PostCommand(program.WaitForMainWindow(), IDM_EXIT); }},
-      {"tray menu", [](const auto& program) { EXPECT_TRUE(program.OpenTrayMenu()); }, Terminate},
+      {"tray menu", [](const auto& program) { EXPECT_TRUE(program.OpenTrayMenu()); }, terminate},
       // Checks are switched off, so this one ends at once with its message box, which runs on the tray window's own thread.
       {"message box of an update check",
        [](const auto& program) {
          program.PostToTray(UWM_CHECK_FOR_UPDATES, 1, 0);
          EXPECT_NE(program.WaitForBox(L"Vantora", L"No updates available."), nullptr);
        },
-       Terminate},
+       terminate},
   };
   const std::string rule = "1,a.exe,1,0,0.0,0.0,0.0,5,0,0,3,60";
   for (const auto& row : rows) {

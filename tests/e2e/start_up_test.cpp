@@ -51,9 +51,7 @@ TEST_F(StartUp, EveryRequestForTheMainWindowLeadsToTheOneOfTheFirstInstance) {
 
   EXPECT_EQ(RunToEnd(L""), 0u);
   first.ChooseFromTrayMenu(L'o');
-  for (const LPARAM notification : {LPARAM{WM_LBUTTONUP}, LPARAM{NIN_BALLOONUSERCLICK}}) {
-    first.PostToTray(UWM_TRAYICON, 0, notification);
-  }
+  for (const LPARAM click : {LPARAM{WM_LBUTTONUP}, LPARAM{NIN_BALLOONUSERCLICK}}) first.PostToTray(UWM_TRAYICON, 0, click);
   first.ChooseFromTrayMenu(L'l');
   EXPECT_TRUE(WaitUntil([&] { return first.DialogCount() == 3; })) << "two alert logs, one main window";
   EXPECT_TRUE(first.End());
@@ -81,13 +79,10 @@ TEST_F(StartUp, LibrariesBesideTheProgramAreNotLoaded) {
 std::optional<DWORD> Schtasks(const std::wstring& arguments) {
   return RunningProgram(arguments, FullPath(L"C:\\windows\\system32\\schtasks.exe")).WaitForExit();
 }
-
 std::optional<DWORD> CreateTask(const std::wstring& name, const std::wstring& file) {
-  constexpr wchar_t kTask[] =
-      L"\xFEFF<?xml version=\"1.0\" encoding=\"UTF-16\"?>\r\n"
-      L"<Task version=\"1.2\" xmlns=\"http://schemas.microsoft.com/windows/2004/02/mit/task\">"
-      L"<Actions><Exec><Command>cmd.exe</Command></Exec></Actions></Task>";
-  WriteFileBytes(file, std::string(reinterpret_cast<const char*>(kTask), sizeof kTask - sizeof(wchar_t)));
+  WriteFileBytes(file,
+                 "<Task version=\"1.2\" xmlns=\"http://schemas.microsoft.com/windows/2004/02/mit/task\">"
+                 "<Actions><Exec><Command>cmd.exe</Command></Exec></Actions></Task>");
   return Schtasks(L"/create /tn " + name + L" /xml \"" + file + L"\"");
 }
 
@@ -130,12 +125,10 @@ TEST_F(StartUp, RestartTakesOverOnceTheRunningInstanceHasSaved) {
   for (const auto& setting : settings) {
     EXPECT_EQ(profile_.Get(kSettings, setting.name), setting.left) << testing::PrintToString(setting.name);
   }
-  ASSERT_TRUE(debug_.WaitFor(second.Id(), "RuleStore::Load - Loaded 1 rules from"));
-  ASSERT_TRUE(debug_.ComesOnce(first.Id(), "RuleStore::Save - Saved 1 rules to"));
-  const auto place = [lines = debug_.All()](const RunningProgram& program, const char* text) {
-    return lines.find(std::to_string(program.Id()) + " RuleStore::" + text);
-  };
-  EXPECT_LT(place(first, "Save"), place(second, "Load"));
+  EXPECT_TRUE(debug_.ComesOnce(first.Id(), "RuleStore::Save - Saved 1 rules to"));
+  EXPECT_TRUE(debug_.ComesOnce(second.Id(), "RuleStore::Load - Loaded 1 rules from"));
+  const std::string lines = debug_.All();
+  EXPECT_LT(lines.find(" RuleStore::Save"), lines.rfind(" RuleStore::Load"));
   EXPECT_TRUE(second.End());
 }
 
@@ -149,9 +142,7 @@ TEST_F(StartUp, OfTwoAtOnceOneRunsHavingGivenTheEarlierProductTimeAndTakenOverWh
   WriteFileBytes(profile_.LegacyFolder() + L"\\rules.csv", rules);
   ASSERT_EQ(CreateTask(L"HalvernAdminAutoStart", profile_.LegacyFolder() + L".xml"), 0u);
   // A window of the test's own stands for its running instance, which hangs: requests wait in this thread's queue.
-  WNDCLASSW legacy{};
-  legacy.lpfnWndProc = ::DefWindowProcW;
-  legacy.lpszClassName = L"HALVERNW";
+  const WNDCLASSW legacy{0, ::DefWindowProcW, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, L"HALVERNW"};
   ASSERT_NE(::RegisterClassW(&legacy), 0);
   HWND window = ::CreateWindowW(legacy.lpszClassName, L"Halvern", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
   const auto isAsked = [&] {

@@ -46,7 +46,6 @@ class RunningProgram {
     id_ = started.dwProcessId;
   }
   ~RunningProgram() {
-    if (!process_ || WaitForExit(0)) return;
     ::TerminateProcess(process_.get(), 99);
     ::WaitForSingleObject(process_.get(), kPatienceMs);
   }
@@ -57,7 +56,7 @@ class RunningProgram {
   /// Its exit code once it has ended.
   [[nodiscard]] std::optional<DWORD> WaitForExit(DWORD timeoutMs = kPatienceMs) const {
     DWORD code = 0;
-    if (!process_ || ::WaitForSingleObject(process_.get(), timeoutMs) != WAIT_OBJECT_0) return std::nullopt;
+    if (::WaitForSingleObject(process_.get(), timeoutMs) != WAIT_OBJECT_0) return std::nullopt;
     return ::GetExitCodeProcess(process_.get(), &code) ? std::optional(code) : std::nullopt;
   }
 

@@ -66,11 +66,9 @@ class ShellStandIn {
 
   void Run() {
     self = this;
-    WNDCLASSW description{};
-    description.lpfnWndProc = &ShellStandIn::Procedure;
-    description.lpszClassName = L"Shell_TrayWnd";
-    ::RegisterClassW(&description);
-    window_ = ::CreateWindowW(description.lpszClassName, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    const WNDCLASSW taskbar{0, &ShellStandIn::Procedure, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, L"Shell_TrayWnd"};
+    ::RegisterClassW(&taskbar);
+    window_ = ::CreateWindowW(taskbar.lpszClassName, L"", WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
     MSG message{};
     while (::GetMessageW(&message, nullptr, 0, 0) > 0) ::DispatchMessageW(&message);
   }
@@ -83,9 +81,9 @@ class ShellStandIn {
   bool Receive(const COPYDATASTRUCT& sent) {
     const auto& data = *static_cast<const NotifyData*>(sent.lpData);
     std::lock_guard lock(mutex_);
-    if (sent.dwData == NIM_ADD) {
+    if (sent.dwData == NIM_ADD && ::IsWindow(static_cast<HWND>(ULongToHandle(data.window)))) {
       calls_.push_back(Line(L"add", {data.flags, data.callback, data.iconWidth}) + data.tip);
-      return !refusing && ::IsWindow(static_cast<HWND>(ULongToHandle(data.window)));
+      return !refusing;
     }
     if (sent.dwData == NIM_DELETE) {
       calls_.emplace_back(L"delete");
