@@ -125,7 +125,9 @@ TEST_F(TrayWindowTest, AnAlertsSoundIsPlayedFromItsFileWithoutWaitingAndTheEndLe
   }
   EXPECT_EQ(sounds, std::vector<std::wstring>{L"C:\\a b.wav|" + std::to_wstring(0x20001)});
   // What any program can send, pointing at nothing of ours.
+  ::KillTimer(Window(), IDT_UPDATE_CHECK);
   for (const int hostile : {WM_NCCREATE, WM_CREATE}) Send(static_cast<UINT>(hostile));
+  EXPECT_FALSE(::KillTimer(Window(), IDT_UPDATE_CHECK)) << "the window is not made a second time";
   Send(UWM_ALERT, 12345);
   EXPECT_EQ(own_.recentAlerts.Size(), 3u) << "an address that is none of the sink's is nothing";
 

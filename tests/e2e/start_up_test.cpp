@@ -60,8 +60,7 @@ TEST_F(StartUp, EveryRequestForTheMainWindowLeadsToTheOneOfTheFirstInstance) {
 
 TEST_F(StartUp, LibrariesBesideTheProgramAreNotLoaded) {
   const std::wstring folder = profile_.DataFolder() + L"\\downloads";
-  WriteFileBytes(profile_.DataFolder() + L"\\readme.txt", "");
-  ::CreateDirectoryW(folder.c_str(), nullptr);
+  std::filesystem::create_directories(folder);
   const std::wstring copy = folder + L"\\vantora.exe";
   ASSERT_TRUE(::CopyFileW(ProgramPath().c_str(), copy.c_str(), FALSE));
   for (const wchar_t* library : {L"dwmapi", L"secur32", L"uxtheme", L"wininet", L"winmm", L"wintrust", L"version"}) {

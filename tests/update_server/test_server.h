@@ -37,9 +37,7 @@ class TestServer {
   /// From now on the server answers as in this scenario.
   static void Use(const std::string& scenario) { (void)WriteWholeFile(Path(L"scenario"), scenario); }
   /// From now on this process, and those that it starts, ask the server that with_update_server has put into the variable.
-  static void UseServer(const wchar_t* variable) {
-    ::SetEnvironmentVariableW(L"VANTORA_TEST_UPDATE_SERVER", ::_wgetenv(variable));
-  }
+  static void UseServer(const wchar_t* variable) { ::_wputenv_s(L"VANTORA_TEST_UPDATE_SERVER", ::_wgetenv(variable)); }
   static void UseTemp(const std::wstring& folder) {
     for (const wchar_t* name : {L"TMP", L"TEMP"}) ::SetEnvironmentVariableW(name, folder.c_str());
   }
