@@ -69,6 +69,7 @@ TEST_F(UpdateRoad, CheckAsksTheChannelOfTheSettingsOverHttpsAloneOrNobody) {
   }
   const std::string asked = TestServer::Requests();
   EXPECT_TRUE(asked.starts_with("/versioninfo/vantora/beta/ Vantora\n/versioninfo/vantora/ Vantora\n")) << asked;
+  TestServer::UseServer(good);
   profile_.Set(L"UpdateChecksDisabled", 1);
   Check();
   EXPECT_EQ(TestServer::Requests(), asked);
