@@ -1,8 +1,13 @@
 #include "tests/support/window_driver.h"
 
 #include <commctrl.h>
+#include <oleacc.h>
 
+#include <algorithm>
 #include <chrono>
+
+#include "platform/com_apartment.h"
+#include "platform/handles.h"
 
 HWND FindWindowOf(DWORD processId, const wchar_t* className, const std::function<bool(HWND)>& accepts) {
   HWND window = nullptr;
@@ -14,25 +19,30 @@ HWND FindWindowOf(DWORD processId, const wchar_t* className, const std::function
   return window;
 }
 
-namespace {
+std::vector<HWND> DialogsOfThisProcess() {
+  std::vector<HWND> dialogs;
+  FindWindowOf(::GetCurrentProcessId(), kDialogClass, [&dialogs](HWND window) {
+    if (::IsWindowVisible(window)) dialogs.push_back(window);
+    return false;
+  });
+  return dialogs;
+}
 
-HWND WaitForOwnWindow(const wchar_t* className, const std::function<bool(HWND)>& accepts) {
+HWND WaitForEnabledDialog(const std::function<bool(HWND)>& accepts) {
   return e2e::WaitForResult([&] {
-    return FindWindowOf(::GetCurrentProcessId(), className,
-                        [&](HWND window) { return ::IsWindowVisible(window) && accepts(window); });
+    const std::vector<HWND> dialogs = DialogsOfThisProcess();
+    const auto found = std::ranges::find_if(dialogs, [&](HWND dialog) { return ::IsWindowEnabled(dialog) && accepts(dialog); });
+    return found != dialogs.end() ? *found : nullptr;
   });
 }
 
-}  // namespace
-
-HWND WaitForPopup() {
-  return WaitForOwnWindow(kMenuClass, [](HWND) { return true; });
+HWND FindPopup() {
+  return FindWindowOf(::GetCurrentProcessId(), kMenuClass, [](HWND window) { return ::IsWindowVisible(window) != FALSE; });
 }
+HWND WaitForPopup() { return e2e::WaitForResult(FindPopup); }
 
 HWND WaitForDialogWith(int controlId) {
-  return WaitForOwnWindow(kDialogClass, [controlId](HWND window) {
-    return ::IsWindowEnabled(window) && ::IsWindowVisible(::GetDlgItem(window, controlId));
-  });
+  return WaitForEnabledDialog([controlId](HWND dialog) { return ::IsWindowVisible(::GetDlgItem(dialog, controlId)) != FALSE; });
 }
 
 WindowThread::WindowThread(std::function<void()> routine)
@@ -42,21 +52,43 @@ WindowThread::WindowThread(std::function<void()> routine)
       })) {}
 
 WindowThread::~WindowThread() {
-  const auto cancel = [this](HWND window) {
-    if (Owns(window) && ::IsWindowVisible(window) && ::IsWindowEnabled(window)) PostCommand(window, IDCANCEL);
-    return false;
-  };
-  while (ended_.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready)
-    FindWindowOf(::GetCurrentProcessId(), kDialogClass, cancel);
+  while (!WaitForEnd(20)) {
+    for (HWND dialog : DialogsOfThisProcess()) {
+      if (Owns(dialog) && ::IsWindowEnabled(dialog)) PostCommand(dialog, ::GetDlgItem(dialog, IDNO) != nullptr ? IDNO : IDCANCEL);
+    }
+  }
 }
 
 HWND WindowThread::WaitForDialog(const std::wstring& title) const {
-  return WaitForOwnWindow(kDialogClass,
-                          [&](HWND window) { return Owns(window) && ::IsWindowEnabled(window) && TextOf(window) == title; });
+  return WaitForEnabledDialog([&](HWND dialog) { return Owns(dialog) && TextOf(dialog) == title; });
 }
 
-bool WindowThread::WaitForEnd() const {
-  return ended_.wait_for(std::chrono::milliseconds(e2e::kPatienceMs)) == std::future_status::ready;
+bool WindowThread::WaitForEnd(DWORD timeoutMs) const {
+  return ended_.wait_for(std::chrono::milliseconds(timeoutMs)) == std::future_status::ready;
+}
+
+void RunInWindowThread(HWND window, const std::function<void()>& routine) {
+  static const UINT kRun = ::RegisterWindowMessageW(L"VantoraTestRun");
+  const auto hook = [](int code, WPARAM removal, LPARAM lParam) -> LRESULT {
+    const auto& message = *reinterpret_cast<const MSG*>(lParam);
+    if (code == HC_ACTION && removal == PM_REMOVE && message.message == kRun)
+      (*reinterpret_cast<const std::function<void()>*>(message.lParam))();
+    return ::CallNextHookEx(nullptr, code, removal, lParam);
+  };
+  std::atomic<bool> done{false};
+  const std::function<void()> run = [&] {
+    routine();
+    done = true;
+  };
+  const UniqueHook installed(::SetWindowsHookExW(WH_GETMESSAGE, hook, nullptr, ::GetWindowThreadProcessId(window, nullptr)));
+  if (!::PostMessageW(window, kRun, 0, reinterpret_cast<LPARAM>(&run))) return;
+  WaitUntil([&] { return done || !::IsWindow(window); });
+}
+
+void Settle() {
+  for (int times = 0; times < 3; ++times) {
+    for (HWND dialog : DialogsOfThisProcess()) RunInWindowThread(dialog, [] {});
+  }
 }
 
 void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
@@ -74,9 +106,51 @@ std::wstring TextOf(HWND window) {
   return text;
 }
 
+std::wstring ClassOf(HWND window) {
+  wchar_t name[64] = L"";
+  ::GetClassNameW(window, name, 64);
+  return name;
+}
+
+std::wstring AccessibleNameOf(HWND window) {
+  const ComApartment apartment;
+  ComPtr<IAccessible> accessible;
+  void** target = reinterpret_cast<void**>(accessible.Put());
+  BSTR text = nullptr;
+  VARIANT self{};
+  self.vt = VT_I4;
+  if (::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible, target) == S_OK)
+    accessible->get_accName(self, &text);
+  const std::wstring name = text != nullptr ? text : L"";
+  ::SysFreeString(text);
+  return name;
+}
+
+std::wstring WithoutMnemonic(std::wstring text) {
+  std::erase(text, L'&');
+  return text.substr(0, text.find(L'\t'));
+}
+
+std::vector<HWND> ControlsOf(HWND window) {
+  std::vector<HWND> controls;
+  for (HWND child = ::GetWindow(window, GW_CHILD); child != nullptr; child = ::GetWindow(child, GW_HWNDNEXT))
+    controls.push_back(child);
+  return controls;
+}
+
 std::wstring TextOfItem(HWND dialog, int id) { return TextOf(::GetDlgItem(dialog, id)); }
 
 int RowCount(HWND list) { return static_cast<int>(::SendMessageW(list, LVM_GETITEMCOUNT, 0, 0)); }
+
+void SelectRows(HWND list, const std::vector<int>& rows) {
+  LVITEMW item{};
+  item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+  ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&item));
+  for (const int row : rows) {
+    item.state = item.stateMask;
+    ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+  }
+}
 
 std::wstring Cell(HWND list, int row, int column) {
   wchar_t text[512] = L"";

@@ -20,7 +20,12 @@ inline constexpr wchar_t kMenuClass[] = L"#32768";
 
 /// The process's first top-level window of the class that the test accepts; null when there is none.
 HWND FindWindowOf(DWORD processId, const wchar_t* className, const std::function<bool(HWND)>& accepts);
-/// This process's visible popup menu; null when none appears.
+/// This process's visible dialogs, the one on top first.
+std::vector<HWND> DialogsOfThisProcess();
+/// The first of them that takes input and that the test accepts; null when none comes.
+HWND WaitForEnabledDialog(const std::function<bool(HWND)>& accepts);
+/// This process's visible popup menu; null when none is open, or appears.
+HWND FindPopup();
 HWND WaitForPopup();
 /// This process's visible, enabled dialog with a visible control of the id, as the system's dialogs with titles of their own.
 HWND WaitForDialogWith(int controlId);
@@ -36,7 +41,7 @@ class WindowThread {
 
   /// The visible, enabled dialog of this thread with the title; null when it does not appear.
   [[nodiscard]] HWND WaitForDialog(const std::wstring& title) const;
-  [[nodiscard]] bool WaitForEnd() const;
+  [[nodiscard]] bool WaitForEnd(DWORD timeoutMs = e2e::kPatienceMs) const;
 
  private:
   [[nodiscard]] bool Owns(HWND window) const { return ::GetWindowThreadProcessId(window, nullptr) == id_; }
@@ -44,6 +49,12 @@ class WindowThread {
   std::atomic<DWORD> id_ = 0;
   std::future<void> ended_;
 };
+
+/// Runs the routine on the window's own thread, between two of its messages and after all that were posted to it before. Without
+/// effect when the window is gone by then.
+void RunInWindowThread(HWND window, const std::function<void()>& routine);
+/// Comes back when every window has done what it was asked so far, and what it asked of itself because of that.
+void Settle();
 
 /// As a click on a button or a menu item, without waiting for what it does.
 void PostCommand(HWND dialog, int id);
@@ -53,8 +64,17 @@ void SendCommand(HWND dialog, int id);
 /// The control with the keyboard focus of the thread that owns the window.
 HWND FocusOf(HWND window);
 std::wstring TextOf(HWND window);
+std::wstring ClassOf(HWND window);
+/// As screen readers say it.
+std::wstring AccessibleNameOf(HWND window);
+/// As it is spoken: without the mnemonic and the shortcut behind a tab.
+std::wstring WithoutMnemonic(std::wstring text);
+/// In the order of Tab.
+std::vector<HWND> ControlsOf(HWND window);
 std::wstring TextOfItem(HWND dialog, int id);
 int RowCount(HWND list);
+/// These and no other.
+void SelectRows(HWND list, const std::vector<int>& rows);
 std::wstring Cell(HWND list, int row, int column);
 /// The notification that a double click on the cell sends; row -1: below the rows.
 void NotifyDoubleClick(HWND list, int row, int column);

@@ -1,6 +1,12 @@
 // Every window of the program as a text: its controls in their tab order, what they say, and how they follow a larger frame,
 // against golden/<window>.txt. And, light and dark, whether what it says can be read. VANTORA_GOLDEN=write writes the files anew.
 
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <commctrl.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -10,23 +16,20 @@
 #include "platform/handles.h"
 #include "platform/text_encoding.h"
 #include "platform/text_format.h"
-#include "tests/support/main_window_fixture.h"
+#include "res/resource.h"
+#include "tests/support/test_program.h"
 #include "tests/support/theme_recorder.h"
+#include "tests/support/window_driver.h"
 #include "ui/alerts/alert_log_window.h"
 #include "ui/dark/dark_mode.h"
 #include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/exclusions_dialog.h"
 #include "ui/dialogs/update_progress_dialog.h"
+#include "ui/main_window/main_window_thread.h"
 #include "ui/message_box/message_box.h"
 #include "ui/rules/rule_editor.h"
 
 namespace {
-
-std::wstring ClassOf(HWND window) {
-  wchar_t name[64] = L"";
-  ::GetClassNameW(window, name, 64);
-  return name;
-}
 
 void DescribeMenu(HMENU menu, const std::wstring& indent, std::wstring& text) {
   for (int i = 0; i < ::GetMenuItemCount(menu); ++i) {
@@ -68,13 +71,6 @@ RECT RectIn(HWND window, HWND control) {
   return rect;
 }
 
-std::vector<HWND> Controls(HWND window) {
-  std::vector<HWND> controls;
-  for (HWND child = ::GetWindow(window, GW_CHILD); child != nullptr; child = ::GetWindow(child, GW_HWNDNEXT))
-    controls.push_back(child);
-  return controls;
-}
-
 /// In dialog units, which no font changes. Message boxes measure their texts, and a size grip follows the frame.
 std::wstring RectText(HWND window, HWND control, const RECT& rect) {
   RECT unit{0, 0, 400, 800};
@@ -89,7 +85,7 @@ std::wstring Describe(HWND window) {
   std::wstring text = TextOf(window) + L"\n";
   if (HMENU menu = ::GetMenu(window)) DescribeMenu(menu, L"  ", text);
   std::vector<RECT> before;
-  for (HWND control : Controls(window)) before.push_back(RectIn(window, control));
+  for (HWND control : ControlsOf(window)) before.push_back(RectIn(window, control));
   RECT frame{};
   ::GetWindowRect(window, &frame);
   const bool resizable = (::GetWindowLongPtrW(window, GWL_STYLE) & WS_THICKFRAME) != 0;
@@ -98,7 +94,7 @@ std::wstring Describe(HWND window) {
                    SWP_NOMOVE | SWP_NOZORDER);
   ::SendMessageW(window, WM_NULL, 0, 0);
   std::size_t index = 0;
-  for (HWND control : Controls(window)) {
+  for (HWND control : ControlsOf(window)) {
     const auto style = static_cast<DWORD>(::GetWindowLongPtrW(control, GWL_STYLE));
     const RECT now = RectIn(window, control);
     const RECT& was = before[index++];
@@ -133,7 +129,7 @@ std::wstring Describe(HWND window) {
 /// Which control got which theme in the dark, and whether it may be dark.
 std::wstring DescribeThemes(HWND window, const ThemeNotes& notes) {
   std::wstring text = L"dark, title bar " + std::to_wstring(notes.composed.empty() ? -1 : notes.composed.back()) + L":";
-  for (HWND control : Controls(window)) {
+  for (HWND control : ControlsOf(window)) {
     const auto allowed = std::ranges::find(notes.allowed, control, [](const auto& call) { return call.first; });
     text += L" " + std::to_wstring(::GetDlgCtrlID(control)) + L"=" + notes.ThemeOf(control);
     if (allowed == notes.allowed.end()) text += L"(light)";
@@ -152,7 +148,7 @@ double Contrast(COLORREF a, COLORREF b) {
 
 /// What its window answers a control that asks for its colours.
 void ExpectReadable(HWND window, bool dark) {
-  for (HWND control : Controls(window)) {
+  for (HWND control : ControlsOf(window)) {
     const std::wstring name = ClassOf(control);
     const UINT message = name == L"Edit" ? WM_CTLCOLOREDIT : name == L"Button" ? WM_CTLCOLORBTN : WM_CTLCOLORSTATIC;
     const WindowDc dc(nullptr);

@@ -18,11 +18,14 @@
 #include <utility>
 
 #include "res/messages.h"
-#include "tests/support/main_window_fixture.h"
+#include "res/resource.h"
+#include "tests/support/test_program.h"
 #include "tests/support/theme_recorder.h"
+#include "tests/support/window_driver.h"
 #include "ui/alerts/alert_log_window.h"
 #include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/exclusions_dialog.h"
+#include "ui/main_window/main_window_thread.h"
 #include "ui/message_box/message_box.h"
 
 namespace {

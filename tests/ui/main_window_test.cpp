@@ -1,65 +1,43 @@
+// What the main window and the windows that it opens show and do beyond the sessions.
+
 #include <gtest/gtest.h>
 
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
 #include "platform/handles.h"
-#include "res/messages.h"
-#include "storage/settings_registry.h"
-#include "tests/support/main_window_fixture.h"
+#include "platform/text_file.h"
+#include "product_config.h"
+#include "res/resource.h"
+#include "tests/support/diagnostic_lines.h"
+#include "tests/support/test_program.h"
 #include "tests/support/theme_recorder.h"
-#include "ui/framework/anchors.h"
-#include "ui/message_box/message_box_model.h"
+#include "tests/support/window_driver.h"
+#include "ui/alerts/alert_log_window.h"
+#include "ui/dialogs/about_dialog.h"
+#include "ui/main_window/main_window_thread.h"
 
 namespace {
 
-WindowPlacement FrameOf(HWND window) {
-  RECT rect{};
-  ::GetWindowRect(window, &rect);
-  return {rect.left, rect.top, rect.right, rect.bottom};
-}
+class MainWindowTest : public testing::Test, protected TestProgram {};
 
-TEST_F(MainWindowTest, RemovesWhatIsSelectedAfterAYes) {
-  rules.Append({Rule(1, L"a"), Rule(2, L"b"), Rule(3, L"c"), Rule(5, L"d"), Rule(6, L"e"), Rule(5, L"f"), Rule(5, L"g")});
-  Open();
-  SendCommand(Window(), IDC_REMOVE_RULE);  // nothing selected: would not return while it asks
-  const struct {
-    std::initializer_list<int> rows;
-    const wchar_t* question;
-    WORD answer;
-    const wchar_t* left;
-  } cases[] = {
-      {{0, 1, 2}, L"Remove 3 selected rules?", IDNO, L"abcdefg"},
-      {{1}, L"Remove the selected rule?", IDNO, L"abcdefg"},
-      {{1}, L"Remove the selected rule?", IDYES, L"acdefg"},
-      {{0, 1}, L"Remove 2 selected rules?", IDYES, L"defg"},
-      // Of rules that share an id the first ones go.
-      {{2, 3}, L"Remove 2 selected rules?", IDYES, L"eg"},
-  };
-  for (const auto& c : cases) {
-    SelectRows(list, c.rows);
-    HWND box = OpenDialog(IDM_REMOVE_RULE, L"Confirm Remove");
-    EXPECT_EQ(TextOfItem(box, kMessageBoxTextId), c.question);
-    EXPECT_EQ(FocusOf(box), ::GetDlgItem(box, IDNO));
-    Answer(box, c.answer);
-    std::wstring left;
-    for (const ThresholdRule& rule : Rules()) left += rule.processPattern;
-    EXPECT_EQ(left, c.left);
-    EXPECT_EQ(RowCount(list), static_cast<int>(left.size()));
-    ExpectSaved();
-  }
-}
-
-TEST_F(MainWindowTest, DarkModeReachesListsButtonsAndTabs) {
+TEST_F(MainWindowTest, DarkModeReachesListsAndTabs) {
   const ThemeRecorder theme;
-  Open();
+  const WindowThread thread([this] { MainDialogThread(program); });
+  HWND window = thread.WaitForDialog(kMainWindowTitle);
   for (const int id : {IDC_RULE_LIST, IDC_RECENT_ALERTS}) {
-    EXPECT_EQ(::SendMessageW(Item(id), LVM_GETBKCOLOR, 0, 0), LRESULT{0x202020}) << id;
-    EXPECT_EQ(::SendMessageW(Item(id), LVM_GETTEXTBKCOLOR, 0, 0), LRESULT{0x202020}) << id;
-    EXPECT_EQ(::SendMessageW(Item(id), LVM_GETTEXTCOLOR, 0, 0), LRESULT{0xE0E0E0}) << id;
+    EXPECT_EQ(::SendDlgItemMessageW(window, id, LVM_GETBKCOLOR, 0, 0), LRESULT{0x202020}) << id;
+    EXPECT_EQ(::SendDlgItemMessageW(window, id, LVM_GETTEXTBKCOLOR, 0, 0), LRESULT{0x202020}) << id;
+    EXPECT_EQ(::SendDlgItemMessageW(window, id, LVM_GETTEXTCOLOR, 0, 0), LRESULT{0xE0E0E0}) << id;
   }
-  EXPECT_FALSE(::IsWindowVisible(Item(IDC_MAIN_GRIP)));
-  EXPECT_EQ(theme->ThemeOf(Item(IDC_PRESETS)), L"Explorer");
-  EXPECT_EQ(theme->ThemeOf(Item(IDC_LOG_PATH)), L"");
+  EXPECT_FALSE(::IsWindowVisible(::GetDlgItem(window, IDC_MAIN_GRIP)));
 
-  HWND tabs = Item(IDC_TABS);
+  HWND tabs = ::GetDlgItem(window, IDC_TABS);
   RECT second{};
   ::SendMessageW(tabs, TCM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&second));
   ::UpdateWindow(tabs);
@@ -75,75 +53,74 @@ TEST_F(MainWindowTest, DarkModeReachesListsButtonsAndTabs) {
   EXPECT_TRUE(light) << "the tab's text";
 }
 
-TEST_F(MainWindowTest, EveryWayOutKeepsAndEndsWhatItShould) {
-  program.trayWindow = ::CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-  const struct {
-    WORD command;
-    bool keepsPlacement;
-    bool savesSettings;
-    bool endsProgram;
-  } ways[] = {
-      {IDCANCEL, true, false, false}, {IDM_CLOSE, true, false, false}, {IDOK, true, true, false}, {IDM_EXIT, false, false, true}};
-  WindowPlacement first;
-  WindowPlacement kept;
-  for (const auto& way : ways) {
-    SCOPED_TRACE(way.command);
-    Open();
-    if (!kept.HasSize()) first = FrameOf(Window());
-    EXPECT_EQ(FrameOf(Window()), kept.HasSize() ? kept : first);
-    const std::int32_t left = 40 + way.command % 100;
-    const WindowPlacement moved = {left, 50, left + 800 + way.command % 10, 750};
-    ::SetWindowPos(Window(), nullptr, left, 50, moved.right - left, 700, SWP_NOZORDER);
-    ASSERT_TRUE(WaitUntil([&] { return FrameOf(Window()) == moved; }));
-    Close(way.command);
-    EXPECT_EQ(Window(), nullptr);
-    kept = way.keepsPlacement ? moved : kept;
-    EXPECT_EQ(settings.Get().mainDialogPlacement, kept);
-    SettingsStore saved;
-    LoadSettings(saved, engine);
-    EXPECT_EQ(saved.Get().mainDialogPlacement == moved, way.savesSettings);
-    MSG message;
-    EXPECT_EQ(::PeekMessageW(&message, program.trayWindow, UWM_TERMINATE, UWM_TERMINATE, PM_REMOVE) != FALSE, way.endsProgram);
-  }
-  ::DestroyWindow(program.trayWindow);
+TEST_F(MainWindowTest, TwoRequestsAtOnceOpenOneWindow) {
+  const WindowThread first([this] { MainDialogThread(program); });
+  const WindowThread second([this] { MainDialogThread(program); });
+  ASSERT_TRUE(WaitUntil([this] { return program.MainDialogHandle.Get() != nullptr; }));
+  EXPECT_TRUE(WaitUntil([&] { return first.WaitForEnd(0) || second.WaitForEnd(0); })) << "the other request is through";
+  EXPECT_TRUE(WaitUntil([] { return DialogsOfThisProcess().size() == 1; }));
+}
 
-  // A placement that cannot be seen is ignored.
-  for (const WindowPlacement& placement :
-       {WindowPlacement{-32000, -32000, -31840, -31972}, WindowPlacement{9000, 100, 10000, 900},
-        WindowPlacement{100, 100, 100, 900}, WindowPlacement{300, 300, 200, 200}}) {
-    settings.Update([&](AppSettings& all) { all.mainDialogPlacement = placement; });
-    Open();
-    EXPECT_EQ(FrameOf(Window()), first) << placement.left;
-    Close(IDM_EXIT);
+/// Read back as a screen reader does. Where the system refuses names the program has told by a line.
+TEST_F(MainWindowTest, ControlsWithoutAVisibleNameHaveOneForScreenReaders) {
+  const DiagnosticLines lines;
+  const WindowThread thread([this] { MainDialogThread(program); });
+  HWND window = thread.WaitForDialog(kMainWindowTitle);
+  const std::pair<int, std::wstring> names[] = {{IDC_RULE_LIST, L"Rules"},
+                                                {IDC_RECENT_ALERTS, L"Recent alerts"},
+                                                {IDC_LOG_PATH, L"Alert log file"},
+                                                {IDC_LOG_BROWSE, L"Choose the alert log file"},
+                                                {IDC_SOUND_PATH, L"Alert sound file"},
+                                                {IDC_SOUND_BROWSE, L"Choose the alert sound file"}};
+  for (const auto& [id, name] : names) {
+    EXPECT_TRUE(AccessibleNameOf(::GetDlgItem(window, id)) == name ||
+                DiagnosticLines::Has(L"SetAccessibleNames - " + std::to_wstring(id) + L", " + name + L": 80004001"))
+        << id;
   }
 }
 
-TEST_F(MainWindowTest, SecondRequestBringsTheFirstForward) {
-  WindowThread first([this] { MainDialogThread(program); });
-  WindowThread second([this] { MainDialogThread(program); });  // at once, while the first may still be opening
-  ASSERT_TRUE(WaitUntil([this] { return Window() != nullptr && ::IsWindowVisible(Window()); }));
-  HWND window = Window();
-  ::ShowWindow(window, SW_MINIMIZE);
-  ASSERT_TRUE(WaitUntil([window] { return ::IsIconic(window); }));
-  MainDialogThread(program);  // returns at once, with a window open
-  EXPECT_TRUE(WaitUntil([window] { return !::IsIconic(window) && ::GetForegroundWindow() == window; }));
-  EXPECT_EQ(Window(), window);
-  EXPECT_EQ(::FindWindowExW(nullptr, window, nullptr, kMainWindowTitle), nullptr);
-  EXPECT_EQ(::FindWindowW(nullptr, kMainWindowTitle), window);
+TEST_F(MainWindowTest, LogsShowAThousandAlertsClearAndExportWhileMoreArrive) {
+  const auto add = [this](std::uint32_t pid) {
+    recentAlerts.Append({{2026, 3, 4, 5, 9, 7, 3, 0}, pid, L"app.exe", 1, L"Threads: 9 > 8"});
+  };
+  for (std::uint32_t pid = 1; pid <= 1200; ++pid) add(pid);
+  const WindowThread firstThread([this] { AlertLogDialogThread(program); });
+  HWND cleared = firstThread.WaitForDialog(L"Vantora - Alert Log");
+  const WindowThread secondThread([this] { AlertLogDialogThread(program); });
+  HWND other = secondThread.WaitForDialog(L"Vantora - Alert Log");
+  std::atomic<bool> stop{false};
+  std::thread arriving([&] {
+    for (std::uint32_t pid = 5000; !stop; ++pid) {
+      add(pid);
+      if (pid % 50 == 0) ::Sleep(1);
+    }
+  });
+  PostCommand(other, IDC_EXPORT_CSV);
+  AnswerFileDialog(WaitForDialogWith(kFileNameBox), folder.File(L"all.csv"));
+  const auto linesOf = [](const std::wstring& text) { return std::count(text.begin(), text.end(), L'\n'); };
+  EXPECT_TRUE(WaitUntil([&] { return linesOf(ReadTextFile(folder.File(L"all.csv")).value_or(L"")) == 1001; }));
+  SendCommand(cleared, IDC_CLEAR_ALERT_LOG);
+  stop = true;
+  arriving.join();
+  EXPECT_EQ(RowCount(::GetDlgItem(cleared, IDC_ALERT_LIST)), 0);
+  HWND snapshot = ::GetDlgItem(other, IDC_ALERT_LIST);
+  ASSERT_EQ(RowCount(snapshot), 1000);
+  EXPECT_EQ(Cell(snapshot, 0, 1) + L" " + Cell(snapshot, 999, 1), L"201 1200");
 }
 
-TEST_F(MainWindowTest, TheListKeepsItsPlaceWhenARuleIsEdited) {
-  RuleList many;
-  for (std::uint32_t id = 1; id <= 200; ++id) many.push_back(Rule(id, L"a.exe"));
-  rules.Append(many);
-  Open();
-  SelectRows(list, {150});
-  ::SendMessageW(list, LVM_ENSUREVISIBLE, 150, FALSE);
-  const LRESULT top = ::SendMessageW(list, LVM_GETTOPINDEX, 0, 0);
-  Answer(OpenDialog(IDC_EDIT_RULE, kEditorTitle), IDOK);
-  EXPECT_EQ(::SendMessageW(list, LVM_GETTOPINDEX, 0, 0), top);
-  EXPECT_EQ(::SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED), 150);
-  EXPECT_EQ(::SendMessageW(list, LVM_GETSELECTEDCOUNT, 0, 0), 0);
+TEST_F(MainWindowTest, AboutOpensThePageOnlyFromItsLink) {
+  std::vector<std::pair<HWND, std::wstring>> opened;
+  const WindowThread thread([&] {
+    RunAboutDialog(nullptr, program, [&](HWND owner, const wchar_t* address) { opened.emplace_back(owner, address); });
+  });
+  HWND dialog = thread.WaitForDialog(L"About Vantora");
+  ::SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_ABOUT_LINK, STN_DBLCLK), 0);
+  for (const int id : {IDC_ABOUT_NAME, IDC_ABOUT_VERSION, IDC_ABOUT_ICON, IDC_ABOUT_LINK}) {
+    EXPECT_TRUE(opened.empty()) << id;
+    ::SendDlgItemMessageW(dialog, id, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    ::SendDlgItemMessageW(dialog, id, WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
+  }
+  EXPECT_EQ(opened, (decltype(opened){{dialog, L"" VANTORA_PRODUCT_PAGE}}));
 }
 
 }  // namespace
