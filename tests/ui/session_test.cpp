@@ -14,6 +14,7 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <sstream>
@@ -46,6 +47,13 @@ const bool kWriting = std::getenv("VANTORA_GOLDEN") != nullptr;
 constexpr std::size_t kMostRows = 30;
 constexpr std::size_t kMostChars = 200;
 
+template <class... Parts>
+std::wstring Words(const Parts&... parts) {
+  std::wostringstream text;
+  (text << ... << parts);
+  return text.str();
+}
+
 /// Backslash r, n, t, 0 stand for characters, <folder> for the session's own, {300*q} for 300 of them with # as their number.
 std::wstring Unescape(const std::wstring& text, const std::wstring& folder) {
   std::wstring plain;
@@ -73,6 +81,12 @@ std::wstring Unescape(const std::wstring& text, const std::wstring& folder) {
   return plain;
 }
 
+/// The text before and after the first separator; all of it is before where there is none.
+std::pair<std::wstring, std::wstring> Halves(const std::wstring& words, wchar_t separator) {
+  const std::size_t at = std::min(words.find(separator), words.size());
+  return {words.substr(0, at), words.substr(std::min(at + 1, words.size()))};
+}
+
 /// As it stands, with a terminator only when the text holds one; none leaves the clipboard empty.
 void SetClipboard(const std::wstring& text) {
   const ClipboardLock clipboard(nullptr);
@@ -83,6 +97,12 @@ void SetClipboard(const std::wstring& text) {
   text.copy(static_cast<wchar_t*>(::GlobalLock(memory)), text.size());
   ::GlobalUnlock(memory);
   ASSERT_NE(::SetClipboardData(CF_UNICODETEXT, memory), nullptr);
+}
+
+/// What stands in the words as numbers, up to the first that is none.
+std::vector<std::int32_t> Numbers(const std::wstring& words) {
+  std::wistringstream in(words);
+  return {std::istream_iterator<std::int32_t, wchar_t>(in), {}};
 }
 
 class Session : public testing::TestWithParam<const char*>, protected TestProgram {
@@ -109,6 +129,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
 
   [[nodiscard]] HWND Main() const { return program.MainDialogHandle.Get(); }
   [[nodiscard]] HWND Rules() const { return ::GetDlgItem(Main(), IDC_RULE_LIST); }
+  [[nodiscard]] HWND Page() const { return ::GetDlgItem(Main(), IDC_RECENT_ALERTS); }
   [[nodiscard]] HWND Box() const { return ::FindWindowExW(Rules(), nullptr, L"Edit", nullptr); }
 
   /// On one line, short, and the same on every machine.
@@ -126,25 +147,27 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
         text.replace(at, from.size(), to);
     }
     if (text.size() <= kMostChars) return text;
-    return text.substr(0, 30) + L"...(" + std::to_wstring(text.size()) + L")..." + text.substr(text.size() - 30);
+    return Words(text.substr(0, 30), L"...(", text.size(), L")...", text.substr(text.size() - 30));
+  }
+  [[nodiscard]] std::wstring Shown(const WindowPlacement& place) const {
+    if (place == first_) return L"where it first was";
+    return Words(place.left, L" ", place.top, L" ", place.right, L" ", place.bottom);
   }
   void AddRows(HWND list, const std::wstring& name, State& state) const {
-    const int columns = static_cast<int>(
-        ::SendMessageW(reinterpret_cast<HWND>(::SendMessageW(list, LVM_GETHEADER, 0, 0)), HDM_GETITEMCOUNT, 0, 0));
+    HWND header = reinterpret_cast<HWND>(::SendMessageW(list, LVM_GETHEADER, 0, 0));
+    const int columns = static_cast<int>(::SendMessageW(header, HDM_GETITEMCOUNT, 0, 0));
     const int rows = RowCount(list);
-    state[name + L"rows"] = std::to_wstring(rows);
     std::wstring selected;
     for (int row = 0; row < rows; ++row) {
       if (::SendMessageW(list, LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_SELECTED) != 0)
-        selected += L" " + std::to_wstring(row);
+        selected += Words(L", selected ", row);
       if (row >= static_cast<int>(kMostRows) && row != rows - 1) continue;
-      std::wstring& cells = state[name + L"row " + std::to_wstring(row)];
+      std::wstring& cells = state[Words(name, L"row ", row)];
       for (int column = 0; column < columns; ++column) cells += L"|" + Shown(Cell(list, row, column));
     }
-    state[name + L"rows"] += selected.empty() ? L"" : L", selected" + selected;
-    if (const LRESULT focused = ::SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED); focused > 0)
-      state[name + L"rows"] += L", keyboard at " + std::to_wstring(focused);
-    if (::SendMessageW(list, LVM_GETTOPINDEX, 0, 0) > 0) state[name + L"rows"] += L", scrolled";
+    const LRESULT focused = ::SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED);
+    state[name + L"rows"] = Words(rows, selected, focused > 0 ? Words(L", keyboard at ", focused) : L"",
+                                  ::SendMessageW(list, LVM_GETTOPINDEX, 0, 0) > 0 ? L", scrolled" : L"");
   }
   [[nodiscard]] static std::wstring ButtonState(HWND button) {
     const LONG_PTR type = ::GetWindowLongPtrW(button, GWL_STYLE) & BS_TYPEMASK;
@@ -209,52 +232,41 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     std::wstring line;
     std::getline(lines, line);
     for (std::size_t i = 0; std::getline(lines, line); ++i) {
-      if (i < kMostRows || i + 1 == list->size()) state[L"stored rule " + std::to_wstring(i)] = Shown(line);
+      if (i < kMostRows || i + 1 == list->size()) state[Words(L"stored rule ", i)] = Shown(line);
     }
-    state[L"next rule id"] = std::to_wstring(rules.NextRuleId());
+    state[L"next rule id"] = Words(rules.NextRuleId());
     RuleStore saved([] { return std::wstring(); });
     saved.Load(folder.File(L"rules.csv"));
     if (*saved.Snapshot() != *list) state[L"rules file"] = L"differs";
-
-    const AppSettings now = settings.Get();
-    state[L"stored actions"] = std::to_wstring(now.alertActions);
-    state[L"stored throttle"] = std::to_wstring(now.notificationThrottleSec);
-    state[L"stored check interval"] = std::to_wstring(now.updateCheckIntervalHours) + (now.includeBetas ? L" with betas" : L"");
-    state[L"stored log"] = Shown(now.logFilePath);
-    state[L"stored sound"] = Shown(now.soundFilePath);
-    state[L"stored poll interval"] = std::to_wstring(engine.IntervalMs()) + (engine.Paused() ? L" paused" : L"");
-    const ExclusionSnapshot exclusions = engine.Exclusions();
-    std::wstring joined;
-    for (const std::wstring& each : *exclusions) joined += L"|" + each;
-    state[L"stored exclusions"] = std::to_wstring(exclusions->size()) + L" " + Shown(joined);
-    // Whether the next start reads what the program has in memory now.
-    TestProgram next;
-    LoadSettings(next.settings, next.engine);
-    const AppSettings read = next.settings.Get();
-    const auto place = [](const AppSettings& s) { return s.mainDialogPlacement; };
-    AppSettings elsewhere = now;
-    elsewhere.mainDialogPlacement = place(read);
-    if (read != elsewhere || next.engine.IntervalMs() != engine.IntervalMs() || *next.engine.Exclusions() != *exclusions)
-      state[L"settings in the registry"] = L"differ";
-    const auto placeText = [](const WindowPlacement& p) {
-      return std::to_wstring(p.left) + L" " + std::to_wstring(p.top) + L" " + std::to_wstring(p.right) + L" " +
-             std::to_wstring(p.bottom);
-    };
-    state[L"stored place"] = place(now) == first_ ? L"where it first was" : placeText(place(now));
-    state[L"stored place in the registry"] = place(read) == place(now) ? L"the same" : L"another";
-    if (Main() != nullptr && !::IsIconic(Main()))
-      state[L"main / place"] = Frame() == first_ ? L"where it first was" : placeText(Frame());
-
-    DWORD size = 0;
-    if (::RegGetValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", RRF_RT_ANY, nullptr, nullptr, &size) == ERROR_SUCCESS)
-      state[L"starts with Windows"] = L"yes";
-    state[L"recent alerts"] = std::to_wstring(recentAlerts.Size());
+    state[L"recent alerts"] = Words(recentAlerts.Size());
     for (const auto& file : std::filesystem::directory_iterator(folder.File(L""))) {
       const std::wstring name = file.path().filename().wstring();
       if (name != L"rules.csv") state[L"file " + name] = Shown(DecodeUtf8Text(TemporaryFolder::Read(file.path().wstring())));
     }
-    if (installations != 0) state[L"installations"] = std::to_wstring(installations);
-    if (!posts_.empty()) state[L"asked of the tray"] = posts_;
+
+    const AppSettings now = settings.Get();
+    const ExclusionSnapshot exclusions = engine.Exclusions();
+    std::wstring joined;
+    for (const std::wstring& each : *exclusions) joined += L"|" + each;
+    state[L"stored actions"] = Words(now.alertActions);
+    state[L"stored throttle"] = Words(now.notificationThrottleSec);
+    state[L"stored check interval"] = Words(now.updateCheckIntervalHours, now.includeBetas ? L" with betas" : L"");
+    state[L"stored log"] = Shown(now.logFilePath);
+    state[L"stored sound"] = Shown(now.soundFilePath);
+    state[L"stored poll interval"] = Words(engine.IntervalMs(), engine.Paused() ? L" paused" : L"");
+    state[L"stored exclusions"] = Words(exclusions->size(), L" ", Shown(joined));
+    state[L"stored place"] = Shown(now.mainDialogPlacement);
+    if (Main() != nullptr && !::IsIconic(Main())) state[L"main / place"] = Shown(Frame());
+    if (::RegGetValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", RRF_RT_ANY, nullptr, nullptr, nullptr) == ERROR_SUCCESS)
+      state[L"starts with Windows"] = L"yes";
+    // Whether the next start reads what the program has in memory now.
+    TestProgram next;
+    LoadSettings(next.settings, next.engine);
+    AppSettings read = next.settings.Get();
+    state[L"stored place in the registry"] = read.mainDialogPlacement == now.mainDialogPlacement ? L"the same" : L"another";
+    read.mainDialogPlacement = now.mainDialogPlacement;
+    if (read != now || next.engine.IntervalMs() != engine.IntervalMs() || *next.engine.Exclusions() != *exclusions)
+      state[L"settings in the registry"] = L"differ";
   }
   [[nodiscard]] WindowPlacement Frame() const {
     RECT rect{};
@@ -270,8 +282,10 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     }
     MSG message;
     while (::PeekMessageW(&message, program.trayWindow, WM_USER, WM_APP, PM_REMOVE))
-      posts_ += L" " + std::to_wstring(message.message - WM_USER) + L":" + std::to_wstring(message.wParam);
+      posts_ += Words(L" ", message.message - WM_USER, L":", message.wParam);
     AddStores(state);
+    if (!posts_.empty()) state[L"asked of the tray"] = posts_;
+    if (installations != 0) state[L"installations"] = Words(installations.load());
     if (wantsMarks_ && Main() != nullptr && ::IsWindowEnabled(Main())) marks_ = Marks();
     state[L"menus"] = marks_;
     if (!copied_.empty()) state[L"clipboard"] = Shown(copied_);
@@ -309,7 +323,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   }
   void Press(const std::wstring& keyName, bool ctrl) {
     const std::map<std::wstring, WPARAM> names = {
-        {L"Insert", VK_INSERT}, {L"Enter", VK_RETURN}, {L"Delete", VK_DELETE}, {L"Escape", VK_ESCAPE}, {L"F10", VK_F10}};
+        {L"Insert", VK_INSERT}, {L"Enter", VK_RETURN}, {L"Delete", VK_DELETE}, {L"Escape", VK_ESCAPE}};
     HWND focus = FocusOf(Top());
     const auto hold = [&](BYTE state) {
       RunInWindowThread(focus, [state] {
@@ -326,8 +340,8 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   }
   void DoubleClick(const std::vector<int>& cell) {
     if (cell.at(0) < 0) {
-      for (const UINT message : {UINT{WM_LBUTTONDOWN}, UINT{WM_LBUTTONUP}, UINT{WM_LBUTTONDBLCLK}, UINT{WM_LBUTTONUP}})
-        ::PostMessageW(Rules(), message, MK_LBUTTON, MAKELPARAM(100, 130));
+      for (const int message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP})
+        Post(Rules(), message, MK_LBUTTON, MAKELPARAM(100, 130));
       return;
     }
     // All of it between two of the window's messages, as by a mouse: a box that is open has asked for its end when the next
@@ -344,30 +358,113 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     if (!first_.HasSize()) first_ = Frame();
   }
 
-  struct Verb {
-    const wchar_t* name;
-    void (*run)(Session& session, const std::wstring& words);
-  };
-  static const Verb kVerbs[];
+  static void Post(HWND window, int message, WPARAM wParam = 0, LPARAM lParam = 0) {
+    ::PostMessageW(window, static_cast<UINT>(message), wParam, lParam);
+  }
+  void SetText(HWND field, const std::wstring& text) {
+    EXPECT_NE(field, nullptr);
+    ::SendMessageW(field, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  }
+  void AddRule(const std::wstring& csvLine) {
+    ThresholdRule rule;
+    EXPECT_EQ(ParseRulesCsvLine(csvLine, rule), nullptr);
+    rules.Append({rule});
+  }
+  void SetSettings(const std::vector<std::int32_t>& n) {
+    const auto at = [&n](std::size_t i) { return static_cast<std::uint32_t>(n.at(i)); };
+    settings.Update(
+        [&](AppSettings& s) { s = {at(0), at(1), at(2), at(3) != 0, s.logFilePath, s.soundFilePath, s.mainDialogPlacement}; });
+    engine.SetIntervalMs(at(4));
+    SaveSettings(settings, engine);
+  }
+  void OfferUpdate(const std::wstring& version) {
+    updates.SetLatestVersion(version);
+    updates.UpdateAvailableEvent.Signal();
+    Post(Main(), int{UWM_UPDATE_AVAILABLE});
+  }
+  void ClickLink() {
+    NMLINK link{};
+    link.hdr = {::GetDlgItem(Main(), IDC_VERSION_LINK), IDC_VERSION_LINK, static_cast<UINT>(NM_CLICK)};
+    ::SendMessageW(Main(), WM_NOTIFY, IDC_VERSION_LINK, reinterpret_cast<LPARAM>(&link));
+  }
 
   void Do(const std::wstring& step) {
-    const std::size_t blank = step.find(L' ');
-    const std::wstring name = step.substr(0, blank);
-    const std::wstring words = blank == std::wstring::npos ? L"" : Unescape(step.substr(blank + 1), folder.File(L""));
-    const Verb* verb = std::find_if(kVerbs, kVerbs + kVerbCount, [&](const Verb& each) { return each.name == name; });
-    ASSERT_NE(verb, kVerbs + kVerbCount) << "no such step";
+    const auto [name, escaped] = Halves(step, L' ');
+    const std::wstring words = Unescape(escaped, folder.File(L""));
+    const auto [left, right] = Halves(words, L'=');
+    const std::vector<std::int32_t> n = Numbers(words);
+    const auto forEach = [&n](auto action) {
+      for (std::int32_t number = n.at(0); number <= n.at(1); ++number) action(static_cast<std::uint32_t>(number));
+    };
+    const AlertRecord alert{{2026, 3, 4, 5, 9, 7, 3, 0}, 0, L"app.exe", 1, L"Threads: 9 > 8"};
+    const std::map<std::wstring, std::function<void()>> verbs = {
+        // What others do, and what was there before.
+        {L"rule", [&] { AddRule(words); }},
+        {L"rules", [&] { forEach([this](std::uint32_t id) { AddRule(Words(id, L",a", id, L",1")); }); }},
+        {L"forget", [&] { rules.Remove({static_cast<std::uint32_t>(n.at(0))}); }},
+        {L"settings", [&] { SetSettings(n); }},  // actions, throttle, hours between checks, betas, poll interval in ms
+        {L"place",
+         [&] { settings.Update([&n](AppSettings& s) {
+                 s.mainDialogPlacement = {n.at(0), n.at(1), n.at(2), n.at(3)};
+               }); }},
+        {L"exclude", [&] { engine.SetExclusions({words}); }},
+        {L"autostart on", [] { ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", REG_SZ, L"", 2); }},
+        {L"autostart off", [] { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora"); }},
+        {L"alerts",
+         [&] {
+           forEach([&](std::uint32_t pid) { recentAlerts.Append({alert.time, pid, alert.processName, 1, alert.violation}); });
+         }},
+        {L"update", [&] { OfferUpdate(words); }},
+        {L"file", [&] { TemporaryFolder::Write(folder.File(left), EncodeUtf8(right)); }},
+        {L"hold",
+         [&] {
+           held_ = OwnFileHandle(::CreateFileW(folder.File(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+         }},
+        {L"clipboard", [&] { SetClipboard(words); }},
+        {L"copied", [&] { copied_ = ReadClipboardText(nullptr).value_or(L"nothing"); }},
+        {L"stranger",
+         [] {
+           for (HWND dialog : DialogsOfThisProcess()) Post(dialog, WM_INITDIALOG);
+         }},
+        // What the user does.
+        {L"open", [&] { Open(); }},
+        {L"again", [&] { MainDialogThread(program); }},
+        {L"minimise", [&] { ::ShowWindow(Main(), SW_MINIMIZE); }},
+        {L"move", [&] { ::SetWindowPos(Main(), nullptr, n.at(0), n.at(1), n.at(2) - n.at(0), n.at(3) - n.at(1), SWP_NOZORDER); }},
+        {L"close", [&] { Post(Top(), WM_CLOSE); }},
+        {L"look", [] {}},
+        {L"menu", [&] { PostCommand(Main(), MenuItem(::GetMenu(Main()), words)); }},
+        {L"press", [&] { Post(Control(words), BM_CLICK); }},
+        {L"browse", [&] { Post(Control(words, 2), BM_CLICK); }},
+        {L"type", [&] { SetText(Control(left, 1), right); }},
+        {L"focus", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(words, 1)), TRUE); }},
+        {L"link", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(::GetDlgItem(Main(), IDC_VERSION_LINK)), TRUE); }},
+        {L"click", [&] { ClickLink(); }},
+        {L"paste", [&] { Post(FocusOf(Top()), WM_PASTE); }},
+        {L"key", [&] { Press(words, false); }},
+        {L"ctrl", [&] { Press(words, true); }},
+        {L"select", [&] { SelectRows(Rules(), n); }},
+        {L"cell", [&] { DoubleClick(n); }},
+        {L"box", [&] { SetText(e2e::WaitForResult([this] { return Box(); }), words); }},
+        {L"pick", [&] { ChooseMenuItem(Main(), n.at(0)); }},
+        {L"answer", [&] { SetText(::GetDlgItem(Top(), kFileNameBox), words), PostCommand(Top(), IDOK); }},
+        {L"tab", [&] { ::SendDlgItemMessageW(Main(), IDC_TABS, TCM_SETCURFOCUS, static_cast<WPARAM>(n.at(0)), 0); }},
+        {L"rightclick",
+         [&] {
+           for (const int message : {WM_RBUTTONDOWN, WM_RBUTTONUP}) Post(Page(), message, 0, MAKELPARAM(5, 80));
+         }},
+        {L"contextkey", [&] { Post(Page(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(Page()), -1); }},
+    };
+    const std::wstring verb = verbs.contains(step) ? step : name;
+    ASSERT_TRUE(verbs.contains(verb)) << "no such step";
     posts_.clear();
     copied_.clear();
-    wantsMarks_ = name == L"menu" || name == L"look";
-    verb->run(*this, words);
+    wantsMarks_ = verb == L"menu" || verb == L"look";
+    verbs.at(verb)();
     Settle();
-    if (HWND page = ::GetDlgItem(Main(), IDC_RECENT_ALERTS)) {
-      const auto showsTheNewest = [&] {
-        const std::vector<AlertRecord> alerts = recentAlerts.Copy();
-        return Cell(page, 0, 1) == (alerts.empty() ? L"" : std::to_wstring(alerts.back().pid));
-      };
-      EXPECT_TRUE(WaitUntil(showsTheNewest, 3'500)) << "the window looks every two seconds";
-    }
+    const std::vector<AlertRecord> alerts = recentAlerts.Copy();
+    const std::wstring newest = alerts.empty() ? L"" : Words(alerts.back().pid);
+    EXPECT_TRUE(Page() == nullptr || WaitUntil([&] { return Cell(Page(), 0, 1) == newest; }, 3'500)) << "it looks every 2 s";
   }
   /// What differs from the state before. A window that is closed is one change; when it opens again it is compared with its last
   /// state.
@@ -388,7 +485,6 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     return EncodeUtf8(text);
   }
 
-  static const std::size_t kVerbCount;
   std::optional<WindowThread> window_;
   WindowPlacement first_;
   std::wstring posts_;  ///< to the tray window in this step
@@ -397,150 +493,6 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   bool wantsMarks_ = false;
   UniqueHandle held_;
 };
-
-std::vector<int> Numbers(const std::wstring& words) {
-  std::wistringstream in(words);
-  std::vector<int> numbers;
-  for (int number = 0; in >> number;) numbers.push_back(number);
-  return numbers;
-}
-
-/// The text before and after the first separator.
-std::pair<std::wstring, std::wstring> Halves(const std::wstring& words, wchar_t separator) {
-  const std::size_t at = words.find(separator);
-  return {words.substr(0, at), words.substr(at + 1)};
-}
-
-const Session::Verb Session::kVerbs[] = {
-    // What others do, and what was there before.
-    {L"rule",
-     [](Session& s, const std::wstring& words) {
-       ThresholdRule rule;
-       const wchar_t* reason = ParseRulesCsvLine(words, rule);
-       ASSERT_EQ(reason, nullptr) << testing::PrintToString(words) << testing::PrintToString(reason);
-       s.rules.Append({rule});
-     }},
-    {L"rules",  // of the ids from the first to the last
-     [](Session& s, const std::wstring& words) {
-       RuleList many;
-       for (int id = Numbers(words).at(0); id <= Numbers(words).at(1); ++id)
-         many.push_back({.ruleId = static_cast<std::uint32_t>(id), .processPattern = L"a" + std::to_wstring(id)});
-       s.rules.Append(many);
-     }},
-    {L"forget", [](Session& s, const std::wstring& words) { s.rules.Remove({static_cast<std::uint32_t>(std::stoi(words))}); }},
-    {L"settings",
-     [](Session& s, const std::wstring& words) {
-       const auto n = Numbers(words);  // actions, throttle, hours between checks, betas, poll interval in ms
-       const auto at = [&n](std::size_t i) { return static_cast<std::uint32_t>(n.at(i)); };
-       s.engine.SetIntervalMs(at(4));
-       s.settings.Update([&](AppSettings& all) {
-         all = {at(0), at(1), at(2), n.at(3) != 0, all.logFilePath, all.soundFilePath, all.mainDialogPlacement};
-       });
-       SaveSettings(s.settings, s.engine);
-     }},
-    {L"place",
-     [](Session& s, const std::wstring& words) {
-       const auto n = Numbers(words);
-       s.settings.Update([&n](AppSettings& all) { all.mainDialogPlacement = {n.at(0), n.at(1), n.at(2), n.at(3)}; });
-     }},
-    {L"exclude", [](Session& s, const std::wstring& words) { s.engine.SetExclusions({words}); }},
-    {L"autostart",
-     [](Session&, const std::wstring& words) {
-       if (words == L"on") ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", REG_SZ, L"", 2);
-       if (words == L"off") ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora");
-     }},
-    {L"alerts",
-     [](Session& s, const std::wstring& words) {
-       for (int pid = Numbers(words).at(0); pid <= Numbers(words).at(1); ++pid)
-         s.recentAlerts.Append({{2026, 3, 4, 5, 9, 7, 3, 0}, static_cast<std::uint32_t>(pid), L"app.exe", 1, L"Threads: 9 > 8"});
-     }},
-    {L"update",
-     [](Session& s, const std::wstring& words) {
-       s.updates.SetLatestVersion(words);
-       s.updates.UpdateAvailableEvent.Signal();
-       ::PostMessageW(s.Main(), UWM_UPDATE_AVAILABLE, 0, 0);
-     }},
-    {L"file",
-     [](Session& s, const std::wstring& words) {
-       const auto [name, text] = Halves(words, L'=');
-       TemporaryFolder::Write(s.folder.File(name), EncodeUtf8(text));
-     }},
-    {L"hold",
-     [](Session& s, const std::wstring& words) {
-       s.held_ = OwnFileHandle(::CreateFileW(s.folder.File(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-       ASSERT_TRUE(s.held_);
-     }},
-    {L"clipboard", [](Session&, const std::wstring& words) { SetClipboard(words); }},
-    {L"copied", [](Session& s, const std::wstring&) { s.copied_ = ReadClipboardText(nullptr).value_or(L"nothing"); }},
-    {L"stranger",  // posts what only the system may send
-     [](Session&, const std::wstring&) {
-       for (HWND dialog : DialogsOfThisProcess()) ::PostMessageW(dialog, WM_INITDIALOG, 0, 0);
-     }},
-    // What the user does.
-    {L"open", [](Session& s, const std::wstring&) { s.Open(); }},
-    {L"again", [](Session& s, const std::wstring&) { MainDialogThread(s.program); }},
-    {L"minimise", [](Session& s, const std::wstring&) { ::ShowWindow(s.Main(), SW_MINIMIZE); }},
-    {L"move",
-     [](Session& s, const std::wstring& words) {
-       const auto n = Numbers(words);
-       ::SetWindowPos(s.Main(), nullptr, n.at(0), n.at(1), n.at(2) - n.at(0), n.at(3) - n.at(1), SWP_NOZORDER);
-     }},
-    {L"close", [](Session& s, const std::wstring&) { ::PostMessageW(s.Top(), WM_CLOSE, 0, 0); }},
-    {L"look", [](Session&, const std::wstring&) {}},
-    {L"menu",
-     [](Session& s, const std::wstring& words) {
-       const int id = s.MenuItem(::GetMenu(s.Main()), words);
-       ASSERT_NE(id, 0) << "no such item";
-       PostCommand(s.Main(), id);
-     }},
-    {L"press", [](Session& s, const std::wstring& words) { ::PostMessageW(s.Control(words), BM_CLICK, 0, 0); }},
-    {L"browse", [](Session& s, const std::wstring& words) { ::PostMessageW(s.Control(words, 2), BM_CLICK, 0, 0); }},
-    {L"type",
-     [](Session& s, const std::wstring& words) {
-       const auto [label, text] = Halves(words, L'=');
-       ::SendMessageW(s.Control(label, 1), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
-     }},
-    {L"focus",
-     [](Session& s, const std::wstring& words) {
-       HWND control = words == L"link" ? ::GetDlgItem(s.Main(), IDC_VERSION_LINK) : s.Control(words, 1);
-       ::PostMessageW(s.Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control), TRUE);
-     }},
-    {L"paste", [](Session& s, const std::wstring&) { ::PostMessageW(FocusOf(s.Top()), WM_PASTE, 0, 0); }},
-    {L"key", [](Session& s, const std::wstring& words) { s.Press(words, false); }},
-    {L"ctrl", [](Session& s, const std::wstring& words) { s.Press(words, true); }},
-    {L"select", [](Session& s, const std::wstring& words) { SelectRows(s.Rules(), Numbers(words)); }},
-    {L"cell", [](Session& s, const std::wstring& words) { s.DoubleClick(Numbers(words)); }},
-    {L"box",
-     [](Session& s, const std::wstring& words) {
-       ASSERT_TRUE(WaitUntil([&s] { return s.Box() != nullptr; }));
-       ::SetWindowTextW(s.Box(), words.c_str());
-     }},
-    {L"pick", [](Session& s, const std::wstring& words) { ChooseMenuItem(s.Main(), std::stoi(words)); }},
-    {L"answer",
-     [](Session& s, const std::wstring& words) {
-       ::SendMessageW(::GetDlgItem(s.Top(), kFileNameBox), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(words.c_str()));
-       PostCommand(s.Top(), IDOK);
-     }},
-    {L"tab", [](Session& s, const std::wstring& words) { ::SendDlgItemMessageW(s.Main(), IDC_TABS, TCM_SETCURFOCUS, std::stoul(words), 0); }},
-    {L"rightclick",
-     [](Session& s, const std::wstring&) {
-       HWND page = ::GetDlgItem(s.Main(), IDC_RECENT_ALERTS);
-       ::PostMessageW(page, WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(5, 80));
-       ::PostMessageW(page, WM_RBUTTONUP, 0, MAKELPARAM(5, 80));
-     }},
-    {L"contextkey",
-     [](Session& s, const std::wstring&) {
-       HWND page = ::GetDlgItem(s.Main(), IDC_RECENT_ALERTS);
-       ::PostMessageW(page, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(page), -1);
-     }},
-    {L"click",
-     [](Session& s, const std::wstring&) {
-       NMLINK link{};
-       link.hdr = {::GetDlgItem(s.Main(), IDC_VERSION_LINK), IDC_VERSION_LINK, static_cast<UINT>(NM_CLICK)};
-       ::SendMessageW(s.Main(), WM_NOTIFY, IDC_VERSION_LINK, reinterpret_cast<LPARAM>(&link));
-     }},
-};
-const std::size_t Session::kVerbCount = std::size(kVerbs);
 
 TEST_P(Session, GoesAsWritten) {
   const std::string path = std::string(VANTORA_GOLDEN_FOLDER) + "/sessions/" + GetParam() + ".txt";
