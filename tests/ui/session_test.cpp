@@ -391,7 +391,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   void Do(const std::wstring& step) {
     const auto [name, escaped] = Halves(step, L' ');
     const std::wstring words = Unescape(escaped, folder.File(L""));
-    const auto [left, right] = Halves(words, L'=');
+    const std::pair halves = Halves(words, L'=');  // no structured binding: clang 14 cannot capture those
     const std::vector<std::int32_t> n = Numbers(words);
     const auto forEach = [&n](auto action) {
       for (std::int32_t number = n.at(0); number <= n.at(1); ++number) action(static_cast<std::uint32_t>(number));
@@ -415,7 +415,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
            forEach([&](std::uint32_t pid) { recentAlerts.Append({alert.time, pid, alert.processName, 1, alert.violation}); });
          }},
         {L"update", [&] { OfferUpdate(words); }},
-        {L"file", [&] { TemporaryFolder::Write(folder.File(left), EncodeUtf8(right)); }},
+        {L"file", [&] { TemporaryFolder::Write(folder.File(halves.first), EncodeUtf8(halves.second)); }},
         {L"hold",
          [&] {
            held_ = OwnFileHandle(::CreateFileW(folder.File(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
@@ -436,7 +436,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
         {L"menu", [&] { PostCommand(Main(), MenuItem(::GetMenu(Main()), words)); }},
         {L"press", [&] { Post(Control(words), BM_CLICK); }},
         {L"browse", [&] { Post(Control(words, 2), BM_CLICK); }},
-        {L"type", [&] { SetText(Control(left, 1), right); }},
+        {L"type", [&] { SetText(Control(halves.first, 1), halves.second); }},
         {L"focus", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(words, 1)), TRUE); }},
         {L"link", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(::GetDlgItem(Main(), IDC_VERSION_LINK)), TRUE); }},
         {L"click", [&] { ClickLink(); }},
