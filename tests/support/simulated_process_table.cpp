@@ -40,10 +40,10 @@ bool SimulatedProcessTable::ListProcesses(std::vector<ProcessEntry>& entries, st
   return !entries.empty();
 }
 
-bool SimulatedProcessTable::ReadCounters(const ProcessEntry& entry, std::uint32_t, ProcessMetrics& metrics) {
+bool SimulatedProcessTable::ReadCounters(const ProcessEntry& entry, std::uint32_t wanted, ProcessMetrics& metrics) {
   const SimulatedProcess* process = Find(entry.pid);
   if (process == nullptr || process->access == SimulatedProcess::Access::kNone) return false;
-  opened_.push_back(entry.pid);
+  opened_.emplace_back(entry.pid, wanted);
   const auto works = [process](SimulatedProcess::Counter counter) { return (process->failing & counter) == 0; };
   if (works(SimulatedProcess::kHandles)) metrics.handles = process->handles;
   if (works(SimulatedProcess::kMemory)) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/process_sampler.h"
@@ -48,8 +49,8 @@ class SimulatedProcessTable final : public ProcessSampler {
   void FailLists(std::uint32_t error) { listError_ = error; }
 
   [[nodiscard]] std::size_t ListCount() const { return listCount_; }
-  /// The process IDs opened since the last list, in that order; refusals are not among them.
-  [[nodiscard]] const std::vector<std::uint32_t>& Opened() const { return opened_; }
+  /// The process IDs opened since the last list, each with the counters that were wanted; refusals are not among them.
+  [[nodiscard]] const std::vector<std::pair<std::uint32_t, std::uint32_t>>& Opened() const { return opened_; }
 
   bool ListProcesses(std::vector<ProcessEntry>& entries, std::uint32_t& error) override;
   bool ReadCounters(const ProcessEntry& entry, std::uint32_t wanted, ProcessMetrics& metrics) override;
@@ -57,7 +58,7 @@ class SimulatedProcessTable final : public ProcessSampler {
  private:
   std::vector<SimulatedProcess> processes_;
   std::size_t lastFound_ = 0;
-  std::vector<std::uint32_t> opened_;
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> opened_;
   std::size_t listCount_ = 0;
   std::uint32_t listError_ = 0;
 };
