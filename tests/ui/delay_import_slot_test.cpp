@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -20,7 +22,7 @@ std::vector<std::byte> MakeImage() {
   constexpr std::uint32_t kByOrdinal = 0x80000000;  // the upper half of an import's name
   const std::pair<std::size_t, std::uint32_t> kValues[] = {
       {0, 0x5A4D},     {0x3C, 0x80},        {0x80, 0x4550},                       // headers
-      {0x98, 0x20B},   {0x104, 16},         {0x170, 0x200}, {0x174, 3 * 32},      // directory of late imports
+      {0x98, 0x20B},   {0x104, 14},         {0x170, 0x200}, {0x174, 2 * 32},      // directory of late imports, the last one
       {0x200, 1},      {0x204, 0x280},      {0x20C, 0x2C0}, {0x210, 0x2D0},       // the other library
       {0x220, 1},      {0x224, 0x2A0},      {0x22C, 0x340}, {0x230, 0x300},       // the theme library
       {0x2D0, 49},     {0x2D4, kByOrdinal},                                       // the other's names
@@ -34,18 +36,13 @@ std::vector<std::byte> MakeImage() {
   return image;
 }
 
-TEST(DelayImportSlot, FindsTheOrdinalOfTheNamedLibrary) {
-  const auto image = MakeImage();
-  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme.dll", 49), kSlot);
-  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme.dll", 47), kSlot - 8);
-  EXPECT_EQ(FindDelayImportSlot(image, "other.dll", 49), 0x2C0u);
-  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme.dll", 48), 0u);
-  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme", 49), 0u);
-  EXPECT_EQ(FindDelayImportSlot(image, "uxtheme.dll", 0x2000), 0u);  // the hint of an import by name
-}
-
-TEST(DelayImportSlot, NoDamageLeadsOutside) {
+TEST(DelayImportSlot, IsFoundByLibraryAndOrdinalAndNoDamageLeadsOutside) {
   const auto whole = MakeImage();
+  const std::tuple<std::string_view, std::uint16_t, std::size_t> cases[] = {
+      {"uxtheme.dll", 49, kSlot}, {"uxtheme.dll", 47, kSlot - 8}, {"other.dll", 49, 0x2C0}, {"uxtheme.dll", 48, 0},
+      {"uxtheme", 49, 0},         {"uxtheme.dll", 0x2000, 0}};  // the hint of an import by name
+  for (const auto& [library, ordinal, slot] : cases) EXPECT_EQ(FindDelayImportSlot(whole, library, ordinal), slot) << ordinal;
+
   const auto expectInside = [](const std::vector<std::byte>& image, std::size_t at, std::uint32_t value) {
     const std::size_t slot = FindDelayImportSlot(image, "uxtheme.dll", 49);
     EXPECT_TRUE(slot == 0 || slot + 8 <= image.size()) << image.size() << " bytes, " << value << " at " << at;
