@@ -29,13 +29,13 @@ class MonitorEngineTest : public testing::Test {
 };
 
 TEST_F(MonitorEngineTest, AlertCarriesTheProcessTheRuleAndTheLocalTime) {
-  table->Put(MakeProcess(77, L"busy.exe", 11));
+  table->Put(MakeProcess(77, L"busy\n.exe", 11));
   engine.RunCycle();
   EXPECT_EQ(table->ListCount(), 0u) << "nothing is listed without rules";
   rules.Set({ThreadRule(9, 10)});
   engine.RunCycle();
-  EXPECT_EQ(sink.Take(), (std::vector<AlertRecord>{{clock.Now(), 77, L"busy.exe", 9, L"Threads: 11 > 10"}}));
-  const Texts line = {L"ALERT: PID 77 (busy.exe) Rule 9: Threads: 11 > 10"};
+  EXPECT_EQ(sink.Take(), (std::vector<AlertRecord>{{clock.Now(), 77, L"busy?.exe", 9, L"Threads: 11 > 10"}}));
+  const Texts line = {L"ALERT: PID 77 (busy?.exe) Rule 9: Threads: 11 > 10"};
   EXPECT_EQ(DiagnosticLines::Take(), line);
   engine.SetSink(nullptr);
   engine.RunCycle();

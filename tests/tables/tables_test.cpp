@@ -253,7 +253,6 @@ class CpuFigures {
   CpuFigures() {
     engine_.SetRules(&rules_);
     engine_.SetSink(&sink_);
-    table_->Put(MakeProcess(8, L"other.exe", 1));
   }
   std::wstring operator()(const std::wstring& words) {
     constexpr std::uint64_t kSecond = 10'000'000;
@@ -263,6 +262,9 @@ class CpuFigures {
     const auto kernel = Next<std::uint64_t>(in);
     table_->Put(MakeProcess(9, L"busy.exe", 1, {created, kernel * kSecond, Next<std::uint64_t>(in) * kSecond}));
     if (words.ends_with(L"gone")) table_->Remove(9);
+    const bool both = words.ends_with(L"beside another");
+    table_->Put(MakeProcess(8, L"other.exe", 1, {1, both ? kSecond : 0, 0}));
+    if (words.ends_with(L"alone")) table_->Remove(8);
     table_->FailLists(words.ends_with(L"fails") ? 8 : 0);
     engine_.RunCycle();
     Texts violations;
