@@ -131,14 +131,14 @@ bool RuleStore::SaveAndClose(const std::wstring& path) {
 
 void RuleStore::Append(const RuleList& rules) {
   if (rules.empty()) return;
-  (void)Change([&](RuleList& list, std::uint32_t&) {
+  (void)Change([&](RuleList& list) {
     list.insert(list.end(), rules.begin(), rules.end());
     return true;
   });
 }
 
 bool RuleStore::Edit(std::uint32_t ruleId, const std::function<void(ThresholdRule&)>& edit) {
-  return Change([&](RuleList& list, std::uint32_t&) {
+  return Change([&](RuleList& list) {
     const auto rule = std::ranges::find(list, ruleId, &ThresholdRule::ruleId);
     if (rule == list.end()) return false;
     edit(*rule);
@@ -147,7 +147,7 @@ bool RuleStore::Edit(std::uint32_t ruleId, const std::function<void(ThresholdRul
 }
 
 void RuleStore::Remove(const std::vector<std::uint32_t>& ruleIds) {
-  (void)Change([&](RuleList& list, std::uint32_t&) {
+  (void)Change([&](RuleList& list) {
     const std::size_t before = list.size();
     for (const std::uint32_t ruleId : ruleIds) {
       const auto rule = std::ranges::find(list, ruleId, &ThresholdRule::ruleId);
@@ -158,7 +158,7 @@ void RuleStore::Remove(const std::vector<std::uint32_t>& ruleIds) {
 }
 
 void RuleStore::RemoveAll() {
-  (void)Change([](RuleList& list, std::uint32_t&) {
+  (void)Change([](RuleList& list) {
     list.clear();
     return true;
   });
@@ -188,23 +188,21 @@ bool RuleStore::ImportJsonString(const std::wstring& text) {
 }
 
 bool RuleStore::AppendImported(RuleList imported) {
-  return Change([&](RuleList& list, std::uint32_t& nextRuleId) {
-    RuleIdSource ids(list, nextRuleId);
+  return Change([&](RuleList& list) {
+    RuleIdSource ids(list, NextRuleId());
     for (ThresholdRule& rule : imported) rule.ruleId = ids.Take();
-    nextRuleId = ids.Next();
     list.insert(list.end(), std::make_move_iterator(imported.begin()), std::make_move_iterator(imported.end()));
     DebugLog(L"RuleStore::ImportJsonString - Imported %u rules", CountOf(imported));
     return true;
   });
 }
 
-bool RuleStore::Change(const std::function<bool(RuleList&, std::uint32_t& nextRuleId)>& edit) {
+bool RuleStore::Change(const std::function<bool(RuleList&)>& edit) {
   std::lock_guard writer(writers_);
   if (closed_) return false;
   RuleList list = *Snapshot();
-  std::uint32_t nextRuleId = NextRuleId();
-  if (!edit(list, nextRuleId)) return false;
-  nextRuleId = RuleIdSource(list, nextRuleId).Next();
+  if (!edit(list)) return false;
+  const std::uint32_t nextRuleId = RuleIdSource(list, NextRuleId()).Next();
   // Saved before it is published, and under the writers' mutex alone: readers go on with the old list meanwhile.
   const auto changed = std::make_shared<const RuleList>(std::move(list));
   changed_ = true;

@@ -49,7 +49,7 @@ class RuleStore : public RuleSource {
  private:
   bool AppendImported(RuleList imported);
   /// Runs `edit` on a copy of the list; when it returns true the copy is saved and published.
-  bool Change(const std::function<bool(RuleList&, std::uint32_t& nextRuleId)>& edit);
+  bool Change(const std::function<bool(RuleList&)>& edit);
   void Publish(RuleSnapshot list, std::uint32_t nextRuleId);
 
   std::function<std::wstring()> rulesFilePath_;
