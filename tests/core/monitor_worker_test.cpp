@@ -1,93 +1,63 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <latch>
 #include <new>
+#include <thread>
 
 #include "core/monitor_engine.h"
 #include "tests/support/monitor_doubles.h"
 
 namespace {
 
-constexpr std::uint32_t kLongMs = 30'000;
-
-struct TestEvent : Event {
-  TestEvent() {
-    std::uint32_t error = 0;
-    EXPECT_TRUE(Create(Reset::kManual, error));
-  }
-};
-
-/// Where the worker says that it has come, and waits until it may go on.
-struct Barrier {
-  void Pass() {
-    reached.Signal();
-    (void)goOn.Wait(kLongMs);
-  }
-  TestEvent reached;
-  TestEvent goOn;
-};
-
 /// A machine with two processes that break the rule, and whose lists do what a test wants before they are given.
-class TroubledSampler final : public ProcessSampler {
- public:
-  explicit TroubledSampler(std::function<void(std::size_t)> beforeList, std::shared_ptr<Event> destroyed = nullptr)
-      : beforeList_(std::move(beforeList)), destroyed_(std::move(destroyed)) {
-    for (const std::uint32_t pid : {10u, 11u}) table_.Put(MakeProcess(pid, L"busy.exe", 5));
-  }
-  ~TroubledSampler() override {
-    if (destroyed_ != nullptr) destroyed_->Signal();
+struct TroubledMachine final : SimulatedProcessTable {
+  explicit TroubledMachine(std::function<void(std::size_t)> change) : beforeList(std::move(change)) {
+    for (const std::uint32_t pid : {10U, 11U}) Put(MakeProcess(pid, L"busy.exe", 5));
   }
   bool ListProcesses(std::vector<ProcessEntry>& entries, std::uint32_t& error) override {
-    const bool listed = table_.ListProcesses(entries, error);
-    beforeList_(table_.ListCount());
+    const bool listed = SimulatedProcessTable::ListProcesses(entries, error);
+    beforeList(ListCount());
     return listed;
   }
-  bool ReadCounters(const ProcessEntry& entry, std::uint32_t wanted, ProcessMetrics& metrics) override {
-    return table_.ReadCounters(entry, wanted, metrics);
-  }
-  [[nodiscard]] std::size_t ListCount() const { return table_.ListCount(); }
-
- private:
-  SimulatedProcessTable table_;
-  std::function<void(std::size_t)> beforeList_;
-  std::shared_ptr<Event> destroyed_;
+  const std::function<void(std::size_t)> beforeList;
 };
 
 TEST(MonitorWorker, WaitsBeforeTheFirstCycleObeysIntervalAndPauseAndSurvivesACycleWithoutMemory) {
   const DiagnosticLines lines;
-  const auto sampler = std::make_shared<TroubledSampler>([](std::size_t list) {
+  const auto machine = std::make_shared<TroubledMachine>([](std::size_t list) {
     if (list == 4) throw std::bad_alloc();
   });
   FakeClock clock;
   const FakeRules rules({ThreadRule(1, 1)});
   RecordingSink sink;
-  MonitorEngine engine(sampler, clock, 1);
+  MonitorEngine engine(machine, clock, 1);
   engine.SetRules(&rules);
   engine.SetSink(&sink);
-  TestEvent scriptDone;
+  std::latch scriptDone(1);
   std::vector<std::uint32_t> timeouts;
   std::vector<std::size_t> lists;
   clock.onWait = [&](Event& event, std::uint32_t timeoutMs) {
     timeouts.push_back(timeoutMs);
-    lists.push_back(sampler->ListCount());
+    lists.push_back(machine->ListCount());
     if (lists.size() == 2) engine.SetIntervalMs(1000);
     if (lists.size() == 3) engine.SetPaused(true);
     if (lists.size() == 5) engine.SetPaused(false);
     if (lists.size() < 8) return WaitResult::kTimedOut;
-    scriptDone.Signal();
-    return event.Wait(kLongMs);
+    scriptDone.count_down();
+    return event.Wait(30'000);
   };
   engine.Start();
   engine.Start();
-  ASSERT_EQ(scriptDone.Wait(kLongMs), WaitResult::kSignaled);
-  EXPECT_EQ(engine.CooldownCount(), 2u);
+  scriptDone.wait();
+  EXPECT_EQ(engine.CooldownCount(), 2U);
   engine.Stop();
   engine.Stop();
-  EXPECT_EQ(engine.CooldownCount(), 0u);
+  EXPECT_EQ(engine.CooldownCount(), 0U);
 
   EXPECT_EQ(timeouts, (std::vector<std::uint32_t>{30'000, 30'000, 1000, 1000, 1000, 1000, 1000, 1000}));
   EXPECT_EQ(lists, (std::vector<std::size_t>{0, 1, 2, 2, 2, 3, 4, 5}));
-  EXPECT_EQ(sink.Take().size(), 8u) << "two in each cycle but the fourth";
+  EXPECT_EQ(sink.Take().size(), 8U) << "two in each cycle but the fourth";
   const Texts seen = DiagnosticLines::Take();
   EXPECT_EQ(std::count(seen.begin(), seen.end(), L"MonitorEngine::Start - Already running"), 1);
   EXPECT_EQ(std::count(seen.begin(), seen.end(), L"MonitorEngine::Stop - Stopped"), 2);
@@ -97,11 +67,12 @@ TEST(MonitorWorker, WaitsBeforeTheFirstCycleObeysIntervalAndPauseAndSurvivesACyc
 // comes back.
 TEST(MonitorWorker, StuckAtStopItAlertsNobodyLater) {
   struct StickySink final : IAlertSink {
+    explicit StickySink(std::function<void()> held) : hold(std::move(held)) {}
     void OnAlert(const AlertRecord&) override {
       ++calls;
-      barrier->Pass();
+      hold();
     }
-    std::shared_ptr<Barrier> barrier;
+    const std::function<void()> hold;
     std::atomic<int> calls{0};
   };
   for (const bool inSink : {false, true}) {
@@ -109,25 +80,29 @@ TEST(MonitorWorker, StuckAtStopItAlertsNobodyLater) {
     const DiagnosticLines lines;
     FakeClock clock;
     auto rules = std::make_unique<FakeRules>(RuleList{ThreadRule(1, 1)});
-    const auto barrier = std::make_shared<Barrier>();
-    const auto destroyed = std::make_shared<TestEvent>();
-    auto sink = std::make_unique<StickySink>();
-    sink->barrier = barrier;
-    const auto beforeList = [inSink, barrier](std::size_t) {
-      if (!inSink) barrier->Pass();
+    std::latch reached(1);
+    std::latch goOn(1);
+    const auto stick = [&] {
+      reached.count_down();
+      goOn.wait();
     };
-    auto engine = std::make_unique<MonitorEngine>(std::make_shared<TroubledSampler>(beforeList, destroyed), clock, 1);
+    auto sink = std::make_unique<StickySink>(stick);
+    auto machine = std::make_shared<TroubledMachine>([inSink, stick](std::size_t) {
+      if (!inSink) stick();
+    });
+    const std::weak_ptr<TroubledMachine> watched = machine;
+    auto engine = std::make_unique<MonitorEngine>(std::move(machine), clock, 1);
     engine->SetRules(rules.get());
     engine->SetSink(sink.get());
     engine->Start();
-    ASSERT_EQ(barrier->reached.Wait(kLongMs), WaitResult::kSignaled);
+    reached.wait();
     engine->Stop(20);
     engine.reset();
     rules.reset();
     EXPECT_EQ(sink->calls, inSink ? 1 : 0);
     if (!inSink) sink.reset();
-    barrier->goOn.Signal();
-    ASSERT_EQ(destroyed->Wait(kLongMs), WaitResult::kSignaled) << "the worker has not let go of its state";
+    goOn.count_down();
+    while (!watched.expired()) std::this_thread::yield();  // until the worker lets go of its state
     EXPECT_TRUE(!inSink || sink->calls == 1);
   }
 }

@@ -37,7 +37,7 @@ struct SimulatedProcess {
 };
 
 /// One thread at a time.
-class SimulatedProcessTable final : public ProcessSampler {
+class SimulatedProcessTable : public ProcessSampler {
  public:
   /// Appends the process, or puts it in the place of the one that has its process ID.
   void Put(SimulatedProcess process);
