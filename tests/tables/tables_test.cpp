@@ -10,6 +10,7 @@
 #include <map>
 #include <regex>
 #include <sstream>
+#include <thread>
 
 #include "app/command_line.h"
 #include "core/alert_delivery.h"
@@ -36,9 +37,14 @@
 #include "update/version.h"
 
 #ifdef _WIN32
+#include "platform/handles.h"
 #include "storage/settings_registry.h"
 #include "tests/support/profile.h"
 #include "update/update_check.h"
+#else
+#include <sys/resource.h>
+
+#include <csignal>
 #endif
 
 namespace {
@@ -184,6 +190,29 @@ class StoreSteps {
         {L"import", [&] { return YesNo(store_->ImportJson(Path(words))); }},
         {L"json", [&] { return YesNo(store_->ImportJsonString(words)); }},
         {L"close", [&] { return YesNo(store_->SaveAndClose(Path(words))); }},
+        {L"line", [&] { return YesNo(AppendTextFile(Path(words), L"line\n") == WriteResult::kWritten); }},
+        {L"read", [&] { return DecodeUtf8Text(ThrowawayFolder::Read(Path(words))); }},
+#ifdef _WIN32
+        // Another program opens the file with this access and sharing, and closes it after so many milliseconds.
+        {L"held",
+         [&] {
+           const auto access = Next<DWORD>(numbers);
+           const auto sharing = Next<DWORD>(numbers);
+           const auto ms = Next<DWORD>(numbers);
+           UniqueHandle handle = OwnFileHandle(
+               ::CreateFileW(Path(L"rules.csv").c_str(), access << 30, sharing, nullptr, OPEN_EXISTING, 0, nullptr));
+           const bool opened = handle != nullptr;
+           holder_ = std::jthread([handle = std::move(handle), ms](const std::stop_token& end) {
+             for (DWORD waited = 0; waited < ms && !end.stop_requested(); waited += 10) ::Sleep(10);
+           });
+           return YesNo(opened);
+         }},
+        {L"free", [&] { return holder_ = std::jthread(), L"done"; }},
+#else
+        // The disk has no room for a longer file, and has again.
+        {L"full", [&] { return LimitFiles(ThrowawayFolder::Read(Path(L"rules.csv")).size()), L"done"; }},
+        {L"free", [&] { return LimitFiles(RLIM_INFINITY), L"done"; }},
+#endif
     };
     const std::wstring answer = verbs.at(step.substr(0, blank))();
     std::wstring rules;
@@ -197,6 +226,16 @@ class StoreSteps {
 
  private:
   [[nodiscard]] std::wstring Path(const std::wstring& name) const { return folder_.Path(EncodeUtf8(name)); }
+
+#ifdef _WIN32
+  std::jthread holder_;
+#else
+  static void LimitFiles(rlim_t bytes) {
+    ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit = {bytes, RLIM_INFINITY};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+#endif
 
   ThrowawayFolder folder_;
   std::unique_ptr<RuleStore> store_;
