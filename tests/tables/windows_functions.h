@@ -1,0 +1,95 @@
+#pragma once
+
+// What the system's registry, Task Scheduler and code page have to do with. Windows only.
+
+#include <gtest/gtest.h>
+
+#include "autostart/executable_path.h"
+#include "autostart/logon_task.h"
+#include "autostart/run_value.h"
+#include "core/monitor_engine.h"
+#include "storage/settings_registry.h"
+#include "tests/support/fake_http_client.h"
+#include "tests/support/fake_task_scheduler.h"
+#include "tests/support/limited_memory.h"
+#include "tests/support/profile.h"
+#include "tests/tables/table_text.h"
+#include "update/update_check.h"
+#include "update/version.h"
+
+inline std::wstring AskedVersion(const std::wstring& words) {
+  FakeHttpClient http;
+  http.brokenAt = std::stoul(words);
+  http.body = Bytes(words.substr(words.find(L' ') + 1));
+  const LimitedMemory limited(1'200'000);
+  const std::wstring latest = AskForLatestVersion(http, true);
+  return latest == AppVersionDisplay ? L"own" : latest;
+}
+
+/// "name type width data" of a value in the registry; each character of the data takes `width` bytes.
+inline std::wstring LoadedSetting(const std::wstring& words) {
+  std::wistringstream in(words);
+  std::wstring name;
+  in >> name;
+  const auto type = Next<DWORD>(in);
+  const auto width = Next<std::size_t>(in);
+  std::string bytes;
+  for (const wchar_t c : words.substr(static_cast<std::size_t>(in.tellg()) + 1))
+    (bytes += static_cast<char>(c)).resize(bytes.size() + width - 1);
+  const e2e::Profile profile;
+  profile.Set(e2e::kSettings, name.c_str(), {type, {bytes.begin(), bytes.end()}});
+  SettingsStore settings;
+  settings.Update([](AppSettings& current) {
+    current.logFilePath = L"log";
+    current.soundFilePath = L"sound";
+    current.mainDialogPlacement = {1, 2, 3, 4};
+  });
+  const AppSettings before = settings.Get();
+  MonitorEngine engine{nullptr, SystemClock(), 1};
+  engine.SetExclusions({L"kept"});
+  LoadSettings(settings, engine);
+  return (settings.Get() == before ? L"" : L"changed ") + Join(*engine.Exclusions());
+}
+
+/// With the user and this program for what they are.
+inline std::wstring WithoutNames(std::wstring text) {
+  wchar_t user[600];
+  ::ExpandEnvironmentStringsW(L"%USERDOMAIN%\\%USERNAME%", user, 600);
+  for (const auto& [word, name] : {std::pair{OwnExecutablePath(), L"(exe)"}, {std::wstring(user), L"(user)"}}) {
+    for (std::size_t at = 0; (at = text.find(word)) != std::wstring::npos;) text.replace(at, word.size(), name);
+  }
+  return text;
+}
+
+/// "job|whether the task exists|call that fails|its failure": the answer, whether the task exists then, the last call, and all
+/// where none fails.
+inline std::wstring ScheduledTask(const std::wstring& words) {
+  const std::vector<std::wstring> all = Split(words, L'|');
+  FakeTaskScheduler scheduler;
+  scheduler.taskExists = all.at(1) == L"yes";
+  scheduler.failingCall = all.at(2);
+  if (all.size() > 3) scheduler.failure = static_cast<HRESULT>(std::stoul(all.at(3), nullptr, 16));
+  const bool answer = all.at(0) == L"install"  ? InstallAdminTask()
+                      : all.at(0) == L"remove" ? RemoveAdminTask()
+                                               : IsAdminTaskInstalled();
+  EXPECT_EQ(scheduler.references, 0);
+  return Words(YesNo(answer), L", ", YesNo(scheduler.taskExists), L", ", scheduler.lastCall,
+               all.at(2).empty() ? L": " + WithoutNames(scheduler.log) : L"");
+}
+
+/// The Run value while it is toggled, and while others write to it.
+class RunValueSteps {
+ public:
+  std::wstring operator()(const std::wstring& step) {
+    if (step == L"new") profile_ = std::make_unique<e2e::Profile>();
+    if (step == L"toggle") ToggleStartWithWindows();
+    if (step == L"text") profile_->Set(e2e::kRun, L"Vantora", e2e::RegistryValue::Text(L"other"));
+    if (step == L"number") profile_->Set(e2e::kRun, L"Vantora", e2e::RegistryValue::Number(7));
+    const auto value = profile_->Get(e2e::kRun, L"Vantora").value_or(e2e::RegistryValue{});
+    const std::wstring text(reinterpret_cast<const wchar_t*>(value.bytes.data()), value.bytes.size() / sizeof(wchar_t));
+    return Words(YesNo(IsStartWithWindowsEnabled()), L" ", value.type, L" ", WithoutNames(text));
+  }
+
+ private:
+  std::unique_ptr<e2e::Profile> profile_;
+};
