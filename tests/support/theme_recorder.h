@@ -5,10 +5,12 @@
 
 #include <windows.h>
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "platform/text_format.h"
 #include "ui/dark/dark_mode_entry_points.h"
 
 struct ThemeNotes {
@@ -16,43 +18,27 @@ struct ThemeNotes {
   bool allowedForWindow = true;
   bool highContrast = false;
 
-  struct Drawn {
-    HDC dc;
-    int part;
-    int state;
-    RECT rect;
-    std::wstring text;
-    DWORD flags;
-  };
-  std::vector<std::pair<HWND, bool>> allowed;
-  std::vector<std::pair<HWND, std::wstring>> themed;
-  std::vector<Drawn> backgrounds;
-  std::vector<Drawn> texts;
-  std::vector<int> composed;  ///< values of the dark title-bar attribute
-  std::vector<std::wstring> openedClasses;
-  HWND openedFor = nullptr;
+  std::map<HWND, std::pair<std::wstring, std::wstring>> windows;  ///< theme, and whether each may be dark
+  std::wstring drawn;                                             ///< what is drawn where, in order
+  std::vector<int> composed;                                      ///< values of the dark title-bar attribute
+  std::wstring opened;                                            ///< classes, "!" behind those for no window
   int colorRefreshes = 0;
   int contrastRefreshes = 0;
   int applicationModes = 0;
   int applicationAllowances = 0;
-
-  /// The last theme the window got: "Explorer", "" for none, "-" when it never got one, "?" for a name and a list of ids that do
-  /// not go together.
-  [[nodiscard]] std::wstring ThemeOf(HWND window) const {
-    std::wstring last = L"-";
-    for (const auto& [themedWindow, name] : themed) last = themedWindow == window ? name : last;
-    return last;
-  }
 };
 
 /// Dark mode over the made-up library for as long as this lives; afterwards it is off, as before start-up.
 class ThemeRecorder {
  public:
-  explicit ThemeRecorder(unsigned build = 19045, bool asksForDark = true, bool highContrast = false) {
+  explicit ThemeRecorder(unsigned build = 19045, bool asksForDark = true, bool highContrast = false,
+                         bool refreshesContrast = true) {
     notes = {};
     notes.asksForDark = asksForDark;
     notes.highContrast = highContrast;
-    SetThemeEntryPointsForTest(EntryPoints(), build);
+    ThemeEntryPoints entries = EntryPoints();
+    if (!refreshesContrast) entries.refreshHighContrast = nullptr;
+    SetThemeEntryPointsForTest(entries, build);
   }
   ~ThemeRecorder() {
     SetThemeEntryPointsForTest({}, 0);
@@ -61,23 +47,22 @@ class ThemeRecorder {
   ThemeRecorder(const ThemeRecorder&) = delete;
   ThemeNotes* operator->() const { return &notes; }
 
-  /// The full table, for tests that take entries away.
-  [[nodiscard]] static ThemeEntryPoints EntryPoints();
-
   inline static ThemeNotes notes;
+
+ private:
+  static ThemeEntryPoints EntryPoints();
 };
 
 inline ThemeEntryPoints ThemeRecorder::EntryPoints() {
   ThemeEntryPoints e;
   e.openNonClientTheme = [](HWND window, LPCWSTR classList) -> HTHEME {
-    notes.openedFor = window;
-    notes.openedClasses.emplace_back(classList);
+    notes.opened += classList + std::wstring(window != nullptr ? L" " : L"! ");
     return nullptr;
   };
   e.refreshColorPolicy = [] { ++notes.colorRefreshes; };
   e.refreshHighContrast = [](int one) -> BOOL { return (notes.contrastRefreshes += one) != 0; };
   e.systemAsksForDark = [] { return notes.asksForDark; };
-  e.allowForWindow = [](HWND window, bool allow) { return notes.allowed.emplace_back(window, allow), true; };
+  e.allowForWindow = [](HWND window, bool allow) { return notes.windows[window].second = allow ? L"" : L" light", true; };
   e.setApplicationMode = [](int one) { return notes.applicationModes += one; };
   e.allowForApplication = [](bool allow) { return (notes.applicationAllowances += allow ? 1 : 0) != 0; };
   e.isAllowedForWindow = [](HWND) { return notes.allowedForWindow; };
@@ -87,15 +72,17 @@ inline ThemeEntryPoints ThemeRecorder::EntryPoints() {
   };
   e.setWindowTheme = [](HWND window, LPCWSTR name, LPCWSTR idList) -> HRESULT {
     const bool noIds = idList != nullptr && *idList == L'\0';
-    notes.themed.emplace_back(window, name != nullptr && (*name == L'\0') == noIds ? name : L"?");
+    notes.windows[window].first = name != nullptr && (*name == L'\0') == noIds ? noIds ? L"none" : name : L"?";
+    ::SendMessageW(window, WM_THEMECHANGED, 0, 0);
     return S_OK;
   };
-  e.drawBackground = [](HTHEME, HDC dc, int part, int state, LPCRECT rect, LPCRECT) -> HRESULT {
-    notes.backgrounds.push_back({dc, part, state, *rect, L"", 0});
+  e.drawBackground = [](HTHEME, HDC, int part, int state, LPCRECT r, LPCRECT) -> HRESULT {
+    notes.drawn +=
+        FormatText(L" back %d.%d at %d %d %d %d", part, state, int(r->left), int(r->top), int(r->right), int(r->bottom));
     return S_OK;
   };
-  e.drawText = [](HTHEME, HDC dc, int part, int state, LPCWSTR text, int length, DWORD flags, DWORD, LPCRECT rect) -> HRESULT {
-    notes.texts.push_back({dc, part, state, *rect, std::wstring(text, static_cast<std::size_t>(length)), flags});
+  e.drawText = [](HTHEME, HDC, int part, int state, LPCWSTR text, int length, DWORD flags, DWORD, LPCRECT rect) -> HRESULT {
+    notes.drawn += FormatText(L", \"%.*ls\" %d.%d flags %x to %d", length, text, part, state, unsigned(flags), int(rect->right));
     return S_OK;
   };
   e.systemParameters = [](UINT action, UINT size, PVOID data, UINT) -> BOOL {

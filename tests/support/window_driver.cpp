@@ -1,12 +1,10 @@
 #include "tests/support/window_driver.h"
 
 #include <commctrl.h>
-#include <oleacc.h>
 
 #include <algorithm>
 #include <chrono>
 
-#include "platform/com_apartment.h"
 #include "platform/handles.h"
 
 HWND FindWindowOf(DWORD processId, const wchar_t* className, const std::function<bool(HWND)>& accepts) {
@@ -41,10 +39,6 @@ HWND FindPopup() {
 }
 HWND WaitForPopup() { return e2e::WaitForResult(FindPopup); }
 
-HWND WaitForDialogWith(int controlId) {
-  return WaitForEnabledDialog([controlId](HWND dialog) { return ::IsWindowVisible(::GetDlgItem(dialog, controlId)) != FALSE; });
-}
-
 WindowThread::WindowThread(std::function<void()> routine)
     : ended_(std::async(std::launch::async, [this, run = std::move(routine)] {
         id_ = ::GetCurrentThreadId();
@@ -57,10 +51,6 @@ WindowThread::~WindowThread() {
       if (Owns(dialog) && ::IsWindowEnabled(dialog)) PostCommand(dialog, ::GetDlgItem(dialog, IDNO) != nullptr ? IDNO : IDCANCEL);
     }
   }
-}
-
-HWND WindowThread::WaitForDialog(const std::wstring& title) const {
-  return WaitForEnabledDialog([&](HWND dialog) { return Owns(dialog) && TextOf(dialog) == title; });
 }
 
 bool WindowThread::WaitForEnd(DWORD timeoutMs) const {
@@ -112,20 +102,6 @@ std::wstring ClassOf(HWND window) {
   return name;
 }
 
-std::wstring AccessibleNameOf(HWND window) {
-  const ComApartment apartment;
-  ComPtr<IAccessible> accessible;
-  void** target = reinterpret_cast<void**>(accessible.Put());
-  BSTR text = nullptr;
-  VARIANT self{};
-  self.vt = VT_I4;
-  if (::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT), IID_IAccessible, target) == S_OK)
-    accessible->get_accName(self, &text);
-  const std::wstring name = text != nullptr ? text : L"";
-  ::SysFreeString(text);
-  return name;
-}
-
 std::wstring WithoutMnemonic(std::wstring text) {
   std::erase(text, L'&');
   return text.substr(0, text.find(L'\t'));
@@ -170,25 +146,12 @@ void NotifyDoubleClick(HWND list, int row, int column) {
   ::SendMessageW(::GetParent(list), WM_NOTIFY, click.hdr.idFrom, reinterpret_cast<LPARAM>(&click));
 }
 
-std::vector<std::wstring> MenuTexts(HWND popup) {
-  constexpr UINT kGetMenuHandle = 0x01E1;
-  auto* menu = reinterpret_cast<HMENU>(::SendMessageW(popup, kGetMenuHandle, 0, 0));
-  std::vector<std::wstring> texts;
+void ForEachMenuItem(HMENU menu, const std::function<void(const MenuItem&)>& see, std::size_t depth) {
   for (int i = 0; i < ::GetMenuItemCount(menu); ++i) {
     wchar_t text[256] = L"";
     ::GetMenuStringW(menu, static_cast<UINT>(i), text, static_cast<int>(std::size(text)), MF_BYPOSITION);
-    texts.emplace_back(text);
+    HMENU popup = ::GetSubMenu(menu, i);
+    see({depth, text, ::GetMenuItemID(menu, i), ::GetMenuState(menu, static_cast<UINT>(i), MF_BYPOSITION), popup});
+    ForEachMenuItem(popup, see, depth + 1);
   }
-  return texts;
-}
-
-void ChooseMenuItem(HWND owner, int position) {
-  for (int i = 0; i <= position; ++i) ::PostMessageW(owner, WM_KEYDOWN, VK_DOWN, 0);
-  ::PostMessageW(owner, WM_KEYDOWN, VK_RETURN, 0);
-}
-
-void AnswerFileDialog(HWND fileDialog, const std::wstring& path) {
-  HWND name = ::GetDlgItem(fileDialog, kFileNameBox);
-  ::SendMessageW(name, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
-  PostCommand(fileDialog, IDOK);
 }

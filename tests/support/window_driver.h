@@ -27,8 +27,6 @@ HWND WaitForEnabledDialog(const std::function<bool(HWND)>& accepts);
 /// This process's visible popup menu; null when none is open, or appears.
 HWND FindPopup();
 HWND WaitForPopup();
-/// This process's visible, enabled dialog with a visible control of the id, as the system's dialogs with titles of their own.
-HWND WaitForDialogWith(int controlId);
 
 /// Runs a routine that shows windows.
 class WindowThread {
@@ -39,8 +37,6 @@ class WindowThread {
   WindowThread(const WindowThread&) = delete;
   WindowThread& operator=(const WindowThread&) = delete;
 
-  /// The visible, enabled dialog of this thread with the title; null when it does not appear.
-  [[nodiscard]] HWND WaitForDialog(const std::wstring& title) const;
   [[nodiscard]] bool WaitForEnd(DWORD timeoutMs = e2e::kPatienceMs) const;
 
  private:
@@ -65,8 +61,6 @@ void SendCommand(HWND dialog, int id);
 HWND FocusOf(HWND window);
 std::wstring TextOf(HWND window);
 std::wstring ClassOf(HWND window);
-/// As screen readers say it.
-std::wstring AccessibleNameOf(HWND window);
 /// As it is spoken: without the mnemonic and the shortcut behind a tab.
 std::wstring WithoutMnemonic(std::wstring text);
 /// In the order of Tab.
@@ -78,12 +72,17 @@ void SelectRows(HWND list, const std::vector<int>& rows);
 std::wstring Cell(HWND list, int row, int column);
 /// The notification that a double click on the cell sends; row -1: below the rows.
 void NotifyDoubleClick(HWND list, int row, int column);
-std::vector<std::wstring> MenuTexts(HWND popup);
-/// Picks the item at the position of an open popup by the keyboard.
-void ChooseMenuItem(HWND owner, int position);
+
+struct MenuItem {
+  std::size_t depth;
+  std::wstring text;
+  UINT id;
+  UINT state;
+  HMENU popup;
+};
+/// Every item of the menu and of its popups, from top to bottom.
+void ForEachMenuItem(HMENU menu, const std::function<void(const MenuItem&)>& see, std::size_t depth = 0);
 /// The file name box of the system's file dialogs, by which they are known.
 inline constexpr int kFileNameBox = 0x47C;
 inline constexpr int kFileTypeBox = 0x470;
 inline constexpr int kFolderBox = 0x471;
-/// Types the path into the system's file dialog and presses its button.
-void AnswerFileDialog(HWND fileDialog, const std::wstring& path);

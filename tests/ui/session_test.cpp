@@ -16,11 +16,13 @@
 #include <iostream>
 #include <iterator>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "autostart/elevation_system.h"
 #include "platform/handles.h"
 #include "platform/text_encoding.h"
 #include "res/messages.h"
@@ -28,11 +30,18 @@
 #include "storage/data_folder.h"
 #include "storage/rules_csv.h"
 #include "storage/settings_registry.h"
+#include "tests/support/diagnostic_lines.h"
+#include "tests/support/fake_task_scheduler.h"
 #include "tests/support/test_program.h"
+#include "tests/support/theme_recorder.h"
 #include "tests/support/window_driver.h"
+#include "tests/ui/window_view.h"
+#include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/update_installation.h"
+#include "ui/dialogs/update_progress_dialog.h"
 #include "ui/framework/clipboard_text.h"
 #include "ui/main_window/main_window_thread.h"
+#include "ui/message_box/message_box.h"
 
 namespace {
 std::atomic<int> installations{0};
@@ -54,31 +63,8 @@ std::wstring Words(const Parts&... parts) {
   return text.str();
 }
 
-/// Backslash r, n, t, 0 stand for characters, <folder> for the session's own, {300*q} for 300 of them with # as their number.
-std::wstring Unescape(const std::wstring& text, const std::wstring& folder) {
-  std::wstring plain;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    constexpr std::wstring_view kLetters = L"rnt0";
-    constexpr std::wstring_view kCharacters(L"\r\n\t\0", 4);
-    const std::size_t letter = text[i] == L'\\' && i + 1 < text.size() ? kLetters.find(text[i + 1]) : std::wstring_view::npos;
-    if (letter != std::wstring_view::npos) {
-      plain += kCharacters[letter];
-      ++i;
-    } else if (text.compare(i, 8, L"<folder>") == 0) {
-      plain += folder;
-      i += 7;
-    } else if (const std::size_t star = text.find(L'*', i); text[i] == L'{' && i + 1 < text.size() && iswdigit(text[i + 1])) {
-      const std::size_t end = text.find(L'}', star);
-      const std::wstring unit = Unescape(text.substr(star + 1, end - star - 1), folder);
-      for (int number = 0; number < std::stoi(text.substr(i + 1)); ++number) {
-        for (const wchar_t c : unit) plain += c == L'#' ? std::to_wstring(number) : std::wstring(1, c);
-      }
-      i = end;
-    } else {
-      plain += text[i];
-    }
-  }
-  return plain;
+void Replace(std::wstring& text, const std::wstring& from, const std::wstring& to) {
+  for (std::size_t at = 0; (at = text.find(from, at)) != std::wstring::npos; at += to.size()) text.replace(at, from.size(), to);
 }
 
 /// The text before and after the first separator; all of it is before where there is none.
@@ -115,6 +101,11 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     ::RegDeleteTreeW(HKEY_CURRENT_USER, kSettingsKey);
     SaveSettings(settings, engine);
     program.trayWindow = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    const std::lock_guard lock(notesMutex_);
+    current_ = this;
+    elevated_ = accepts_ = TRUE;
+    SetElevationSystem(&kElevation);
+    WriteAppsLight(1);
     std::uint32_t error = 0;
     EXPECT_TRUE(updates.UpdateAvailableEvent.Create(Event::Reset::kManual, error));
     ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora");
@@ -122,6 +113,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   }
   ~Session() override {
     window_.reset();
+    SetElevationSystem(nullptr);
     ::DestroyWindow(program.trayWindow);
   }
 
@@ -132,22 +124,37 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   [[nodiscard]] HWND Page() const { return ::GetDlgItem(Main(), IDC_RECENT_ALERTS); }
   [[nodiscard]] HWND Box() const { return ::FindWindowExW(Rules(), nullptr, L"Edit", nullptr); }
 
-  /// On one line, short, and the same on every machine.
+  /// What differs from machine to machine or needs more than a line, and what stands for it.
+  [[nodiscard]] std::vector<std::pair<std::wstring, std::wstring>> Names() const {
+    const std::filesystem::path path(folder.File(L""));
+    return {{L"\r", L"\\r"},
+            {L"\n", L"\\n"},
+            {L"\t", L"\\t"},
+            {std::wstring(1, L'\0'), L"\\0"},
+            {L"\xFEFF", L"<mark>"},
+            {path.wstring(), L"<folder>"},
+            {path.parent_path().filename().wstring(), L"<folder>"},
+            {DefaultLogFilePath(), L"<default log>"}};
+  }
   [[nodiscard]] std::wstring Shown(std::wstring text) const {
-    const std::pair<std::wstring, std::wstring> names[] = {
-        {L"\r", L"\\r"},
-        {L"\n", L"\\n"},
-        {L"\xFEFF", L"<mark>"},
-        {L"\t", L"\\t"},
-        {folder.File(L""), L"<folder>"},
-        {std::filesystem::path(folder.File(L"")).parent_path().filename().wstring(), L"<folder>"},
-        {DefaultLogFilePath(), L"<default log>"}};
-    for (const auto& [from, to] : names) {
-      for (std::size_t at = 0; (at = text.find(from, at)) != std::wstring::npos; at += to.size())
-        text.replace(at, from.size(), to);
-    }
+    for (const auto& [plain, shown] : Names()) Replace(text, plain, shown);
     if (text.size() <= kMostChars) return text;
     return Words(text.substr(0, 30), L"...(", text.size(), L")...", text.substr(text.size() - 30));
+  }
+  /// The other way round; {300*q} stands for three hundred of them with # as their number.
+  [[nodiscard]] std::wstring Plain(std::wstring text) const {
+    for (const auto& [plain, shown] : Names()) Replace(text, shown, plain);
+    const std::size_t open = text.find(L'{');
+    const std::size_t star = text.find(L'*', open);
+    if (star == std::wstring::npos) return text;
+    const std::size_t end = text.find(L'}', star);
+    std::wstring repeated;
+    for (int number = 0; number < std::stoi(text.substr(open + 1)); ++number) {
+      std::wstring unit = text.substr(star + 1, end - star - 1);
+      Replace(unit, L"#", std::to_wstring(number));
+      repeated += unit;
+    }
+    return text.replace(open, end + 1 - open, repeated);
   }
   [[nodiscard]] std::wstring Shown(const WindowPlacement& place) const {
     if (place == first_) return L"where it first was";
@@ -176,7 +183,9 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   }
   void AddDialog(HWND dialog, State& state) const {
     const std::wstring prefix = (dialog == Main() ? L"main" : TextOf(dialog)) + L" / ";
-    state[prefix + L"open"] = ::IsIconic(dialog) ? L"as an icon" : ::IsWindowEnabled(dialog) ? L"yes" : L"behind its box";
+    std::wstring& open = state[prefix + L"open"];
+    open = ::IsIconic(dialog) ? L"as an icon" : ::IsWindowEnabled(dialog) ? L"yes" : L"behind its box";
+    if ((::GetMenuState(::GetSystemMenu(dialog, FALSE), SC_CLOSE, MF_BYCOMMAND) & MF_GRAYED) != 0) open += L", without a way out";
     HWND focus = FocusOf(dialog);
     if (::GetDlgItem(dialog, kFileNameBox) != nullptr) {
       state[prefix + L"name"] = L"\"" + Shown(TextOfItem(dialog, kFileNameBox)) + L"\", " + TextOfItem(dialog, kFileTypeBox) +
@@ -215,14 +224,11 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     for (const int position : {2, 3}) {
       HMENU popup = ::GetSubMenu(::GetMenu(Main()), position);
       ::SendMessageW(Main(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(popup), position);
-      for (UINT id = IDM_PAUSE; id <= UINT{IDM_ADMIN_AT_LOGIN}; ++id) {
-        const UINT state = ::GetMenuState(popup, id, MF_BYCOMMAND);
-        if (state == static_cast<UINT>(-1) || (state & (MF_CHECKED | MF_GRAYED)) == 0) continue;
-        wchar_t text[64] = L"";
-        ::GetMenuStringW(popup, id, text, 64, MF_BYCOMMAND);
-        marks += L" / " + WithoutMnemonic(text) + ((state & MF_GRAYED) != 0 ? L" grey" : L"");
-        marks += (state & MFT_RADIOCHECK) != 0 ? L" chosen" : (state & MF_CHECKED) != 0 ? L" on" : L"";
-      }
+      ForEachMenuItem(popup, [&marks](const MenuItem& item) {
+        if (item.popup != nullptr || item.text.empty() || (item.state & (MF_CHECKED | MF_GRAYED)) == 0) return;
+        marks += L" / " + WithoutMnemonic(item.text) + ((item.state & MF_GRAYED) != 0 ? L" grey" : L"");
+        marks += (item.state & MFT_RADIOCHECK) != 0 ? L" chosen" : (item.state & MF_CHECKED) != 0 ? L" on" : L"";
+      });
     }
     return marks;
   }
@@ -268,6 +274,15 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     if (read != now || next.engine.IntervalMs() != engine.IntervalMs() || *next.engine.Exclusions() != *exclusions)
       state[L"settings in the registry"] = L"differ";
   }
+  /// Those given since the last look. This system refuses them, which the program tells by a line.
+  [[nodiscard]] static std::wstring NamesForScreenReaders() {
+    std::wstring names;
+    constexpr std::wstring_view kLine = L"SetAccessibleNames - ";
+    for (const std::wstring& line : DiagnosticLines::Take()) {
+      if (line.starts_with(kLine)) names += L"  " + line.substr(kLine.size(), line.rfind(L':') - kLine.size()) + L"\n";
+    }
+    return names;
+  }
   [[nodiscard]] WindowPlacement Frame() const {
     RECT rect{};
     ::GetWindowRect(Main(), &rect);
@@ -278,17 +293,29 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     State state;
     for (HWND dialog : DialogsOfThisProcess()) AddDialog(dialog, state);
     if (HWND popup = FindPopup()) {
-      for (const std::wstring& text : MenuTexts(popup)) state[L"popup"] += L" / " + text;
+      auto* menu = reinterpret_cast<HMENU>(::SendMessageW(popup, MN_GETHMENU, 0, 0));
+      ForEachMenuItem(menu, [&state](const MenuItem& item) { state[L"popup"] += L" / " + item.text; });
     }
     MSG message;
     while (::PeekMessageW(&message, program.trayWindow, WM_USER, WM_APP, PM_REMOVE))
-      posts_ += Words(L" ", message.message - WM_USER, L":", message.wParam);
+      Note(Words(L"tray ", message.message - WM_USER, L":", message.wParam));
     AddStores(state);
-    if (!posts_.empty()) state[L"asked of the tray"] = posts_;
+    {
+      const std::lock_guard lock(notesMutex_);
+      if (!notes_.empty()) state[L"happened"] = notes_;
+    }
+    if (FakeTaskScheduler* scheduler = scheduler_; scheduler != nullptr && scheduler->taskExists) state[L"logon task"] = L"yes";
     if (installations != 0) state[L"installations"] = Words(installations.load());
-    if (wantsMarks_ && Main() != nullptr && ::IsWindowEnabled(Main())) marks_ = Marks();
+    const ThemeNotes& theme = ThemeRecorder::notes;
+    if (theme_)
+      state[L"theme"] = Words(L"modes ", theme.applicationModes, L", colours ", theme.colorRefreshes, L", contrast ",
+                              theme.contrastRefreshes, L", title bar ", theme.composed.empty() ? -1 : theme.composed.back());
+    if (wantsMarks_ && Main() != nullptr && ::IsWindowEnabled(Main())) {
+      marks_ = Marks();
+      RunInWindowThread(Main(),
+                        [this] { marks_ += ::GetCursor() == ::LoadCursorW(nullptr, IDC_WAIT) ? L" / wait cursor" : L""; });
+    }
     state[L"menus"] = marks_;
-    if (!copied_.empty()) state[L"clipboard"] = Shown(copied_);
     return state;
   }
 
@@ -311,16 +338,6 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     EXPECT_NE(found, nullptr) << "no control: " << testing::PrintToString(text);
     return found;
   }
-  int MenuItem(HMENU menu, const std::wstring& text) const {
-    for (int i = 0; i < ::GetMenuItemCount(menu); ++i) {
-      wchar_t item[64] = L"";
-      ::GetMenuStringW(menu, static_cast<UINT>(i), item, 64, MF_BYPOSITION);
-      if (WithoutMnemonic(item) == text) return static_cast<int>(::GetMenuItemID(menu, i));
-      HMENU popup = ::GetSubMenu(menu, i);
-      if (const int id = popup != nullptr ? MenuItem(popup, text) : 0; id != 0) return id;
-    }
-    return 0;
-  }
   void Press(const std::wstring& keyName, bool ctrl) {
     const std::map<std::wstring, WPARAM> names = {
         {L"Insert", VK_INSERT}, {L"Enter", VK_RETURN}, {L"Delete", VK_DELETE}, {L"Escape", VK_ESCAPE}};
@@ -339,11 +356,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     if (ctrl) hold(0);
   }
   void DoubleClick(const std::vector<int>& cell) {
-    if (cell.at(0) < 0) {
-      for (const int message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP})
-        Post(Rules(), message, MK_LBUTTON, MAKELPARAM(100, 130));
-      return;
-    }
+    if (cell.at(0) < 0) return Click(Rules(), 2, MAKELPARAM(100, 130));
     // All of it between two of the window's messages, as by a mouse: a box that is open has asked for its end when the next
     // comes.
     RunInWindowThread(Main(), [&] {
@@ -351,11 +364,67 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
       NotifyDoubleClick(Rules(), cell.at(0), cell.at(1));
     });
   }
+  static void Click(HWND control, int times, LPARAM place = MAKELPARAM(3, 3)) {
+    for (int time = 0; time < times; ++time) {
+      Post(control, time == 0 ? WM_LBUTTONDOWN : WM_LBUTTONDBLCLK, MK_LBUTTON, place);
+      Post(control, WM_LBUTTONUP, 0, place);
+    }
+  }
+  void OpenMain() {
+    FakeTaskScheduler scheduler;
+    scheduler_ = &scheduler;
+    MainDialogThread(program);
+    scheduler_ = nullptr;
+  }
   void Open() {
-    window_.emplace([this] { MainDialogThread(program); });
+    window_.emplace([this] { OpenMain(); });
     EXPECT_TRUE(WaitUntil([this] { return Main() != nullptr && ::IsWindowVisible(Main()); }));
     Settle();
     if (!first_.HasSize()) first_ = Frame();
+  }
+
+  /// Two requests at once: one of them finds that the other is opening it.
+  void OpenTwice() {
+    window_.emplace([this] { MainDialogThread(program); });
+    const WindowThread second([this] { MainDialogThread(program); });
+    EXPECT_TRUE(WaitUntil([&] { return second.WaitForEnd(0) || window_->WaitForEnd(0); }));
+    EXPECT_TRUE(WaitUntil([] { return DialogsOfThisProcess().size() == 1; }));
+  }
+  void OpenAbout() {
+    window_.emplace([this] {
+      RunAboutDialog(nullptr, program,
+                     [this](HWND owner, const wchar_t* address) { Note(Words(address, L" opens from ", TextOf(owner))); });
+    });
+  }
+  void OpenBox(const std::wstring& style) {
+    window_.emplace([this, style] {
+      HWND owner = ::CreateWindowW(L"STATIC", L"owner", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 300, 200, 500, 400, nullptr, nullptr,
+                                   nullptr, nullptr);
+      const int answer = XMessageBox(owner, L"Text", style.c_str(), std::stoul(style, nullptr, 0));
+      MSG quit{};
+      ::PeekMessageW(&quit, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE);
+      Note(Words(L"answer ", answer, ::IsWindowEnabled(owner) ? L"" : L", no owner", L", quit ", quit.wParam));
+      ::DestroyWindow(owner);
+    });
+  }
+  void SetTheme(const std::vector<std::int32_t>& n) {
+    theme_.reset();
+    theme_.emplace(n.at(0), n.at(1) != 0, n.at(2) != 0, n.at(3) != 0);
+    WriteAppsLight(n.at(1) != 0 ? 0 : 1);
+  }
+  /// What message boxes ask.
+  static void WriteAppsLight(DWORD light) {
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize",
+                      L"AppsUseLightTheme", REG_DWORD, &light, sizeof light);
+  }
+  void ChangeSetting(const std::wstring& name) {
+    ThemeRecorder::notes.windows.clear();
+    ::SendMessageW(Top(), WM_SETTINGCHANGE, 0, name.empty() ? 0 : reinterpret_cast<LPARAM>(name.c_str()));
+  }
+  void Choose(const std::wstring& text) {
+    ForEachMenuItem(::GetMenu(Main()), [&](const MenuItem& item) {
+      if (item.popup == nullptr && WithoutMnemonic(item.text) == text) PostCommand(Main(), static_cast<int>(item.id));
+    });
   }
 
   static void Post(HWND window, int message, WPARAM wParam = 0, LPARAM lParam = 0) {
@@ -390,7 +459,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
 
   void Do(const std::wstring& step) {
     const auto [name, escaped] = Halves(step, L' ');
-    const std::wstring words = Unescape(escaped, folder.File(L""));
+    const std::wstring words = Plain(escaped);
     const std::pair halves = Halves(words, L'=');  // no structured binding: clang 14 cannot capture those
     const std::vector<std::int32_t> n = Numbers(words);
     const auto forEach = [&n](auto action) {
@@ -421,21 +490,41 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
            held_ = OwnFileHandle(::CreateFileW(folder.File(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
          }},
         {L"clipboard", [&] { SetClipboard(words); }},
-        {L"copied", [&] { copied_ = ReadClipboardText(nullptr).value_or(L"nothing"); }},
+        {L"copied", [&] { Note(L"copied " + Shown(ReadClipboardText(nullptr).value_or(L"nothing"))); }},
+        {L"theme", [&] { SetTheme(n); }},  // build, whether dark is asked for, high contrast, whether that can be refreshed
+        {L"now",
+         [&] {
+           ThemeRecorder::notes.asksForDark = n.at(0) != 0;
+           ThemeRecorder::notes.highContrast = n.at(1) != 0;
+         }},
+        {L"setting", [&] { ChangeSetting(words); }},
+        {L"administrator", [&] { elevated_ = n.at(0), accepts_ = n.at(1); }},
+        {L"task", [&] { scheduler_.load()->taskExists = n.at(0) != 0; }},
         {L"stranger",
          [] {
            for (HWND dialog : DialogsOfThisProcess()) Post(dialog, WM_INITDIALOG);
          }},
         // What the user does.
         {L"open", [&] { Open(); }},
+        {L"open twice", [&] { OpenTwice(); }},
+        {L"about", [&] { OpenAbout(); }},
+        {L"progress", [&] { window_.emplace([this] { UpdateProgressDialog(program.instance).RunModal(nullptr); }); }},
+        {L"ask", [&] { OpenBox(words); }},
         {L"again", [&] { MainDialogThread(program); }},
         {L"minimise", [&] { ::ShowWindow(Main(), SW_MINIMIZE); }},
         {L"move", [&] { ::SetWindowPos(Main(), nullptr, n.at(0), n.at(1), n.at(2) - n.at(0), n.at(3) - n.at(1), SWP_NOZORDER); }},
         {L"close", [&] { Post(Top(), WM_CLOSE); }},
+        {L"close owner", [&] { Post(::GetWindow(Top(), GW_OWNER), WM_CLOSE); }},
+        {L"quit",
+         [&] { ::PostThreadMessageW(::GetWindowThreadProcessId(Top(), nullptr), WM_QUIT, static_cast<WPARAM>(n.at(0)), 0); }},
         {L"look", [] {}},
-        {L"menu", [&] { PostCommand(Main(), MenuItem(::GetMenu(Main()), words)); }},
-        {L"press", [&] { Post(Control(words), BM_CLICK); }},
-        {L"browse", [&] { Post(Control(words, 2), BM_CLICK); }},
+        {L"layout", [&] { view_ = LayoutOf(Top()); }},
+        {L"colours", [&] { view_ = ColoursOf(Top()); }},
+        {L"names", [&] { view_ = NamesForScreenReaders(); }},
+        {L"menu", [&] { Choose(words); }},
+        {L"press", [&] { Click(Control(words), 1); }},
+        {L"twice", [&] { Click(Control(words), 2); }},
+        {L"browse", [&] { Click(Control(words, 2), 1); }},
         {L"type", [&] { SetText(Control(halves.first, 1), halves.second); }},
         {L"focus", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(words, 1)), TRUE); }},
         {L"link", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(::GetDlgItem(Main(), IDC_VERSION_LINK)), TRUE); }},
@@ -446,7 +535,11 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
         {L"select", [&] { SelectRows(Rules(), n); }},
         {L"cell", [&] { DoubleClick(n); }},
         {L"box", [&] { SetText(e2e::WaitForResult([this] { return Box(); }), words); }},
-        {L"pick", [&] { ChooseMenuItem(Main(), n.at(0)); }},
+        {L"pick",
+         [&] {
+           for (int i = 0; i <= n.at(0); ++i) Post(Main(), WM_KEYDOWN, VK_DOWN);
+           Post(Main(), WM_KEYDOWN, VK_RETURN);
+         }},
         {L"answer", [&] { SetText(::GetDlgItem(Top(), kFileNameBox), words), PostCommand(Top(), IDOK); }},
         {L"tab", [&] { ::SendDlgItemMessageW(Main(), IDC_TABS, TCM_SETCURFOCUS, static_cast<WPARAM>(n.at(0)), 0); }},
         {L"rightclick",
@@ -457,21 +550,21 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     };
     const std::wstring verb = verbs.contains(step) ? step : name;
     ASSERT_TRUE(verbs.contains(verb)) << "no such step";
-    posts_.clear();
-    copied_.clear();
+    view_.clear();
+    notes_.clear();
     wantsMarks_ = verb == L"menu" || verb == L"look";
     verbs.at(verb)();
     Settle();
     const std::vector<AlertRecord> alerts = recentAlerts.Copy();
     const std::wstring newest = alerts.empty() ? L"" : Words(alerts.back().pid);
-    EXPECT_TRUE(Page() == nullptr || WaitUntil([&] { return Cell(Page(), 0, 1) == newest; }, 3'500)) << "it looks every 2 s";
+    EXPECT_TRUE(WaitUntil([&] { return Page() == nullptr || Cell(Page(), 0, 1) == newest; }, 3'500)) << "it looks every 2 s";
   }
   /// What differs from the state before. A window that is closed is one change; when it opens again it is compared with its last
   /// state.
-  [[nodiscard]] static std::string Changes(const State& before, State& now) {
+  [[nodiscard]] std::string Changes(const State& before, State& now) const {
     std::wstring text;
     for (const auto& [name, value] : before) {
-      if (now.contains(name) || name.starts_with(L"asked") || name.starts_with(L"clipboard")) continue;
+      if (now.contains(name) || name == L"happened") continue;
       const std::size_t slash = name.find(L" / ");
       const auto window = slash == std::wstring::npos ? now.end() : now.find(name.substr(0, slash) + L" / open");
       const bool open = slash == std::wstring::npos || (window != now.end() && window->second != L"no");
@@ -482,13 +575,39 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
       const auto old = before.find(name);
       if (old == before.end() || old->second != value) text += L"  " + name + L": " + value + L"\n";
     }
-    return EncodeUtf8(text);
+    return EncodeUtf8(text + view_);
   }
 
+  /// What is told apart from the state, in this step. Any thread.
+  void Note(const std::wstring& text) {
+    const std::lock_guard lock(notesMutex_);
+    notes_ += (notes_.empty() ? L"" : L" / ") + text;
+  }
+  static BOOL Elevate(SHELLEXECUTEINFOW* request) {
+    const bool waited = (request->fMask & SEE_MASK_NOCLOSEPROCESS) != 0;
+    const bool waiting = ::GetCursor() == ::LoadCursorW(nullptr, IDC_WAIT);
+    current_->Note(Words(L"elevated ", request->lpParameters, waited ? L", waited for" : L"", waiting ? L", wait cursor" : L""));
+    return accepts_;
+  }
+
+  inline static Session* current_ = nullptr;
+  inline static std::atomic<BOOL> elevated_ = TRUE;
+  inline static std::atomic<BOOL> accepts_ = TRUE;
+  inline static const ElevationSystem kElevation = {::OpenProcessToken,
+                                                    [](HANDLE, TOKEN_INFORMATION_CLASS, void* data, DWORD, DWORD*) -> BOOL {
+                                                      *static_cast<BOOL*>(data) = elevated_;
+                                                      return TRUE;
+                                                    },
+                                                    &Session::Elevate};
+
+  const DiagnosticLines lines_;
+  std::optional<ThemeRecorder> theme_;
   std::optional<WindowThread> window_;
+  std::atomic<FakeTaskScheduler*> scheduler_ = nullptr;
   WindowPlacement first_;
-  std::wstring posts_;  ///< to the tray window in this step
-  std::wstring copied_;
+  std::wstring view_;
+  std::mutex notesMutex_;
+  std::wstring notes_;
   std::wstring marks_;
   bool wantsMarks_ = false;
   UniqueHandle held_;
@@ -530,8 +649,8 @@ TEST_P(Session, GoesAsWritten) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, Session,
-                         testing::Values("rules", "editor", "keys", "exchange", "presets", "settings_menu", "settings_page",
-                                         "alerts", "update", "frame", "dialogs"),
+                         testing::Values("windows", "dark", "boxes", "rules", "editor", "keys", "exchange", "presets",
+                                         "settings_menu", "settings_page", "alerts", "update", "frame", "dialogs"),
                          [](const auto& each) { return std::string(each.param); });
 
 }  // namespace
