@@ -113,6 +113,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   }
   ~Session() override {
     window_.reset();
+    second_.reset();
     SetElevationSystem(nullptr);
     ::DestroyWindow(program.trayWindow);
   }
@@ -386,8 +387,8 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   /// Two requests at once: one of them finds that the other is opening it.
   void OpenTwice() {
     window_.emplace([this] { MainDialogThread(program); });
-    const WindowThread second([this] { MainDialogThread(program); });
-    EXPECT_TRUE(WaitUntil([&] { return second.WaitForEnd(0) || window_->WaitForEnd(0); }));
+    second_.emplace([this] { MainDialogThread(program); });
+    EXPECT_TRUE(WaitUntil([this] { return second_->WaitForEnd(0) || window_->WaitForEnd(0); }));
     EXPECT_TRUE(WaitUntil([] { return DialogsOfThisProcess().size() == 1; }));
   }
   void OpenAbout() {
@@ -603,6 +604,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   const DiagnosticLines lines_;
   std::optional<ThemeRecorder> theme_;
   std::optional<WindowThread> window_;
+  std::optional<WindowThread> second_;
   std::atomic<FakeTaskScheduler*> scheduler_ = nullptr;
   WindowPlacement first_;
   std::wstring view_;
