@@ -2,7 +2,7 @@
 
 #include <commctrl.h>
 
-#include <algorithm>
+#include <atomic>
 #include <chrono>
 
 #include "platform/handles.h"
@@ -26,29 +26,26 @@ std::vector<HWND> DialogsOfThisProcess() {
   return dialogs;
 }
 
-HWND WaitForEnabledDialog(const std::function<bool(HWND)>& accepts) {
-  return e2e::WaitForResult([&] {
-    const std::vector<HWND> dialogs = DialogsOfThisProcess();
-    const auto found = std::ranges::find_if(dialogs, [&](HWND dialog) { return ::IsWindowEnabled(dialog) && accepts(dialog); });
-    return found != dialogs.end() ? *found : nullptr;
+HWND WaitForTopDialog() {
+  return e2e::WaitForResult([] {
+    for (HWND dialog : DialogsOfThisProcess()) {
+      if (::IsWindowEnabled(dialog)) return dialog;
+    }
+    return HWND{nullptr};
   });
 }
 
-HWND FindPopup() {
-  return FindWindowOf(::GetCurrentProcessId(), kMenuClass, [](HWND window) { return ::IsWindowVisible(window) != FALSE; });
+HWND WaitForPopup(DWORD timeoutMs) {
+  const auto find = [] {
+    return FindWindowOf(::GetCurrentProcessId(), kMenuClass, [](HWND window) { return ::IsWindowVisible(window) != FALSE; });
+  };
+  return e2e::WaitForResult(find, timeoutMs);
 }
-HWND WaitForPopup() { return e2e::WaitForResult(FindPopup); }
-
-WindowThread::WindowThread(std::function<void()> routine)
-    : ended_(std::async(std::launch::async, [this, run = std::move(routine)] {
-        id_ = ::GetCurrentThreadId();
-        run();
-      })) {}
 
 WindowThread::~WindowThread() {
   while (!WaitForEnd(20)) {
     for (HWND dialog : DialogsOfThisProcess()) {
-      if (Owns(dialog) && ::IsWindowEnabled(dialog)) PostCommand(dialog, ::GetDlgItem(dialog, IDNO) != nullptr ? IDNO : IDCANCEL);
+      if (::IsWindowEnabled(dialog)) PostCommand(dialog, ::GetDlgItem(dialog, IDNO) != nullptr ? IDNO : IDCANCEL);
     }
   }
 }
@@ -82,7 +79,6 @@ void Settle() {
 }
 
 void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
-void SendCommand(HWND dialog, int id) { ::SendMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
 
 HWND FocusOf(HWND window) {
   GUITHREADINFO info{};
@@ -116,25 +112,17 @@ std::vector<HWND> ControlsOf(HWND window) {
 
 std::wstring TextOfItem(HWND dialog, int id) { return TextOf(::GetDlgItem(dialog, id)); }
 
-int RowCount(HWND list) { return static_cast<int>(::SendMessageW(list, LVM_GETITEMCOUNT, 0, 0)); }
+int RowCount(HWND list) { return ListView_GetItemCount(list); }
 
 void SelectRows(HWND list, const std::vector<int>& rows) {
-  LVITEMW item{};
-  item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
-  ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(&item));
-  for (const int row : rows) {
-    item.state = item.stateMask;
-    ::SendMessageW(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
-  }
+  constexpr UINT kMask = LVIS_SELECTED | LVIS_FOCUSED;
+  ListView_SetItemState(list, -1, 0, kMask);
+  for (const int row : rows) ListView_SetItemState(list, row, kMask, kMask);
 }
 
 std::wstring Cell(HWND list, int row, int column) {
   wchar_t text[512] = L"";
-  LVITEMW item{};
-  item.iSubItem = column;
-  item.pszText = text;
-  item.cchTextMax = static_cast<int>(std::size(text));
-  ::SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+  ListView_GetItemText(list, row, column, text, 512);
   return text;
 }
 

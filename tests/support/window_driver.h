@@ -5,7 +5,6 @@
 
 #include <windows.h>
 
-#include <atomic>
 #include <functional>
 #include <future>
 #include <string>
@@ -22,27 +21,20 @@ inline constexpr wchar_t kMenuClass[] = L"#32768";
 HWND FindWindowOf(DWORD processId, const wchar_t* className, const std::function<bool(HWND)>& accepts);
 /// This process's visible dialogs, the one on top first.
 std::vector<HWND> DialogsOfThisProcess();
-/// The first of them that takes input and that the test accepts; null when none comes.
-HWND WaitForEnabledDialog(const std::function<bool(HWND)>& accepts);
-/// This process's visible popup menu; null when none is open, or appears.
-HWND FindPopup();
-HWND WaitForPopup();
+/// The first of them that takes input; null when none comes.
+HWND WaitForTopDialog();
+/// This process's visible popup menu; null when none is open or comes in that time.
+HWND WaitForPopup(DWORD timeoutMs = e2e::kPatienceMs);
 
 /// Runs a routine that shows windows.
 class WindowThread {
  public:
-  explicit WindowThread(std::function<void()> routine);
+  explicit WindowThread(std::function<void()> routine) : ended_(std::async(std::launch::async, std::move(routine))) {}
   /// Cancels whatever window still stands, then waits for the routine.
   ~WindowThread();
-  WindowThread(const WindowThread&) = delete;
-  WindowThread& operator=(const WindowThread&) = delete;
-
   [[nodiscard]] bool WaitForEnd(DWORD timeoutMs = e2e::kPatienceMs) const;
 
  private:
-  [[nodiscard]] bool Owns(HWND window) const { return ::GetWindowThreadProcessId(window, nullptr) == id_; }
-
-  std::atomic<DWORD> id_ = 0;
   std::future<void> ended_;
 };
 
@@ -54,8 +46,6 @@ void Settle();
 
 /// As a click on a button or a menu item, without waiting for what it does.
 void PostCommand(HWND dialog, int id);
-/// The same, back when it is done.
-void SendCommand(HWND dialog, int id);
 
 /// The control with the keyboard focus of the thread that owns the window.
 HWND FocusOf(HWND window);
@@ -82,7 +72,3 @@ struct MenuItem {
 };
 /// Every item of the menu and of its popups, from top to bottom.
 void ForEachMenuItem(HMENU menu, const std::function<void(const MenuItem&)>& see, std::size_t depth = 0);
-/// The file name box of the system's file dialogs, by which they are known.
-inline constexpr int kFileNameBox = 0x47C;
-inline constexpr int kFileTypeBox = 0x470;
-inline constexpr int kFolderBox = 0x471;

@@ -74,7 +74,7 @@ inline std::string Bytes(const std::wstring& text) {
 
 inline std::wstring Wide(const std::string& bytes) {
   std::wstring text;
-  for (const char byte : bytes) text += static_cast<wchar_t>(static_cast<unsigned char>(byte));
+  for (const char each : bytes) text += static_cast<wchar_t>(static_cast<unsigned char>(each));
   return text;
 }
 

@@ -71,22 +71,17 @@ std::size_t CountGdiObjects() {
 
 constexpr int kBatch = 20;
 
-/// Runs the routine until five batches in a row have left nothing, and gives up after thirty; returns what the last batch has
-/// left that left something. What the system makes at some time and keeps for reuse, as its device contexts, comes to rest: a
-/// leak comes with every run.
+/// The least that any of six batches has left: a leak comes with every run, while what the system makes at some time and keeps
+/// for reuse, as its device contexts, comes to rest.
 LeakCount FindLeak(const std::function<void()>& routine) {
-  LeakCount left{};
-  LeakCount before{};
-  int clean = 0;
-  for (int batch = 0; batch < 30 && clean < 5; ++batch) {
-    for (int i = 0; i < kBatch; ++i) routine();
-    const LeakCount now = {CountGdiObjects(), liveBytes};
-    const bool grown = now.first > before.first || now.second > before.second;
-    clean = grown ? 0 : clean + 1;
-    if (grown) left = {now.first - before.first, now.second - before.second};
-    before = now;
+  LeakCount least{SIZE_MAX, SIZE_MAX};
+  for (int batch = 0; batch < 6; ++batch) {
+    const LeakCount before = {CountGdiObjects(), liveBytes};
+    for (int run = 0; run < kBatch; ++run) routine();
+    least.first = std::min(least.first, CountGdiObjects() - before.first);
+    least.second = std::min(least.second, liveBytes - before.second);
   }
-  return clean == 5 ? LeakCount{} : left;
+  return least;
 }
 
 /// Closes the dialog of this thread as soon as its loop runs; before that goes through the main window's own windows, the box
@@ -100,7 +95,7 @@ void CALLBACK VisitAndCancel(HWND, UINT, UINT_PTR timer, DWORD) {
     NotifyDoubleClick(list, 0, 1);
     ::SendMessageW(dialog, UWM_END_INPLACE_EDIT, 1, 0);
     ::SetTimer(nullptr, 0, USER_TIMER_MINIMUM, &VisitAndCancel);
-    SendCommand(dialog, IDC_EDIT_RULE);
+    ::SendMessageW(dialog, WM_COMMAND, IDC_EDIT_RULE, 0);
   }
   PostCommand(dialog, IDCANCEL);
 }

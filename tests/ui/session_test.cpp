@@ -35,6 +35,7 @@
 #include "tests/support/test_program.h"
 #include "tests/support/theme_recorder.h"
 #include "tests/support/window_driver.h"
+#include "tests/tables/table_text.h"
 #include "tests/ui/window_view.h"
 #include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/update_installation.h"
@@ -44,24 +45,15 @@
 #include "ui/message_box/message_box.h"
 
 namespace {
-std::atomic<int> installations{0};
-}
-
-/// The linker finds this one before the program's own, which would download.
-void UpdateInstallThread(Program&) { ++installations; }
-
-namespace {
 
 const bool kWriting = std::getenv("VANTORA_GOLDEN") != nullptr;
 constexpr std::size_t kMostRows = 30;
 constexpr std::size_t kMostChars = 200;
-
-template <class... Parts>
-std::wstring Words(const Parts&... parts) {
-  std::wostringstream text;
-  (text << ... << parts);
-  return text.str();
-}
+// Of the system's file dialogs.
+constexpr int kFileNameBox = 0x47C;
+constexpr int kFileTypeBox = 0x470;
+constexpr int kFolderBox = 0x471;
+constexpr wchar_t kThemesKey[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize";
 
 void Replace(std::wstring& text, const std::wstring& from, const std::wstring& to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != std::wstring::npos; at += to.size()) text.replace(at, from.size(), to);
@@ -85,13 +77,19 @@ void SetClipboard(const std::wstring& text) {
   ASSERT_NE(::SetClipboardData(CF_UNICODETEXT, memory), nullptr);
 }
 
-/// What stands in the words as numbers, up to the first that is none.
-std::vector<std::int32_t> Numbers(const std::wstring& words) {
-  std::wistringstream in(words);
-  return {std::istream_iterator<std::int32_t, wchar_t>(in), {}};
-}
-
 class Session : public testing::TestWithParam<const char*>, protected TestProgram {
+ public:
+  /// What is told apart from the state, in this step. Any thread.
+  static void Note(const std::wstring& text) {
+    const std::lock_guard lock(notesMutex_);
+    notes_ += (notes_.empty() ? L"" : L" / ") + text;
+  }
+  static std::wstring Notes(bool clear = false) {
+    const std::lock_guard lock(notesMutex_);
+    if (clear) notes_.clear();
+    return notes_;
+  }
+
  protected:
   using State = std::map<std::wstring, std::wstring>;
 
@@ -101,11 +99,9 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     ::RegDeleteTreeW(HKEY_CURRENT_USER, kSettingsKey);
     SaveSettings(settings, engine);
     program.trayWindow = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
-    const std::lock_guard lock(notesMutex_);
-    current_ = this;
     elevated_ = accepts_ = TRUE;
     SetElevationSystem(&kElevation);
-    WriteAppsLight(1);
+    ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kThemesKey, L"AppsUseLightTheme");
     std::uint32_t error = 0;
     EXPECT_TRUE(updates.UpdateAvailableEvent.Create(Event::Reset::kManual, error));
     ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora");
@@ -157,33 +153,31 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     }
     return text.replace(open, end + 1 - open, repeated);
   }
-  [[nodiscard]] std::wstring Shown(const WindowPlacement& place) const {
-    if (place == first_) return L"where it first was";
+  static std::wstring Shown(const WindowPlacement& place) {
     return Words(place.left, L" ", place.top, L" ", place.right, L" ", place.bottom);
   }
   void AddRows(HWND list, const std::wstring& name, State& state) const {
-    HWND header = reinterpret_cast<HWND>(::SendMessageW(list, LVM_GETHEADER, 0, 0));
-    const int columns = static_cast<int>(::SendMessageW(header, HDM_GETITEMCOUNT, 0, 0));
+    const int columns = Header_GetItemCount(ListView_GetHeader(list));
     const int rows = RowCount(list);
     std::wstring selected;
     for (int row = 0; row < rows; ++row) {
-      if (::SendMessageW(list, LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_SELECTED) != 0)
-        selected += Words(L", selected ", row);
+      if (ListView_GetItemState(list, row, LVIS_SELECTED) != 0) selected += Words(L", selected ", row);
       if (row >= static_cast<int>(kMostRows) && row != rows - 1) continue;
       std::wstring& cells = state[Words(name, L"row ", row)];
       for (int column = 0; column < columns; ++column) cells += L"|" + Shown(Cell(list, row, column));
     }
-    const LRESULT focused = ::SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED);
+    const int focused = ListView_GetNextItem(list, -1, LVNI_FOCUSED);
     state[name + L"rows"] = Words(rows, selected, focused > 0 ? Words(L", keyboard at ", focused) : L"",
-                                  ::SendMessageW(list, LVM_GETTOPINDEX, 0, 0) > 0 ? L", scrolled" : L"");
+                                  ListView_GetTopIndex(list) > 0 ? L", scrolled" : L"");
   }
   [[nodiscard]] static std::wstring ButtonState(HWND button) {
     const LONG_PTR type = ::GetWindowLongPtrW(button, GWL_STYLE) & BS_TYPEMASK;
     if (type == BS_AUTOCHECKBOX) return ::SendMessageW(button, BM_GETCHECK, 0, 0) == BST_CHECKED ? L"on" : L"off";
     return !::IsWindowEnabled(button) ? L"disabled" : type == BS_DEFPUSHBUTTON ? L"default" : L"enabled";
   }
+  [[nodiscard]] std::wstring Prefix(HWND dialog) const { return (dialog == Main() ? L"main" : TextOf(dialog)) + L" / "; }
   void AddDialog(HWND dialog, State& state) const {
-    const std::wstring prefix = (dialog == Main() ? L"main" : TextOf(dialog)) + L" / ";
+    const std::wstring prefix = Prefix(dialog);
     std::wstring& open = state[prefix + L"open"];
     open = ::IsIconic(dialog) ? L"as an icon" : ::IsWindowEnabled(dialog) ? L"yes" : L"behind its box";
     if ((::GetMenuState(::GetSystemMenu(dialog, FALSE), SC_CLOSE, MF_BYCOMMAND) & MF_GRAYED) != 0) open += L", without a way out";
@@ -263,7 +257,9 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     state[L"stored poll interval"] = Words(engine.IntervalMs(), engine.Paused() ? L" paused" : L"");
     state[L"stored exclusions"] = Words(exclusions->size(), L" ", Shown(joined));
     state[L"stored place"] = Shown(now.mainDialogPlacement);
-    if (Main() != nullptr && !::IsIconic(Main())) state[L"main / place"] = Shown(Frame());
+    RECT frame{};
+    if (!::IsIconic(Main()) && ::GetWindowRect(Main(), &frame))
+      state[L"main / place"] = Shown(WindowPlacement{frame.left, frame.top, frame.right, frame.bottom});
     if (::RegGetValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", RRF_RT_ANY, nullptr, nullptr, nullptr) == ERROR_SUCCESS)
       state[L"starts with Windows"] = L"yes";
     // Whether the next start reads what the program has in memory now.
@@ -275,25 +271,10 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     if (read != now || next.engine.IntervalMs() != engine.IntervalMs() || *next.engine.Exclusions() != *exclusions)
       state[L"settings in the registry"] = L"differ";
   }
-  /// Those given since the last look. This system refuses them, which the program tells by a line.
-  [[nodiscard]] static std::wstring NamesForScreenReaders() {
-    std::wstring names;
-    constexpr std::wstring_view kLine = L"SetAccessibleNames - ";
-    for (const std::wstring& line : DiagnosticLines::Take()) {
-      if (line.starts_with(kLine)) names += L"  " + line.substr(kLine.size(), line.rfind(L':') - kLine.size()) + L"\n";
-    }
-    return names;
-  }
-  [[nodiscard]] WindowPlacement Frame() const {
-    RECT rect{};
-    ::GetWindowRect(Main(), &rect);
-    return {rect.left, rect.top, rect.right, rect.bottom};
-  }
-
   State Look() {
-    State state;
+    State state = views_;
     for (HWND dialog : DialogsOfThisProcess()) AddDialog(dialog, state);
-    if (HWND popup = FindPopup()) {
+    if (HWND popup = WaitForPopup(0)) {
       auto* menu = reinterpret_cast<HMENU>(::SendMessageW(popup, MN_GETHMENU, 0, 0));
       ForEachMenuItem(menu, [&state](const MenuItem& item) { state[L"popup"] += L" / " + item.text; });
     }
@@ -301,12 +282,8 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     while (::PeekMessageW(&message, program.trayWindow, WM_USER, WM_APP, PM_REMOVE))
       Note(Words(L"tray ", message.message - WM_USER, L":", message.wParam));
     AddStores(state);
-    {
-      const std::lock_guard lock(notesMutex_);
-      if (!notes_.empty()) state[L"happened"] = notes_;
-    }
+    if (const std::wstring notes = Notes(); !notes.empty()) state[L"happened"] = notes;
     if (FakeTaskScheduler* scheduler = scheduler_; scheduler != nullptr && scheduler->taskExists) state[L"logon task"] = L"yes";
-    if (installations != 0) state[L"installations"] = Words(installations.load());
     const ThemeNotes& theme = ThemeRecorder::notes;
     if (theme_)
       state[L"theme"] = Words(L"modes ", theme.applicationModes, L", colours ", theme.colorRefreshes, L", contrast ",
@@ -323,7 +300,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   // What can be done.
 
   static HWND Top() {
-    HWND top = WaitForEnabledDialog([](HWND) { return true; });
+    HWND top = WaitForTopDialog();
     EXPECT_NE(top, nullptr) << "no window";
     return top;
   }
@@ -371,17 +348,15 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
       Post(control, WM_LBUTTONUP, 0, place);
     }
   }
-  void OpenMain() {
-    FakeTaskScheduler scheduler;
-    scheduler_ = &scheduler;
-    MainDialogThread(program);
-    scheduler_ = nullptr;
-  }
   void Open() {
-    window_.emplace([this] { OpenMain(); });
+    window_.emplace([this] {
+      FakeTaskScheduler scheduler;
+      scheduler_ = &scheduler;
+      MainDialogThread(program);
+      scheduler_ = nullptr;
+    });
     EXPECT_TRUE(WaitUntil([this] { return Main() != nullptr && ::IsWindowVisible(Main()); }));
     Settle();
-    if (!first_.HasSize()) first_ = Frame();
   }
 
   /// Two requests at once: one of them finds that the other is opening it.
@@ -411,16 +386,17 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   void SetTheme(const std::vector<std::int32_t>& n) {
     theme_.reset();
     theme_.emplace(n.at(0), n.at(1) != 0, n.at(2) != 0, n.at(3) != 0);
-    WriteAppsLight(n.at(1) != 0 ? 0 : 1);
-  }
-  /// What message boxes ask.
-  static void WriteAppsLight(DWORD light) {
-    ::RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize",
-                      L"AppsUseLightTheme", REG_DWORD, &light, sizeof light);
+    const DWORD light = n.at(1) != 0 ? 0 : 1;  // message boxes ask this
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, kThemesKey, L"AppsUseLightTheme", REG_DWORD, &light, sizeof light);
   }
   void ChangeSetting(const std::wstring& name) {
     ThemeRecorder::notes.windows.clear();
     ::SendMessageW(Top(), WM_SETTINGCHANGE, 0, name.empty() ? 0 : reinterpret_cast<LPARAM>(name.c_str()));
+  }
+  void View(const wchar_t* kind, decltype(&AddLayout) add) {
+    const std::wstring prefix = Prefix(Top()) + kind;
+    std::erase_if(views_, [&prefix](const auto& line) { return line.first.starts_with(prefix); });
+    add(Top(), prefix, views_);
   }
   void Choose(const std::wstring& text) {
     ForEachMenuItem(::GetMenu(Main()), [&](const MenuItem& item) {
@@ -462,11 +438,14 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     const auto [name, escaped] = Halves(step, L' ');
     const std::wstring words = Plain(escaped);
     const std::pair halves = Halves(words, L'=');  // no structured binding: clang 14 cannot capture those
-    const std::vector<std::int32_t> n = Numbers(words);
+    std::wistringstream numbers(words);
+    const std::vector<std::int32_t> n{std::istream_iterator<std::int32_t, wchar_t>(numbers), {}};
     const auto forEach = [&n](auto action) {
       for (std::int32_t number = n.at(0); number <= n.at(1); ++number) action(static_cast<std::uint32_t>(number));
     };
-    const AlertRecord alert{{2026, 3, 4, 5, 9, 7, 3, 0}, 0, L"app.exe", 1, L"Threads: 9 > 8"};
+    const auto alert = [this](std::uint32_t pid) {
+      recentAlerts.Append({{2026, 3, 4, 5, 9, 7, 3, 0}, pid, L"app.exe", 1, L"Threads: 9 > 8"});
+    };
     const std::map<std::wstring, std::function<void()>> verbs = {
         // What others do, and what was there before.
         {L"rule", [&] { AddRule(words); }},
@@ -480,10 +459,8 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
         {L"exclude", [&] { engine.SetExclusions({words}); }},
         {L"autostart on", [] { ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", REG_SZ, L"", 2); }},
         {L"autostart off", [] { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora"); }},
-        {L"alerts",
-         [&] {
-           forEach([&](std::uint32_t pid) { recentAlerts.Append({alert.time, pid, alert.processName, 1, alert.violation}); });
-         }},
+        {L"alerts", [&] { forEach(alert); }},
+        {L"cleared", [&] { recentAlerts.Clear(), forEach(alert); }},
         {L"update", [&] { OfferUpdate(words); }},
         {L"file", [&] { TemporaryFolder::Write(folder.File(halves.first), EncodeUtf8(halves.second)); }},
         {L"hold",
@@ -513,15 +490,15 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
         {L"ask", [&] { OpenBox(words); }},
         {L"again", [&] { MainDialogThread(program); }},
         {L"minimise", [&] { ::ShowWindow(Main(), SW_MINIMIZE); }},
-        {L"move", [&] { ::SetWindowPos(Main(), nullptr, n.at(0), n.at(1), n.at(2) - n.at(0), n.at(3) - n.at(1), SWP_NOZORDER); }},
+        {L"move", [&] { ::SetWindowPos(Top(), nullptr, n.at(0), n.at(1), n.at(2) - n.at(0), n.at(3) - n.at(1), SWP_NOZORDER); }},
         {L"close", [&] { Post(Top(), WM_CLOSE); }},
         {L"close owner", [&] { Post(::GetWindow(Top(), GW_OWNER), WM_CLOSE); }},
         {L"quit",
          [&] { ::PostThreadMessageW(::GetWindowThreadProcessId(Top(), nullptr), WM_QUIT, static_cast<WPARAM>(n.at(0)), 0); }},
         {L"look", [] {}},
-        {L"layout", [&] { view_ = LayoutOf(Top()); }},
-        {L"colours", [&] { view_ = ColoursOf(Top()); }},
-        {L"names", [&] { view_ = NamesForScreenReaders(); }},
+        {L"layout", [&] { View(L"layout ", &AddLayout); }},
+        {L"colours", [&] { View(L"colours ", &AddColours); }},
+        {L"names", [] { TellNames(); }},
         {L"menu", [&] { Choose(words); }},
         {L"press", [&] { Click(Control(words), 1); }},
         {L"twice", [&] { Click(Control(words), 2); }},
@@ -551,8 +528,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     };
     const std::wstring verb = verbs.contains(step) ? step : name;
     ASSERT_TRUE(verbs.contains(verb)) << "no such step";
-    view_.clear();
-    notes_.clear();
+    Notes(true);
     wantsMarks_ = verb == L"menu" || verb == L"look";
     verbs.at(verb)();
     Settle();
@@ -562,7 +538,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   }
   /// What differs from the state before. A window that is closed is one change; when it opens again it is compared with its last
   /// state.
-  [[nodiscard]] std::string Changes(const State& before, State& now) const {
+  [[nodiscard]] static std::string Changes(const State& before, State& now) {
     std::wstring text;
     for (const auto& [name, value] : before) {
       if (now.contains(name) || name == L"happened") continue;
@@ -576,22 +552,24 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
       const auto old = before.find(name);
       if (old == before.end() || old->second != value) text += L"  " + name + L": " + value + L"\n";
     }
-    return EncodeUtf8(text + view_);
+    return EncodeUtf8(text);
   }
 
-  /// What is told apart from the state, in this step. Any thread.
-  void Note(const std::wstring& text) {
-    const std::lock_guard lock(notesMutex_);
-    notes_ += (notes_.empty() ? L"" : L" / ") + text;
+  /// Those given since the last look. This system refuses them, which the program tells by a line.
+  static void TellNames() {
+    for (const std::wstring& line : DiagnosticLines::Take()) {
+      if (line.starts_with(L"SetAccessibleNames - ")) Note(line.substr(21, line.rfind(L':') - 21));
+    }
   }
   static BOOL Elevate(SHELLEXECUTEINFOW* request) {
     const bool waited = (request->fMask & SEE_MASK_NOCLOSEPROCESS) != 0;
     const bool waiting = ::GetCursor() == ::LoadCursorW(nullptr, IDC_WAIT);
-    current_->Note(Words(L"elevated ", request->lpParameters, waited ? L", waited for" : L"", waiting ? L", wait cursor" : L""));
+    Note(Words(L"elevated ", request->lpParameters, waited ? L", waited for" : L"", waiting ? L", wait cursor" : L""));
     return accepts_;
   }
 
-  inline static Session* current_ = nullptr;
+  inline static std::mutex notesMutex_;
+  inline static std::wstring notes_;
   inline static std::atomic<BOOL> elevated_ = TRUE;
   inline static std::atomic<BOOL> accepts_ = TRUE;
   inline static const ElevationSystem kElevation = {::OpenProcessToken,
@@ -606,10 +584,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   std::optional<WindowThread> window_;
   std::optional<WindowThread> second_;
   std::atomic<FakeTaskScheduler*> scheduler_ = nullptr;
-  WindowPlacement first_;
-  std::wstring view_;
-  std::mutex notesMutex_;
-  std::wstring notes_;
+  State views_;
   std::wstring marks_;
   bool wantsMarks_ = false;
   UniqueHandle held_;
@@ -656,3 +631,6 @@ INSTANTIATE_TEST_SUITE_P(Of, Session,
                          [](const auto& each) { return std::string(each.param); });
 
 }  // namespace
+
+/// The linker finds this one before the program's own, which would download.
+void UpdateInstallThread(Program&) { Session::Note(L"installs the update"); }

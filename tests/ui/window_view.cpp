@@ -17,8 +17,19 @@
 
 namespace {
 
+/// Texts in the order in which they come.
+struct Lines {
+  void Add(const std::wstring& text) { state[prefix + FormatText(L"%02d", count++)] = text; }
+
+  const std::wstring& prefix;
+  std::map<std::wstring, std::wstring>& state;
+  int count = 0;
+};
+
+std::wstring Hex(COLORREF color) { return FormatText(L"%06x", static_cast<unsigned>(color)); }
 LONG_PTR StyleOf(HWND window) { return ::GetWindowLongPtrW(window, GWL_STYLE); }
 
+/// Its place, and its size in place of right and bottom.
 RECT RectIn(HWND window, HWND control) {
   RECT rect{};
   ::GetWindowRect(control, &rect);
@@ -26,13 +37,15 @@ RECT RectIn(HWND window, HWND control) {
   return {rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top};
 }
 
-/// In dialog units, which no font changes. Message boxes measure their texts, and a size grip follows the frame.
-std::wstring RectText(HWND window, HWND control, const RECT& rect) {
+/// In dialog units, which no font changes; message boxes measure their texts.
+std::wstring RectText(HWND window, HWND control) {
   RECT unit{0, 0, 400, 800};
-  if (!::MapDialogRect(window, &unit) || (StyleOf(window) & DS_SETFONT) == 0 || ClassOf(control) == L"ScrollBar") return {};
-  const auto units = [](LONG pixels, LONG many, LONG of) { return static_cast<int>(::MulDiv(pixels, many, of)); };
-  return FormatText(L" %d %d %d %d", units(rect.left, 400, unit.right), units(rect.right, 400, unit.right),
-                    units(rect.top, 800, unit.bottom), units(rect.bottom, 800, unit.bottom));
+  if (!::MapDialogRect(window, &unit) || (StyleOf(window) & DS_SETFONT) == 0) return {};
+  const RECT rect = RectIn(window, control);
+  std::wstring text;
+  for (const LONG x : {rect.left, rect.right}) text += L" " + std::to_wstring(::MulDiv(x, 400, unit.right));
+  for (const LONG y : {rect.top, rect.bottom}) text += L" " + std::to_wstring(::MulDiv(y, 800, unit.bottom));
+  return text;
 }
 
 std::wstring ColumnsOf(HWND list) {
@@ -74,7 +87,7 @@ std::wstring BackgroundOf(HWND window) {
   auto colors = Painted(client, [&](HDC dc) { ::SendMessageW(window, WM_ERASEBKGND, reinterpret_cast<WPARAM>(dc), 0); });
   colors.erase(std::unique(colors.begin(), colors.end()), colors.end());
   std::wstring text = L" background";
-  for (const COLORREF color : colors) text += FormatText(L" %06x", static_cast<unsigned>(color));
+  for (const COLORREF color : colors) text += L" " + Hex(color);
   return text;
 }
 
@@ -86,7 +99,7 @@ std::wstring DrawnOf(HWND window, HWND control) {
     DRAWITEMSTRUCT item{0, id, 1, 0, 0, control, dc, kArea, 0};
     ::SendMessageW(window, WM_DRAWITEM, id, reinterpret_cast<LPARAM>(&item));
   });
-  std::wstring text = FormatText(L" draws on %06x", static_cast<unsigned>(drawn.front()));
+  std::wstring text = L" draws on " + Hex(drawn.front());
   if (std::ranges::find(drawn, kDarkText) != drawn.end()) text += L" in the dark text's colour";
   for (const auto& [name, icon] : {std::pair{L"hand", IDI_HAND},
                                    {L"question", IDI_QUESTION},
@@ -114,45 +127,41 @@ std::wstring AnswerTo(HWND parent, HWND control) {
   if (brush == ::GetStockObject(DC_BRUSH)) description.lbColor = ::GetDCBrushColor(dc.Get());
   // Some systems' link control deletes the brush that it is given.
   if (name == L"SysLink") ::DeleteObject(brush);
-  return FormatText(L"  %06x on %06x, brush %06x:", static_cast<unsigned>(::GetTextColor(dc.Get())),
-                    static_cast<unsigned>(::GetBkColor(dc.Get())), static_cast<unsigned>(description.lbColor));
+  return Hex(::GetTextColor(dc.Get())) + L" on " + Hex(::GetBkColor(dc.Get())) + L", brush " + Hex(description.lbColor) + L":";
 }
 
-/// A list's own colours, and the one in which it has its header's texts drawn.
+/// A list's own colours, and the one in which it has its header's texts drawn with what it answers the two stages of that.
 std::wstring ListColoursOf(HWND list) {
-  const auto ask = [list](UINT message) { return static_cast<unsigned>(::SendMessageW(list, message, 0, 0)); };
+  std::wstring text = L" list " + Hex(ListView_GetTextColor(list)) + L" on " + Hex(ListView_GetTextBkColor(list)) + L" and " +
+                      Hex(ListView_GetBkColor(list)) + L", header";
   const WindowDc dc(nullptr);
   ::SetTextColor(dc.Get(), 0x123456);
   NMCUSTOMDRAW draw{};
   draw.hdr.code = NM_CUSTOMDRAW;
   draw.hdc = dc.Get();
-  LRESULT answers[2] = {};
-  for (const int stage : {0, 1}) {
-    draw.dwDrawStage = stage == 0 ? CDDS_PREPAINT : CDDS_ITEMPREPAINT;
-    answers[stage] = ::SendMessageW(list, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&draw));
+  for (const int stage : {CDDS_PREPAINT, CDDS_ITEMPREPAINT}) {
+    draw.dwDrawStage = static_cast<DWORD>(stage);
+    text += FormatText(L" %d", static_cast<int>(::SendMessageW(list, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&draw))));
   }
-  return FormatText(L" list %06x on %06x and %06x, header %06x (%d %d)", ask(LVM_GETTEXTCOLOR), ask(LVM_GETTEXTBKCOLOR),
-                    ask(LVM_GETBKCOLOR), static_cast<unsigned>(::GetTextColor(dc.Get())), static_cast<int>(answers[0]),
-                    static_cast<int>(answers[1]));
+  return text + L" " + Hex(::GetTextColor(dc.Get()));
 }
 
 /// What the window draws of its menu bar, and of an item in each of its states.
-std::wstring MenuBarOf(HWND window) {
+void AddMenuBar(HWND window, Lines& lines) {
   std::wstring& drawn = ThemeRecorder::notes.drawn;
   const WindowDc dc(nullptr);
   MenuBarDraw bar{::GetMenu(window), dc.Get(), 0};
   drawn.clear();
   ::SendMessageW(window, kDrawMenuBar, 0, reinterpret_cast<LPARAM>(&bar));
-  if (drawn.empty()) return {};
-  std::wstring text = L"  menu bar" + drawn + L"\n";
+  if (drawn.empty()) return;
+  lines.Add(L"menu bar" + drawn);
   for (const int state : {0, ODS_GRAYED, ODS_DISABLED | ODS_SELECTED, ODS_SELECTED, ODS_HOTLIGHT | ODS_INACTIVE, ODS_DEFAULT,
                           ODS_INACTIVE, ODS_NOACCEL}) {
     MenuBarItemDraw item{{0, 0, 0, 0, static_cast<UINT>(state), nullptr, nullptr, {10, 20, 60, 40}, 0}, bar, 1};
     drawn.clear();
     ::SendMessageW(window, kDrawMenuBarItem, 0, reinterpret_cast<LPARAM>(&item));
-    text += FormatText(L"  item %x", state) + drawn + L"\n";
+    lines.Add(FormatText(L"item %x", state) + drawn);
   }
-  return text;
 }
 
 std::wstring ThemeOf(HWND window) {
@@ -162,64 +171,50 @@ std::wstring ThemeOf(HWND window) {
 
 }  // namespace
 
-std::wstring LayoutOf(HWND window) {
-  std::wstring text = L"  " + TextOf(window) + L"\n";
-  ForEachMenuItem(::GetMenu(window), [&text](const MenuItem& item) {
-    const std::wstring id = item.popup == nullptr && item.id != 0 ? L" #" + std::to_wstring(item.id) : L"";
-    text += std::wstring(2 * item.depth + 4, L' ') + (item.text.empty() ? L"-" : item.text) + id + L"\n";
-  });
-  std::vector<RECT> before;
-  for (HWND control : ControlsOf(window)) before.push_back(RectIn(window, control));
+void AddLayout(HWND window, const std::wstring& prefix, std::map<std::wstring, std::wstring>& state) {
+  Lines lines{prefix, state};
   const RECT frame = RectIn(nullptr, window);
-  const bool resizable = (StyleOf(window) & WS_THICKFRAME) != 0;
-  const auto resize = [window](LONG width, LONG height) {
-    ::SetWindowPos(window, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER);
-  };
-  if (resizable) resize(frame.right + 40, frame.bottom + 30);
-  for (std::size_t i = 0; HWND control : ControlsOf(window)) {
+  lines.Add((StyleOf(window) & WS_THICKFRAME) == 0
+                ? TextOf(window)
+                : FormatText(L"%ls %d %d", TextOf(window).c_str(), int{frame.right}, int{frame.bottom}));
+  ForEachMenuItem(::GetMenu(window), [&lines](const MenuItem& item) {
+    const std::wstring id = item.popup == nullptr && item.id != 0 ? L" #" + std::to_wstring(item.id) : L"";
+    lines.Add(std::wstring(2 * item.depth, L' ') + (item.text.empty() ? L"-" : item.text) + id);
+  });
+  for (HWND control : ControlsOf(window)) {
     const auto style = static_cast<DWORD>(StyleOf(control));
-    const RECT& was = before[i++];
-    const RECT now = RectIn(window, control);
-    const std::pair<bool, const wchar_t*> marks[] = {
-        {(style & WS_TABSTOP) != 0, L" tab"},    {(style & WS_GROUP) != 0, L" group"}, {(style & WS_VISIBLE) == 0, L" hidden"},
-        {now.left != was.left, L" moves-right"}, {now.top != was.top, L" moves-down"}, {now.right != was.right, L" widens"},
-        {now.bottom != was.bottom, L" grows"}};
-    text += L"  " + std::to_wstring(::GetDlgCtrlID(control)) + L" " + ClassOf(control) + RectText(window, control, was);
-    text += FormatText(L" %x", static_cast<unsigned>(style & 0xFFFF));
-    for (const auto& [holds, mark] : marks) text += holds ? mark : L"";
-    const bool icon = ClassOf(control) == L"Static" && (style & SS_TYPEMASK) == SS_ICON;
-    if (!icon && ClassOf(control) != L"Edit") text += L" \"" + TextOf(control) + L"\"";
-    text += ClassOf(control) == L"SysListView32" ? ColumnsOf(control) + L"\n" : L"\n";
+    const std::wstring name = ClassOf(control);
+    std::wstring text = std::to_wstring(::GetDlgCtrlID(control)) + L" " + name + RectText(window, control) +
+                        FormatText(L" %x", static_cast<unsigned>(style & 0xFFFF));
+    if ((style & WS_TABSTOP) != 0) text += L" tab";
+    if ((style & WS_GROUP) != 0) text += L" group";
+    if ((style & WS_VISIBLE) == 0) text += L" hidden";
+    const bool icon = name == L"Static" && (style & SS_TYPEMASK) == SS_ICON;
+    if (!icon && name != L"Edit") text += L" \"" + TextOf(control) + L"\"";
+    lines.Add(name == L"SysListView32" ? text + ColumnsOf(control) : text);
   }
-  if (!resizable) return text;
-  resize(100, 100);
-  const RECT least = RectIn(nullptr, window);
-  resize(frame.right, frame.bottom);
-  return text + FormatText(L"  least size: as opened and %d, %d%ls\n", static_cast<int>(least.right - frame.right),
-                           static_cast<int>(least.bottom - frame.bottom),
-                           least.bottom - frame.bottom == ::GetSystemMetrics(SM_CYMENU) ? L" (a menu bar)" : L"");
 }
 
-std::wstring ColoursOf(HWND window) {
+void AddColours(HWND window, const std::wstring& prefix, std::map<std::wstring, std::wstring>& state) {
+  Lines lines{prefix, state};
   std::map<std::wstring, std::wstring> answers;
-  std::wstring looks = L" " + BackgroundOf(window) + ThemeOf(window) + L"\n";
+  lines.Add(L"window" + BackgroundOf(window) + ThemeOf(window));
   for (HWND control : ControlsOf(window)) {
     if (!::IsWindowVisible(control)) continue;
     const std::wstring name = ClassOf(control);
     const std::wstring id = std::to_wstring(::GetDlgCtrlID(control));
-    answers[AnswerTo(window, control)] += L" " + id;
-    looks += L"  " + id + ThemeOf(control);
-    if (name == L"SysListView32") {
-      looks += ThemeOf(reinterpret_cast<HWND>(::SendMessageW(control, LVM_GETHEADER, 0, 0))) + ListColoursOf(control);
-      if (HWND box = ::FindWindowExW(control, nullptr, L"Edit", nullptr)) looks += L" box" + AnswerTo(control, box);
-    }
-    if (name == L"SysTabControl32") looks += BackgroundOf(control) + (::GetWindowTheme(control) == nullptr ? L" plain" : L"");
     const LONG_PTR style = StyleOf(control);
-    if ((name == L"Static" && (style & SS_TYPEMASK) == SS_OWNERDRAW) ||
-        (name == L"SysTabControl32" && (style & TCS_OWNERDRAWFIXED) != 0))
-      looks += DrawnOf(window, control);
-    looks += L"\n";
+    answers[AnswerTo(window, control)] += L" " + id;
+    std::wstring text = id + ThemeOf(control);
+    if (name == L"SysListView32") {
+      text += ThemeOf(ListView_GetHeader(control)) + ListColoursOf(control);
+      if (HWND box = ::FindWindowExW(control, nullptr, L"Edit", nullptr)) text += L" box " + AnswerTo(control, box);
+    }
+    if (name == L"SysTabControl32") text += BackgroundOf(control) + (::GetWindowTheme(control) == nullptr ? L" plain" : L"");
+    const bool drawn = name == L"Static" ? (style & SS_TYPEMASK) == SS_OWNERDRAW
+                                         : name == L"SysTabControl32" && (style & TCS_OWNERDRAWFIXED) != 0;
+    lines.Add(drawn ? text + DrawnOf(window, control) : text);
   }
-  for (const auto& [colors, ids] : answers) looks += colors + ids + L"\n";
-  return ::GetMenu(window) != nullptr ? looks + MenuBarOf(window) : looks;
+  for (const auto& [colors, ids] : answers) lines.Add(colors + ids);
+  if (::GetMenu(window) != nullptr) AddMenuBar(window, lines);
 }
