@@ -60,33 +60,11 @@ class RunningProgram {
     return ::GetExitCodeProcess(process_.get(), &code) ? std::optional(code) : std::nullopt;
   }
 
-  /// How many dialogs, message boxes among them, it shows.
-  [[nodiscard]] int DialogCount() const {
-    int count = 0;
-    FindWindowOf(id_, kDialogClass, [&count](HWND window) {
-      count += ::IsWindowVisible(window) ? 1 : 0;
-      return false;
-    });
-    return count;
-  }
   /// The visible dialog that holds the control, once there is one.
   [[nodiscard]] HWND WaitForDialog(int controlId) const {
     return WaitForWindow(kDialogClass, [controlId](HWND window) { return ::GetDlgItem(window, controlId) != nullptr; });
   }
   [[nodiscard]] HWND WaitForMainWindow() const { return WaitForDialog(IDC_RULE_LIST); }
-  /// The message box with the caption, once its text begins with the one expected.
-  [[nodiscard]] HWND WaitForBox(const std::wstring& caption, const std::wstring& text) const {
-    constexpr int kTextId = 1001;
-    return WaitForWindow(kDialogClass,
-                         [&](HWND box) { return TextOf(box) == caption && TextOfItem(box, kTextId).starts_with(text); });
-  }
-  /// Waits for it and presses one of its buttons. False when it does not come or does not go.
-  [[nodiscard]] bool AnswerBox(const std::wstring& caption, const std::wstring& text, int buttonId) const {
-    HWND box = WaitForBox(caption, text);
-    ::PostMessageW(::GetDlgItem(box, buttonId), BM_CLICK, 0, 0);
-    return box != nullptr && WaitUntil([&] { return !::IsWindow(box); });
-  }
-
   [[nodiscard]] HWND WaitForTray() const {
     return WaitForResult([&] { return FindWindowOf(id_, kTrayClass, [](HWND) { return true; }); });
   }

@@ -1,0 +1,338 @@
+// Journeys: what a user, Windows and other programs do with the built program step by step, and everything that changes with each
+// step: its windows and its end, the taskbar's calls, what it says, the registry, its files and what the update server is asked,
+// one text for each subject in golden/journeys. A line with "> " is a step; below it stand its changes, which may take their
+// time. VANTORA_GOLDEN=write writes those anew. The programs are A, B and so on in the order of their starts.
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <regex>
+
+#include "platform/text_encoding.h"
+#include "tests/support/program_test.h"
+#include "tests/tables/table_text.h"
+#include "update/version.h"
+#ifdef VANTORA_UPDATED_EXE
+#include "tests/update_server/test_server.h"
+#endif
+
+namespace e2e {
+namespace {
+
+const bool kWriting = std::getenv("VANTORA_GOLDEN") != nullptr;
+
+class Journey : public EndToEndTest, public testing::WithParamInterface<const char*> {
+ protected:
+  using State = std::map<std::wstring, std::wstring>;
+
+  // What there is to see.
+
+  [[nodiscard]] std::wstring Readable(std::wstring text) const {
+    for (const auto& [name, word] : {std::pair{ProgramPath(), L"(program)"},
+                                     {profile_.DataFolder(), L"(data)"},
+                                     {std::wstring(AppVersionDisplay), L"(version)"}}) {
+      for (std::size_t at = 0; (at = text.find(name)) != std::wstring::npos;) text.replace(at, name.size(), word);
+    }
+    for (const auto& [plain, shown] :
+         {std::pair{L"\r", L"<CR>"}, {L"\n", L"<LF>"}, {L"\t", L"<TAB>"}, {L"\xFEFF", L"<U+FEFF>"}}) {
+      for (std::size_t at = 0; (at = text.find(plain, at)) != std::wstring::npos; ++at) text.replace(at, 1, shown);
+    }
+    std::replace(text.begin(), text.end(), L'\0', L'|');
+    return text;
+  }
+  static std::wstring ValueText(const RegistryValue& value) {
+    if (value.type == REG_DWORD) return std::to_wstring(*reinterpret_cast<const DWORD*>(value.bytes.data()));
+    std::wstring text(reinterpret_cast<const wchar_t*>(value.bytes.data()), value.bytes.size() / sizeof(wchar_t));
+    return text.substr(0, text.find_last_not_of(L'\0') + 1);
+  }
+  void AddValues(State& state, const wchar_t* word) const {
+    const std::wstring key = Keys().at(word);
+    HKEY opened = nullptr;
+    if (::RegOpenKeyExW(HKEY_CURRENT_USER, key.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS) return;
+    const UniqueKey owned(opened);
+    wchar_t name[300];
+    for (DWORD index = 0, chars = 300;
+         ::RegEnumValueW(opened, index, name, &chars, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+         ++index, chars = 300) {
+      if (std::wstring(name) == L"MainDialogPlacement") continue;  // a session's affair
+      state[Words(word, L" ", name)] = ValueText(profile_.Get(key.c_str(), name).value_or(RegistryValue{}));
+    }
+  }
+  static void AddFiles(State& state, const std::wstring& word, const std::wstring& folder) {
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, ignored)) {
+      if (!entry.is_regular_file() || entry.path().extension() == L".exe" || entry.path().extension() == L".dll") continue;
+      std::string bytes = ReadWholeFile(entry.path().wstring()).value_or("(held)");
+      if (bytes.starts_with(kRulesHead)) bytes.replace(0, std::string(kRulesHead).size(), "(head)");
+      state[Words(word, L" ", std::filesystem::relative(entry.path(), folder).wstring())] = DecodeUtf8Text(bytes);
+    }
+  }
+  void AddProgram(State& state, const std::wstring& letter, const RunningProgram& program) const {
+    const std::optional<DWORD> code = program.WaitForExit(0);
+    state[letter] = code ? Words(L"ended with ", *code) : L"runs";
+    std::map<std::wstring, int> shown;
+    const auto add = [&](HWND window) {
+      if (!::IsWindowVisible(window)) return false;
+      const bool isMain = ::GetDlgItem(window, IDC_VERSION_LINK) != nullptr;
+      const std::wstring text = TextOfItem(window, isMain ? IDC_VERSION_LINK : 1001);
+      ++shown[Words(letter, L" shows ", ClassOf(window) == kMenuClass ? L"a menu" : TextOf(window), text.empty() ? L"" : L" | ",
+                    text)];
+      return false;
+    };
+    for (const wchar_t* name : {kDialogClass, kMenuClass}) FindWindowOf(program.Id(), name, add);
+    for (const auto& [name, count] : shown) state[name] = std::to_wstring(count);
+  }
+  [[nodiscard]] State Look() {
+    State state;
+    for (std::size_t i = 0; i < programs_.size(); ++i) AddProgram(state, Letter(i), *programs_[i]);
+    for (const wchar_t* word : {L"settings", L"old settings", L"run"}) AddValues(state, word);
+    AddFiles(state, L"file", profile_.DataFolder());
+    AddFiles(state, L"old file", profile_.LegacyFolder());
+#ifdef VANTORA_UPDATED_EXE
+    if (PathExists(TestServer::File())) state[L"download"] = L"there";
+#endif
+    if (UniqueHandle(::OpenEventW(SYNCHRONIZE, FALSE, kRunningEvent)) != nullptr) state[L"running"] = L"signed up";
+    MSG message{};
+    while (::PeekMessageW(&message, oldProgram_, UWM_TERMINATE, UWM_TERMINATE, PM_REMOVE)) ++asked_;
+    state[L"old program is asked"] = std::to_wstring(asked_);
+    return state;
+  }
+  static std::wstring Letter(std::size_t program) { return std::wstring(1, static_cast<wchar_t>(L'A' + program)); }
+
+  /// What has been heard since the step before, in order.
+  [[nodiscard]] std::vector<std::wstring> Hear() {
+    std::vector<std::wstring> heard = answers_;
+    const std::vector<std::wstring> calls = shell_.Calls();
+    heard_.calls = calls.size();
+    for (std::size_t call = heardBefore_.calls; call < calls.size(); ++call) heard.push_back(L"taskbar: " + calls[call]);
+    static const std::regex kLine(
+        "\n(\\d+) ((?:MonitorEngine::Stop|RuleStore::|Existing instance|Monitoring |MainDialogThread)[^\n]*)");
+    const std::string all = debug_.All();
+    heard_.lines = all.size();
+    const std::string lines = all.substr(heardBefore_.lines);
+    for (std::sregex_iterator line(lines.begin(), lines.end(), kLine); line != std::sregex_iterator(); ++line) {
+      for (std::size_t i = 0; i < programs_.size(); ++i) {
+        const std::string text = (*line)[2];
+        if (std::to_string(programs_[i]->Id()) == (*line)[1])
+          heard.push_back(Letter(i) + L" says " + std::wstring(text.begin(), text.end()));
+      }
+    }
+    if (lines.find(" ERROR checking update") != std::string::npos) heard.push_back(L"the check fails");
+#ifdef VANTORA_UPDATED_EXE
+    for (std::size_t at = 0; (at = lines.find(" Update check finished", at)) != std::string::npos; ++at)
+      heard.push_back(L"a check ends");
+    const std::string requests = TestServer::Requests();
+    heard_.requests = requests.size();
+    if (requests.size() > heardBefore_.requests)
+      heard.push_back(L"server: " + DecodeUtf8Text(requests.substr(heardBefore_.requests)));
+#endif
+    return heard;
+  }
+  [[nodiscard]] std::string Changes(const State& now) {
+    std::wstring text;
+    for (const std::wstring& each : Hear()) text += Readable(each) + L"\n";
+    for (const auto& [name, value] : now) {
+      const auto before = state_.find(name);
+      if (before == state_.end() || before->second != value) text += Readable(name + L": " + value) + L"\n";
+    }
+    for (const auto& [name, value] : state_) {
+      if (!now.contains(name)) text += Readable(name) + L" is gone\n";
+    }
+    return EncodeUtf8(text);
+  }
+
+  // What is done.
+
+  static const std::map<std::wstring, const wchar_t*>& Keys() {
+    static const std::map<std::wstring, const wchar_t*> keys = {{L"settings", kSettings},
+                                                                {L"old settings", kLegacySettings},
+                                                                {L"run", kRun},
+                                                                {L"Wine", L"Software\\Wine\\AppDefaults\\vantora.exe"}};
+    return keys;
+  }
+  /// "key name=value".
+  void Set(const std::wstring& words, DWORD type) const {
+    const std::size_t equals = words.find(L'=');
+    const std::size_t blank = words.rfind(L' ', equals);
+    const std::wstring text = words.substr(equals + 1);
+    std::wstring texts = text + L'\0';
+    std::replace(texts.begin(), texts.end(), L'|', L'\0');
+    const RegistryValue value = type == REG_DWORD ? RegistryValue::Number(static_cast<DWORD>(std::stoul(text)))
+                                                  : RegistryValue::Text(type == REG_MULTI_SZ ? texts : text, type);
+    profile_.Set(Keys().at(words.substr(0, blank)), words.substr(blank + 1, equals - blank - 1).c_str(), value);
+  }
+  void Start(const std::wstring& arguments, const std::wstring& path) {
+    programs_.push_back(std::make_unique<RunningProgram>(arguments, path));
+  }
+  /// Presses a button of the box or the window in front.
+  static void Answer(const RunningProgram& program, int button) {
+    HWND box = WaitForResult([&] {
+      return FindWindowOf(program.Id(), kDialogClass, [button](HWND window) {
+        return ::IsWindowVisible(window) && ::GetDlgItem(window, button) != nullptr &&
+               ::GetDlgItem(window, IDC_VERSION_LINK) == nullptr;
+      });
+    });
+    ::PostMessageW(::GetDlgItem(box, button), BM_CLICK, 0, 0);
+  }
+  void Task(const std::wstring& arguments) {
+    const std::wstring file = profile_.DataFolder() + L".xml";
+    WriteFileBytes(file,
+                   "<Task version=\"1.2\" xmlns=\"http://schemas.microsoft.com/windows/2004/02/mit/task\">"
+                   "<Actions><Exec><Command>cmd.exe</Command></Exec></Actions></Task>");
+    const std::wstring definition = arguments.starts_with(L"/create") ? L" /xml \"" + file + L"\"" : L" /f";
+    const auto code = RunningProgram(arguments + definition, FullPath(L"C:\\windows\\system32\\schtasks.exe")).WaitForExit();
+    answers_.push_back(code ? Words(L"schtasks ends with ", *code) : L"schtasks does not end");
+    ::DeleteFileW(file.c_str());
+  }
+  /// A copy of the program in a folder with libraries of somebody else's.
+  void StartBesideLibraries(const std::wstring& arguments) {
+    const std::wstring folder = profile_.DataFolder() + L"\\downloads\\";
+    std::filesystem::create_directories(folder);
+    ::CopyFileW(ProgramPath().c_str(), (folder + L"vantora.exe").c_str(), FALSE);
+    for (const wchar_t* library : {L"dwmapi", L"secur32", L"uxtheme", L"wininet", L"winmm", L"wintrust", L"version"}) {
+      EXPECT_TRUE(::CopyFileW(FullPath(VANTORA_PLANTED_LIBRARY).c_str(), (folder + library + L".dll").c_str(), FALSE));
+    }
+    Start(arguments, folder + L"vantora.exe");
+  }
+  /// Opens the pattern's cell of the first rule and types into it.
+  static void EditCell(const RunningProgram& program) {
+    HWND list = ::GetDlgItem(program.WaitForMainWindow(), IDC_RULE_LIST);
+    ASSERT_TRUE(WaitUntil([&] { return RowCount(list) == 1; }));
+    // Right of the first column, in the row below the header.
+    for (const int message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP}) {
+      ::PostMessageW(list, static_cast<UINT>(message), message == WM_LBUTTONUP ? 0 : MK_LBUTTON, MAKELPARAM(120, 28));
+    }
+    HWND box = WaitForResult([&] { return ::FindWindowExW(list, nullptr, L"Edit", nullptr); });
+    EXPECT_EQ(TextOf(box), L"a.exe");
+    ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
+  }
+  void Do(const std::wstring& step) {
+    const std::size_t blank = std::min(step.find(L' '), step.size());
+    const std::wstring words = Plain(step.substr(std::min(blank + 1, step.size())));
+    // Most are done to a program: "verb A words".
+    const auto program = [&]() -> RunningProgram& { return *programs_.at(static_cast<std::size_t>(words.at(0) - L'A')); };
+    const std::wstring rest = words.size() > 2 ? words.substr(2) : L"";
+    static const std::map<std::wstring, int> kCommands = {{L"alert log", IDM_ALERT_LOG},
+                                                          {L"add rule", IDM_ADD_RULE},
+                                                          {L"reset rules", IDM_RESET_RULES},
+                                                          {L"export", IDM_EXPORT_RULES},
+                                                          {L"exit", IDM_EXIT},
+                                                          {L"yes", IDYES},
+                                                          {L"no", IDNO},
+                                                          {L"ok", IDOK},
+                                                          {L"cancel", IDCANCEL}};
+    const std::map<std::wstring, std::function<void()>> verbs = {
+        {L"start", [&] { Start(words, ProgramPath()); }},
+        {L"startcopy", [&] { StartBesideLibraries(words); }},
+        {L"tray", [&] { program().ChooseFromTrayMenu(rest.at(0)); }},
+        {L"traymenu", [&] { EXPECT_TRUE(program().OpenTrayMenu()); }},
+        {L"click", [&] { program().PostToTray(UWM_TRAYICON, 0, WM_LBUTTONUP); }},
+        {L"clickballoon", [&] { program().PostToTray(UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK); }},
+        {L"check", [&] { program().PostToTray(UWM_CHECK_FOR_UPDATES, rest == L"by hand" ? 1 : 0, 0); }},
+        {L"choose", [&] { PostCommand(program().WaitForMainWindow(), kCommands.at(rest)); }},
+        {L"answer", [&] { Answer(program(), kCommands.at(rest)); }},
+        {L"end", [&] { program().PostToTray(UWM_TERMINATE, 0, 0); }},
+        {L"edit", [&] { EditCell(program()); }},
+#ifdef VANTORA_UPDATED_EXE
+        {L"startupdatable", [&] { Start(words, FullPath(VANTORA_UPDATED_EXE)); }},
+        {L"server", [&] { TestServer::Use(EncodeUtf8(words)); }},
+#endif
+        {L"taskbar", [&] { ::SendNotifyMessageW(HWND_BROADCAST, ::RegisterWindowMessageW(L"TaskbarCreated"), 0, 0); }},
+        {L"number", [&] { Set(words, REG_DWORD); }},
+        {L"text", [&] { Set(words, REG_SZ); }},
+        {L"texts", [&] { Set(words, REG_MULTI_SZ); }},
+        {L"forget", [&] { ::RegDeleteTreeW(HKEY_CURRENT_USER, Keys().at(words)); }},
+        {L"rules", [&] { profile_.WriteRules({EncodeUtf8(words)}); }},
+        {L"file", [&] { WriteFileBytes(profile_.RulesFile(), EncodeUtf8(words)); }},
+        {L"oldrules", [&] { WriteFileBytes(profile_.LegacyFolder() + L"\\rules.csv", EncodeUtf8(words)); }},
+        {L"schtasks", [&] { Task(words); }},
+        {L"clock", [&] { clock_ = ::GetTickCount64(); }},
+        {L"passed", [&] { answers_.push_back(::GetTickCount64() - clock_ >= std::stoul(words) ? L"yes" : L"no"); }},
+        {L"oldprogram",
+         [&] {
+           // A window of the test's own stands for it, which hangs: requests wait in this thread's queue.
+           static const WNDCLASSW kClass{0, ::DefWindowProcW, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, L"HALVERNW"};
+           static const ATOM kRegistered = ::RegisterClassW(&kClass);
+           EXPECT_NE(kRegistered, 0);
+           oldProgram_ = ::CreateWindowW(L"HALVERNW", L"Halvern", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+         }},
+        {L"oldprogramends", [&] { ::DestroyWindow(oldProgram_); }},
+    };
+    ASSERT_TRUE(verbs.contains(step.substr(0, blank))) << "no such step";
+    verbs.at(step.substr(0, blank))();
+  }
+
+  /// Does the step and gives what it changed, once that is what was expected.
+  std::string Take(const std::string& step, const std::string& expected) {
+    answers_.clear();
+    Do(DecodeUtf8Text(step.substr(2)));
+    State now;
+    std::string changes;
+    int same = 0;
+    const auto isDone = [&] {
+      const std::string before = changes;
+      changes = Changes(now = Look());
+      same = changes == before ? same + 1 : 0;
+      return (changes == expected && !(kWriting && expected.empty())) || (kWriting && same == 400);
+    };
+    EXPECT_TRUE(WaitUntil(isDone) || kWriting) << step << "\n" << changes << "in place of\n" << expected;
+    state_ = now;
+    heardBefore_ = heard_;
+    return changes;
+  }
+
+  /// How much has been heard of each.
+  struct Positions {
+    std::size_t calls = 0;
+    std::size_t lines = 0;
+    std::size_t requests = 0;
+  };
+  Positions heardBefore_;
+  Positions heard_;
+  State state_;
+  std::vector<std::unique_ptr<RunningProgram>> programs_;
+  std::vector<std::wstring> answers_;  ///< of the step
+#ifdef VANTORA_UPDATED_EXE
+  TestServer server_;
+#endif
+  ULONGLONG clock_ = 0;
+  HWND oldProgram_ = nullptr;
+  int asked_ = 0;
+};
+
+TEST_P(Journey, GoesAsWritten) {
+  const std::string path = std::string(VANTORA_GOLDEN_FOLDER "/journeys/") + GetParam() + ".txt";
+  std::ifstream text(path);
+  std::string written;
+  std::string step;
+  std::string expected;
+  std::string remarks;
+  state_ = Look();
+  const auto finishStep = [&] {
+    if (!step.empty()) written += step + "\n" + Take(step, expected);
+    written += remarks;
+    step.clear(), expected.clear(), remarks.clear();
+  };
+  for (std::string line; std::getline(text, line);) {
+    if (line.empty() || line.starts_with("#")) {
+      remarks += line + "\n";
+    } else if (line.starts_with("> ")) {
+      finishStep();
+      step = line;
+    } else {
+      expected += line + "\n";
+    }
+  }
+  finishStep();
+  if (kWriting) std::ofstream(path, std::ios::binary) << written;
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Journey, testing::Values(VANTORA_JOURNEYS),
+                         [](const auto& each) { return std::string(each.param); });
+
+}  // namespace
+}  // namespace e2e
