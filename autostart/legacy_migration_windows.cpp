@@ -7,6 +7,7 @@
 
 #include "autostart/executable_path.h"
 #include "platform/handles.h"
+#include "platform/repeat_while_held.h"
 #include "storage/data_folder.h"
 #include "storage/settings_registry.h"
 
@@ -50,7 +51,9 @@ void MigrateDataFolder() {
   const DWORD attributes = ::GetFileAttributesW(oldFolder.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return;
   if (::GetFileAttributesW(newFolder.c_str()) != INVALID_FILE_ATTRIBUTES) return;
-  ::MoveFileExW(oldFolder.c_str(), newFolder.c_str(), MOVEFILE_COPY_ALLOWED);
+  // What is not moved now stays behind: from the end of this run on there is a new folder.
+  (void)RepeatWhileHeld([&] { return ::MoveFileExW(oldFolder.c_str(), newFolder.c_str(), MOVEFILE_COPY_ALLOWED) != FALSE; },
+                        true);
 }
 
 bool RunsAtLogon(const wchar_t* name) {

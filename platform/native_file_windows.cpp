@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "platform/repeat_while_held.h"
+
 namespace {
 
 constexpr std::size_t kMaxTransferBytes = std::size_t{1} << 30;
@@ -20,19 +22,6 @@ DWORD AccessOf(NativeFile::Mode mode) {
       return FILE_APPEND_DATA;
   }
   return GENERIC_READ;
-}
-
-/// Repeats what fails because another program (a virus scanner, a backup, an editor) holds the file for a moment.
-template <class Call>
-bool RepeatWhileHeld(Call call) {
-  constexpr int kTries = 10;
-  constexpr DWORD kPauseMs = 50;
-  for (int tries = 1;; ++tries) {
-    if (call()) return true;
-    const DWORD error = ::GetLastError();
-    if ((error != ERROR_SHARING_VIOLATION && error != ERROR_LOCK_VIOLATION) || tries == kTries) return false;
-    ::Sleep(kPauseMs);
-  }
 }
 
 }  // namespace
