@@ -8,7 +8,6 @@
 #include <map>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "platform/text_format.h"
 #include "ui/dark/dark_mode_entry_points.h"
@@ -20,12 +19,11 @@ struct ThemeNotes {
 
   std::map<HWND, std::pair<std::wstring, std::wstring>> windows;  ///< theme, and whether each may be dark
   std::wstring drawn;                                             ///< what is drawn where, in order
-  std::vector<int> composed;                                      ///< values of the dark title-bar attribute
   std::wstring opened;                                            ///< classes, "!" behind those for no window
+  std::wstring application;                                       ///< by which call it may be dark
   int colorRefreshes = 0;
   int contrastRefreshes = 0;
-  int applicationModes = 0;
-  int applicationAllowances = 0;
+  int titleBar = -1;
 };
 
 /// Dark mode over the made-up library for as long as this lives; afterwards it is off, as before start-up.
@@ -45,7 +43,6 @@ class ThemeRecorder {
     notes = {};
   }
   ThemeRecorder(const ThemeRecorder&) = delete;
-  ThemeNotes* operator->() const { return &notes; }
 
   inline static ThemeNotes notes;
 
@@ -56,18 +53,18 @@ class ThemeRecorder {
 inline ThemeEntryPoints ThemeRecorder::EntryPoints() {
   ThemeEntryPoints e;
   e.openNonClientTheme = [](HWND window, LPCWSTR classList) -> HTHEME {
-    notes.opened += classList + std::wstring(window != nullptr ? L" " : L"! ");
+    notes.opened += std::wstring(L" ") + classList + (window != nullptr ? L"" : L"!");
     return nullptr;
   };
   e.refreshColorPolicy = [] { ++notes.colorRefreshes; };
   e.refreshHighContrast = [](int one) -> BOOL { return (notes.contrastRefreshes += one) != 0; };
   e.systemAsksForDark = [] { return notes.asksForDark; };
   e.allowForWindow = [](HWND window, bool allow) { return notes.windows[window].second = allow ? L"" : L" light", true; };
-  e.setApplicationMode = [](int one) { return notes.applicationModes += one; };
-  e.allowForApplication = [](bool allow) { return (notes.applicationAllowances += allow ? 1 : 0) != 0; };
+  e.setApplicationMode = [](int one) { return notes.application += FormatText(L"mode %d", one), one; };
+  e.allowForApplication = [](bool allow) { return notes.application += allow ? L"allowed" : L"?", allow; };
   e.isAllowedForWindow = [](HWND) { return notes.allowedForWindow; };
   e.setComposition = [](HWND, CompositionAttribute* what) -> BOOL {
-    if (what->attribute == 26 && what->size == 4) notes.composed.push_back(*static_cast<int*>(what->data));
+    if (what->attribute == 26 && what->size == 4) notes.titleBar = *static_cast<int*>(what->data);
     return TRUE;
   };
   e.setWindowTheme = [](HWND window, LPCWSTR name, LPCWSTR idList) -> HRESULT {

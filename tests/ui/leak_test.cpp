@@ -8,6 +8,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -52,12 +53,7 @@ using LeakCount = std::pair<std::size_t, std::size_t>;
 /// The system's own count, which is 0 on some compatible systems; there the non-empty entries of the process's table, found
 /// through the process environment block.
 std::size_t CountGdiObjects() {
-  struct Entry {
-    void* object;
-    std::uint16_t owner[3];
-    std::uint16_t type;
-    void* user;
-  };
+  using Entry = std::array<std::uint16_t, 12>;  // the eighth is the object's kind
   if (const DWORD told = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS)) return told;
   const auto block = reinterpret_cast<const std::byte*(NTAPI*)()>(
       reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")))();
@@ -65,7 +61,7 @@ std::size_t CountGdiObjects() {
   MEMORY_BASIC_INFORMATION memory{};
   ::VirtualQuery(table, &memory, sizeof(memory));
   const auto* end = reinterpret_cast<const Entry*>(static_cast<const std::byte*>(memory.BaseAddress) + memory.RegionSize);
-  const auto used = [](const Entry& entry) { return entry.type != 0; };
+  const auto used = [](const Entry& entry) { return entry[7] != 0; };
   return static_cast<std::size_t>(std::count_if(table, std::min(end, table + 0x10000), used));
 }
 

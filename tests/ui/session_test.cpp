@@ -25,6 +25,7 @@
 #include "autostart/elevation_system.h"
 #include "platform/handles.h"
 #include "platform/text_encoding.h"
+#include "platform/text_format.h"
 #include "res/messages.h"
 #include "res/resource.h"
 #include "storage/data_folder.h"
@@ -37,6 +38,8 @@
 #include "tests/support/window_driver.h"
 #include "tests/tables/table_text.h"
 #include "tests/ui/window_view.h"
+#include "ui/dark/dark_mode.h"
+#include "ui/dark/dark_scroll_bar.h"
 #include "ui/dialogs/about_dialog.h"
 #include "ui/dialogs/update_installation.h"
 #include "ui/dialogs/update_progress_dialog.h"
@@ -271,6 +274,15 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     if (read != now || next.engine.IntervalMs() != engine.IntervalMs() || *next.engine.Exclusions() != *exclusions)
       state[L"settings in the registry"] = L"differ";
   }
+  [[nodiscard]] std::wstring ThemeText() const {
+    ThemeNotes& notes = ThemeRecorder::notes;
+    DarkScrollBarThemeHook(program.trayWindow, L"ScrollBar");
+    DarkScrollBarThemeHook(program.trayWindow, L"scrollbar");
+    return Words(DarkModeOn() ? L"dark, " : L"", notes.application, L", colours ", notes.colorRefreshes, L", contrast ",
+                 notes.contrastRefreshes, L", title bar ", notes.titleBar, L" ",
+                 ::GetPropW(Main(), L"UseImmersiveDarkModeColors") != nullptr, L", opens", std::exchange(notes.opened, L""));
+  }
+
   State Look() {
     State state = views_;
     for (HWND dialog : DialogsOfThisProcess()) AddDialog(dialog, state);
@@ -284,10 +296,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     AddStores(state);
     if (const std::wstring notes = Notes(); !notes.empty()) state[L"happened"] = notes;
     if (FakeTaskScheduler* scheduler = scheduler_; scheduler != nullptr && scheduler->taskExists) state[L"logon task"] = L"yes";
-    const ThemeNotes& theme = ThemeRecorder::notes;
-    if (theme_)
-      state[L"theme"] = Words(L"modes ", theme.applicationModes, L", colours ", theme.colorRefreshes, L", contrast ",
-                              theme.contrastRefreshes, L", title bar ", theme.composed.empty() ? -1 : theme.composed.back());
+    if (theme_) state[L"theme"] = ThemeText();
     if (wantsMarks_ && Main() != nullptr && ::IsWindowEnabled(Main())) {
       marks_ = Marks();
       RunInWindowThread(Main(),
@@ -393,10 +402,10 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     ThemeRecorder::notes.windows.clear();
     ::SendMessageW(Top(), WM_SETTINGCHANGE, 0, name.empty() ? 0 : reinterpret_cast<LPARAM>(name.c_str()));
   }
-  void View(const wchar_t* kind, decltype(&AddLayout) add) {
+  void View(const std::wstring& kind, const std::vector<std::wstring>& lines) {
     const std::wstring prefix = Prefix(Top()) + kind;
     std::erase_if(views_, [&prefix](const auto& line) { return line.first.starts_with(prefix); });
-    add(Top(), prefix, views_);
+    for (int number = 0; const std::wstring& line : lines) views_[prefix + FormatText(L" %02d", number++)] = line;
   }
   void Choose(const std::wstring& text) {
     ForEachMenuItem(::GetMenu(Main()), [&](const MenuItem& item) {
@@ -474,6 +483,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
          [&] {
            ThemeRecorder::notes.asksForDark = n.at(0) != 0;
            ThemeRecorder::notes.highContrast = n.at(1) != 0;
+           ThemeRecorder::notes.allowedForWindow = n.at(2) != 0;
          }},
         {L"setting", [&] { ChangeSetting(words); }},
         {L"administrator", [&] { elevated_ = n.at(0), accepts_ = n.at(1); }},
@@ -496,8 +506,8 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
         {L"quit",
          [&] { ::PostThreadMessageW(::GetWindowThreadProcessId(Top(), nullptr), WM_QUIT, static_cast<WPARAM>(n.at(0)), 0); }},
         {L"look", [] {}},
-        {L"layout", [&] { View(L"layout ", &AddLayout); }},
-        {L"colours", [&] { View(L"colours ", &AddColours); }},
+        {L"layout", [&] { View(L"layout", LayoutOf(Top())); }},
+        {L"colours", [&] { View(L"colours", ColoursOf(Top())); }},
         {L"names", [] { TellNames(); }},
         {L"menu", [&] { Choose(words); }},
         {L"press", [&] { Click(Control(words), 1); }},

@@ -17,15 +17,6 @@
 
 namespace {
 
-/// Texts in the order in which they come.
-struct Lines {
-  void Add(const std::wstring& text) { state[prefix + FormatText(L"%02d", count++)] = text; }
-
-  const std::wstring& prefix;
-  std::map<std::wstring, std::wstring>& state;
-  int count = 0;
-};
-
 std::wstring Hex(COLORREF color) { return FormatText(L"%06x", static_cast<unsigned>(color)); }
 LONG_PTR StyleOf(HWND window) { return ::GetWindowLongPtrW(window, GWL_STYLE); }
 
@@ -101,16 +92,15 @@ std::wstring DrawnOf(HWND window, HWND control) {
   });
   std::wstring text = L" draws on " + Hex(drawn.front());
   if (std::ranges::find(drawn, kDarkText) != drawn.end()) text += L" in the dark text's colour";
-  for (const auto& [name, icon] : {std::pair{L"hand", IDI_HAND},
-                                   {L"question", IDI_QUESTION},
-                                   {L"exclamation", IDI_EXCLAMATION},
-                                   {L"asterisk", IDI_ASTERISK}}) {
-    const auto expected = Painted(kArea, [&, icon = icon](HDC dc) {
+  constexpr WORD kHand = 32513;
+  constexpr const wchar_t* kIcons[] = {L"hand", L"question", L"exclamation", L"asterisk"};
+  for (std::size_t icon = 0; icon < std::size(kIcons); ++icon) {
+    const auto expected = Painted(kArea, [&](HDC dc) {
       const UniqueBrush brush(::CreateSolidBrush(drawn.front()));
       ::FillRect(dc, &kArea, brush.get());
-      ::DrawIcon(dc, 0, 0, ::LoadIconW(nullptr, icon));
+      ::DrawIcon(dc, 0, 0, ::LoadIconW(nullptr, MAKEINTRESOURCEW(kHand + icon)));
     });
-    if (drawn == expected) text += L" the icon " + std::wstring(name);
+    if (drawn == expected) text += L" the icon " + std::wstring(kIcons[icon]);
   }
   return text;
 }
@@ -147,20 +137,20 @@ std::wstring ListColoursOf(HWND list) {
 }
 
 /// What the window draws of its menu bar, and of an item in each of its states.
-void AddMenuBar(HWND window, Lines& lines) {
+void AddMenuBar(HWND window, std::vector<std::wstring>& lines) {
   std::wstring& drawn = ThemeRecorder::notes.drawn;
   const WindowDc dc(nullptr);
   MenuBarDraw bar{::GetMenu(window), dc.Get(), 0};
   drawn.clear();
   ::SendMessageW(window, kDrawMenuBar, 0, reinterpret_cast<LPARAM>(&bar));
   if (drawn.empty()) return;
-  lines.Add(L"menu bar" + drawn);
+  lines.push_back(L"menu bar" + drawn);
   for (const int state : {0, ODS_GRAYED, ODS_DISABLED | ODS_SELECTED, ODS_SELECTED, ODS_HOTLIGHT | ODS_INACTIVE, ODS_DEFAULT,
                           ODS_INACTIVE, ODS_NOACCEL}) {
     MenuBarItemDraw item{{0, 0, 0, 0, static_cast<UINT>(state), nullptr, nullptr, {10, 20, 60, 40}, 0}, bar, 1};
     drawn.clear();
     ::SendMessageW(window, kDrawMenuBarItem, 0, reinterpret_cast<LPARAM>(&item));
-    lines.Add(FormatText(L"item %x", state) + drawn);
+    lines.push_back(FormatText(L"item %x", state) + drawn);
   }
 }
 
@@ -171,15 +161,15 @@ std::wstring ThemeOf(HWND window) {
 
 }  // namespace
 
-void AddLayout(HWND window, const std::wstring& prefix, std::map<std::wstring, std::wstring>& state) {
-  Lines lines{prefix, state};
+std::vector<std::wstring> LayoutOf(HWND window) {
+  std::vector<std::wstring> lines;
   const RECT frame = RectIn(nullptr, window);
-  lines.Add((StyleOf(window) & WS_THICKFRAME) == 0
-                ? TextOf(window)
-                : FormatText(L"%ls %d %d", TextOf(window).c_str(), int{frame.right}, int{frame.bottom}));
+  lines.push_back((StyleOf(window) & WS_THICKFRAME) == 0
+                      ? TextOf(window)
+                      : FormatText(L"%ls %d %d", TextOf(window).c_str(), int{frame.right}, int{frame.bottom}));
   ForEachMenuItem(::GetMenu(window), [&lines](const MenuItem& item) {
     const std::wstring id = item.popup == nullptr && item.id != 0 ? L" #" + std::to_wstring(item.id) : L"";
-    lines.Add(std::wstring(2 * item.depth, L' ') + (item.text.empty() ? L"-" : item.text) + id);
+    lines.push_back(std::wstring(2 * item.depth, L' ') + (item.text.empty() ? L"-" : item.text) + id);
   });
   for (HWND control : ControlsOf(window)) {
     const auto style = static_cast<DWORD>(StyleOf(control));
@@ -191,14 +181,14 @@ void AddLayout(HWND window, const std::wstring& prefix, std::map<std::wstring, s
     if ((style & WS_VISIBLE) == 0) text += L" hidden";
     const bool icon = name == L"Static" && (style & SS_TYPEMASK) == SS_ICON;
     if (!icon && name != L"Edit") text += L" \"" + TextOf(control) + L"\"";
-    lines.Add(name == L"SysListView32" ? text + ColumnsOf(control) : text);
+    lines.push_back(name == L"SysListView32" ? text + ColumnsOf(control) : text);
   }
+  return lines;
 }
 
-void AddColours(HWND window, const std::wstring& prefix, std::map<std::wstring, std::wstring>& state) {
-  Lines lines{prefix, state};
+std::vector<std::wstring> ColoursOf(HWND window) {
+  std::vector<std::wstring> lines = {L"window" + BackgroundOf(window) + ThemeOf(window)};
   std::map<std::wstring, std::wstring> answers;
-  lines.Add(L"window" + BackgroundOf(window) + ThemeOf(window));
   for (HWND control : ControlsOf(window)) {
     if (!::IsWindowVisible(control)) continue;
     const std::wstring name = ClassOf(control);
@@ -213,8 +203,9 @@ void AddColours(HWND window, const std::wstring& prefix, std::map<std::wstring, 
     if (name == L"SysTabControl32") text += BackgroundOf(control) + (::GetWindowTheme(control) == nullptr ? L" plain" : L"");
     const bool drawn = name == L"Static" ? (style & SS_TYPEMASK) == SS_OWNERDRAW
                                          : name == L"SysTabControl32" && (style & TCS_OWNERDRAWFIXED) != 0;
-    lines.Add(drawn ? text + DrawnOf(window, control) : text);
+    lines.push_back(drawn ? text + DrawnOf(window, control) : text);
   }
-  for (const auto& [colors, ids] : answers) lines.Add(colors + ids);
+  for (const auto& [colors, ids] : answers) lines.push_back(colors + ids);
   if (::GetMenu(window) != nullptr) AddMenuBar(window, lines);
+  return lines;
 }

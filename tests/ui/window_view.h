@@ -1,13 +1,13 @@
 #pragma once
 
-// A window as lines of text under numbers of their own: what it is made of, and what it and its controls look like.
+// A window as lines of text: what it is made of, and what it and its controls look like.
 
 #include <windows.h>
 
-#include <map>
 #include <string>
+#include <vector>
 
 /// Its menus, and its controls in the order of Tab with ids, rectangles in dialog units, styles, marks and texts.
-void AddLayout(HWND window, const std::wstring& prefix, std::map<std::wstring, std::wstring>& state);
+std::vector<std::wstring> LayoutOf(HWND window);
 /// What it answers its visible controls for colours and how they paint; under a recorder also their themes and the menu bar.
-void AddColours(HWND window, const std::wstring& prefix, std::map<std::wstring, std::wstring>& state);
+std::vector<std::wstring> ColoursOf(HWND window);
