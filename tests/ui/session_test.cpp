@@ -51,7 +51,7 @@ namespace {
 
 const bool kWriting = std::getenv("VANTORA_GOLDEN") != nullptr;
 constexpr std::size_t kMostRows = 30;
-constexpr std::size_t kMostChars = 200;
+constexpr std::size_t kMostChars = 250;
 // Of the system's file dialogs.
 constexpr int kFileNameBox = 0x47C;
 constexpr int kFileTypeBox = 0x470;
@@ -124,37 +124,19 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
   [[nodiscard]] HWND Page() const { return ::GetDlgItem(Main(), IDC_RECENT_ALERTS); }
   [[nodiscard]] HWND Box() const { return ::FindWindowExW(Rules(), nullptr, L"Edit", nullptr); }
 
-  /// What differs from machine to machine or needs more than a line, and what stands for it.
-  [[nodiscard]] std::vector<std::pair<std::wstring, std::wstring>> Names() const {
-    const std::filesystem::path path(folder.File(L""));
-    return {{L"\r", L"\\r"},
-            {L"\n", L"\\n"},
-            {L"\t", L"\\t"},
-            {std::wstring(1, L'\0'), L"\\0"},
-            {L"\xFEFF", L"<mark>"},
-            {path.wstring(), L"<folder>"},
-            {path.parent_path().filename().wstring(), L"<folder>"},
-            {DefaultLogFilePath(), L"<default log>"}};
-  }
+  /// On one line, short, and the same on every machine.
   [[nodiscard]] std::wstring Shown(std::wstring text) const {
-    for (const auto& [plain, shown] : Names()) Replace(text, plain, shown);
+    const std::filesystem::path path(folder.File(L""));
+    const std::pair<std::wstring, std::wstring> names[] = {{L"\r", L"<CR>"},
+                                                           {L"\n", L"<LF>"},
+                                                           {L"\t", L"<TAB>"},
+                                                           {L"\xFEFF", L"<U+FEFF>"},
+                                                           {path.wstring(), L"<folder>"},
+                                                           {path.parent_path().filename().wstring(), L"<folder>"},
+                                                           {DefaultLogFilePath(), L"<default log>"}};
+    for (const auto& [plain, shown] : names) Replace(text, plain, shown);
     if (text.size() <= kMostChars) return text;
     return Words(text.substr(0, 30), L"...(", text.size(), L")...", text.substr(text.size() - 30));
-  }
-  /// The other way round; {300*q} stands for three hundred of them with # as their number.
-  [[nodiscard]] std::wstring Plain(std::wstring text) const {
-    for (const auto& [plain, shown] : Names()) Replace(text, shown, plain);
-    const std::size_t open = text.find(L'{');
-    const std::size_t star = text.find(L'*', open);
-    if (star == std::wstring::npos) return text;
-    const std::size_t end = text.find(L'}', star);
-    std::wstring repeated;
-    for (int number = 0; number < std::stoi(text.substr(open + 1)); ++number) {
-      std::wstring unit = text.substr(star + 1, end - star - 1);
-      Replace(unit, L"#", std::to_wstring(number));
-      repeated += unit;
-    }
-    return text.replace(open, end + 1 - open, repeated);
   }
   static std::wstring Shown(const WindowPlacement& place) {
     return Words(place.left, L" ", place.top, L" ", place.right, L" ", place.bottom);
@@ -437,15 +419,16 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
     updates.UpdateAvailableEvent.Signal();
     Post(Main(), int{UWM_UPDATE_AVAILABLE});
   }
-  void ClickLink() {
-    NMLINK link{};
-    link.hdr = {::GetDlgItem(Main(), IDC_VERSION_LINK), IDC_VERSION_LINK, static_cast<UINT>(NM_CLICK)};
-    ::SendMessageW(Main(), WM_NOTIFY, IDC_VERSION_LINK, reinterpret_cast<LPARAM>(&link));
+  void CopyLines(std::int32_t count, const std::wstring& end) {
+    std::wstring text;
+    for (int line = 0; line < count; ++line) text += Words(L"process number ", line, L".exe", end);
+    SetClipboard(text);
   }
 
   void Do(const std::wstring& step) {
     const auto [name, escaped] = Halves(step, L' ');
-    const std::wstring words = Plain(escaped);
+    std::wstring words = Plain(escaped);
+    Replace(words, L"<folder>", folder.File(L""));
     const std::pair halves = Halves(words, L'=');  // no structured binding: clang 14 cannot capture those
     std::wistringstream numbers(words);
     const std::vector<std::int32_t> n{std::istream_iterator<std::int32_t, wchar_t>(numbers), {}};
@@ -477,6 +460,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
            held_ = OwnFileHandle(::CreateFileW(folder.File(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
          }},
         {L"clipboard", [&] { SetClipboard(words); }},
+        {L"lines", [&] { CopyLines(n.at(0), Halves(words, L' ').second); }},
         {L"copied", [&] { Note(L"copied " + Shown(ReadClipboardText(nullptr).value_or(L"nothing"))); }},
         {L"theme", [&] { SetTheme(n); }},  // build, whether dark is asked for, high contrast, whether that can be refreshed
         {L"now",
@@ -516,7 +500,7 @@ class Session : public testing::TestWithParam<const char*>, protected TestProgra
         {L"type", [&] { SetText(Control(halves.first, 1), halves.second); }},
         {L"focus", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(words, 1)), TRUE); }},
         {L"link", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(::GetDlgItem(Main(), IDC_VERSION_LINK)), TRUE); }},
-        {L"click", [&] { ClickLink(); }},
+        {L"click", [&] { Click(::GetDlgItem(Main(), IDC_VERSION_LINK), 1, MAKELPARAM(170, 5)); }},
         {L"paste", [&] { Post(FocusOf(Top()), WM_PASTE); }},
         {L"key", [&] { Press(words, false); }},
         {L"ctrl", [&] { Press(words, true); }},

@@ -1,7 +1,6 @@
 #include "tests/ui/window_view.h"
 
 #include <commctrl.h>
-#include <uxtheme.h>
 
 #include <algorithm>
 #include <functional>
@@ -200,7 +199,7 @@ std::vector<std::wstring> ColoursOf(HWND window) {
       text += ThemeOf(ListView_GetHeader(control)) + ListColoursOf(control);
       if (HWND box = ::FindWindowExW(control, nullptr, L"Edit", nullptr)) text += L" box " + AnswerTo(control, box);
     }
-    if (name == L"SysTabControl32") text += BackgroundOf(control) + (::GetWindowTheme(control) == nullptr ? L" plain" : L"");
+    if (name == L"SysTabControl32") text += BackgroundOf(control);
     const bool drawn = name == L"Static" ? (style & SS_TYPEMASK) == SS_OWNERDRAW
                                          : name == L"SysTabControl32" && (style & TCS_OWNERDRAWFIXED) != 0;
     lines.push_back(drawn ? text + DrawnOf(window, control) : text);
