@@ -72,3 +72,8 @@ struct MenuItem {
 };
 /// Every item of the menu and of its popups, from top to bottom.
 void ForEachMenuItem(HMENU menu, const std::function<void(const MenuItem&)>& see, std::size_t depth = 0);
+
+/// A window's menus, and its controls in the order of Tab with ids, rectangles in dialog units, styles, marks and texts.
+std::vector<std::wstring> LayoutOf(HWND window);
+/// What it answers its visible controls for colours and how they paint; under a recorder also their themes and the menu bar.
+std::vector<std::wstring> ColoursOf(HWND window);

@@ -1,4 +1,4 @@
-#include "tests/ui/window_view.h"
+#include "tests/support/window_driver.h"
 
 #include <commctrl.h>
 
@@ -10,7 +10,6 @@
 #include "platform/handles.h"
 #include "platform/text_format.h"
 #include "tests/support/theme_recorder.h"
-#include "tests/support/window_driver.h"
 #include "ui/dark/dark_menu_bar.h"
 #include "ui/dark/dark_mode.h"
 
