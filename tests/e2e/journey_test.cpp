@@ -32,9 +32,12 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
   // What there is to see.
 
   [[nodiscard]] std::wstring Readable(std::wstring text) const {
-    for (const auto& [name, word] : {std::pair{ProgramPath(), L"(program)"},
-                                     {profile_.DataFolder(), L"(data)"},
-                                     {std::wstring(AppVersionDisplay), L"(version)"}}) {
+    const std::pair<std::wstring, std::wstring> names[] = {{ProgramPath(), L"(program)"},
+                                                           {profile_.DataFolder(), L"(data)"},
+                                                           {folder_, L"(installed)"},
+                                                           {AppVersionDisplay, L"(version)"},
+                                                           {AppVersion, L"(number)"}};
+    for (const auto& [name, word] : names) {
       for (std::size_t at = 0; (at = text.find(name)) != std::wstring::npos;) text.replace(at, name.size(), word);
     }
     for (const auto& [plain, shown] :
@@ -62,11 +65,20 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
       state[Words(word, L" ", name)] = ValueText(profile_.Get(key.c_str(), name).value_or(RegistryValue{}));
     }
   }
+  /// Keeps nobody from writing or deleting the file.
+  static std::string ReadShared(const std::wstring& path) {
+    const DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const UniqueHandle file = OwnFileHandle(::CreateFileW(path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, 0, nullptr));
+    std::string bytes(file != nullptr ? ::GetFileSize(file.get(), nullptr) : 0, '\0');
+    DWORD count = 0;
+    if (!::ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr)) return "(held)";
+    return bytes.substr(0, count);
+  }
   static void AddFiles(State& state, const std::wstring& word, const std::wstring& folder) {
     std::error_code ignored;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, ignored)) {
       if (!entry.is_regular_file() || entry.path().extension() == L".exe" || entry.path().extension() == L".dll") continue;
-      std::string bytes = ReadWholeFile(entry.path().wstring()).value_or("(held)");
+      std::string bytes = ReadShared(entry.path().wstring());
       if (bytes.starts_with(kRulesHead)) bytes.replace(0, std::string(kRulesHead).size(), "(head)");
       state[Words(word, L" ", std::filesystem::relative(entry.path(), folder).wstring())] = DecodeUtf8Text(bytes);
     }
@@ -86,12 +98,51 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
     for (const wchar_t* name : {kDialogClass, kMenuClass}) FindWindowOf(program.Id(), name, add);
     for (const auto& [name, count] : shown) state[name] = std::to_wstring(count);
   }
+#ifdef VANTORA_SETUP
+  void AddInstallation(State& state) const {
+    std::error_code ignored;
+    std::uint64_t bytes = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_, ignored)) {
+      WIN32_FILE_ATTRIBUTE_DATA data{};  // asked for without opening the file, which may be about to be deleted
+      ::GetFileAttributesExW(entry.path().c_str(), GetFileExInfoStandard, &data);
+      state[L"installed " + entry.path().filename().wstring()] = L"there";
+      bytes += data.nFileSizeLow;
+    }
+    if (PathExists(shortcut_)) state[L"shortcut"] = L"there";
+    const auto size = state.find(L"entry EstimatedSize");
+    if (size != state.end()) {
+      const bool isNear = std::abs(std::stol(size->second) - static_cast<long>(bytes / 1024)) <= 100;
+      size->second = isNear ? L"that of the files" : L"another";
+    }
+  }
+  void RunSetup(const std::wstring& file, const std::wstring& arguments) {
+    const auto code = RunningProgram(arguments, file).WaitForExit(40'000);
+    answers_.push_back(code ? Words(L"ends with ", *code) : L"does not end");
+  }
+  /// Whether the versions of file and product stand in the resources, the upper half first.
+  static bool HasVersion(const std::wstring& file) {
+    const std::string version("\0\0\0\0\7\0\2\0\0\0\0\0\7\0\2\0", 16);
+    return ReadShared(file).find(version) != std::string::npos;
+  }
+#endif
+  /// Who runs without having been started here, an installation's program, is the next letter.
+  void Adopt() {
+    DWORD id = 0;
+    ::GetWindowThreadProcessId(::FindWindowW(kTrayClass, nullptr), &id);
+    const auto isKnown = [id](const auto& program) { return program->Id() == id; };
+    if (id != 0 && std::none_of(programs_.begin(), programs_.end(), isKnown))
+      programs_.push_back(std::make_unique<RunningProgram>(id));
+  }
   [[nodiscard]] State Look() {
     State state;
+    Adopt();
     for (std::size_t i = 0; i < programs_.size(); ++i) AddProgram(state, Letter(i), *programs_[i]);
-    for (const wchar_t* word : {L"settings", L"old settings", L"run"}) AddValues(state, word);
+    for (const wchar_t* word : {L"settings", L"old settings", L"run", L"entry"}) AddValues(state, word);
     AddFiles(state, L"file", profile_.DataFolder());
     AddFiles(state, L"old file", profile_.LegacyFolder());
+#ifdef VANTORA_SETUP
+    AddInstallation(state);
+#endif
 #ifdef VANTORA_UPDATED_EXE
     if (PathExists(TestServer::File())) state[L"download"] = L"there";
 #endif
@@ -148,10 +199,12 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
   // What is done.
 
   static const std::map<std::wstring, const wchar_t*>& Keys() {
-    static const std::map<std::wstring, const wchar_t*> keys = {{L"settings", kSettings},
-                                                                {L"old settings", kLegacySettings},
-                                                                {L"run", kRun},
-                                                                {L"Wine", L"Software\\Wine\\AppDefaults\\vantora.exe"}};
+    static const std::map<std::wstring, const wchar_t*> keys = {
+        {L"settings", kSettings},
+        {L"old settings", kLegacySettings},
+        {L"run", kRun},
+        {L"entry", L"Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Vantora"},
+        {L"Wine", L"Software\\Wine\\AppDefaults\\vantora.exe"}};
     return keys;
   }
   /// "key name=value".
@@ -237,6 +290,25 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
         {L"answer", [&] { Answer(program(), kCommands.at(rest)); }},
         {L"end", [&] { program().PostToTray(UWM_TERMINATE, 0, 0); }},
         {L"edit", [&] { EditCell(program()); }},
+#ifdef VANTORA_SETUP
+        {L"install", [&] { RunSetup(FullPath(VANTORA_SETUP), words); }},
+        {L"installold", [&] { RunSetup(FullPath(VANTORA_OLD_SETUP), words); }},
+        {L"uninstall", [&] { RunSetup(folder_ + L"\\uninstall.exe", words == L"in place" ? L"/S _?=" + folder_ : words); }},
+        {L"startinstalled", [&] { Start(words, folder_ + L"\\vantora.exe"); }},
+        {L"versions",
+         [&] { answers_.push_back(HasVersion(ProgramPath()) && HasVersion(FullPath(VANTORA_SETUP)) ? L"there" : L"missing"); }},
+        {L"compare",
+         [&] {
+           const bool same = ReadShared(folder_ + L"\\vantora.exe") == ReadShared(ProgramPath());
+           answers_.push_back(same ? L"the program" : L"another");
+         }},
+        // A program that answers every switch with a failure has a logon task that nobody can remove.
+        {L"spoil", [&] { ::CopyFileW(L"C:\\windows\\system32\\reg.exe", (folder_ + L"\\vantora.exe").c_str(), FALSE); }},
+        {L"note", [&] { WriteFileBytes(profile_.DataFolder() + L"\\my notes.txt", "mine"); }},
+        // An instance that nothing ends, as one with more rights would be.
+        {L"block", [&] { blocker_.reset(::CreateEventW(nullptr, FALSE, FALSE, kRunningEvent)); }},
+        {L"unblock", [&] { blocker_.reset(); }},
+#endif
 #ifdef VANTORA_UPDATED_EXE
         {L"startupdatable", [&] { Start(words, FullPath(VANTORA_UPDATED_EXE)); }},
         {L"server", [&] { TestServer::Use(EncodeUtf8(words)); }},
@@ -298,6 +370,13 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
   std::vector<std::wstring> answers_;  ///< of the step
 #ifdef VANTORA_UPDATED_EXE
   TestServer server_;
+#endif
+  /// Where an installation goes.
+  const std::wstring folder_ = ::_wgetenv(L"LOCALAPPDATA") + std::wstring(L"\\Programs\\Vantora");
+#ifdef VANTORA_SETUP
+  const std::wstring shortcut_ =
+      ::_wgetenv(L"APPDATA") + std::wstring(L"\\Microsoft\\Windows\\Start Menu\\Programs\\Vantora.lnk");
+  UniqueHandle blocker_;
 #endif
   ULONGLONG clock_ = 0;
   HWND oldProgram_ = nullptr;

@@ -45,6 +45,8 @@ class RunningProgram {
     process_.reset(started.hProcess);
     id_ = started.dwProcessId;
   }
+  /// One that was started by somebody else.
+  explicit RunningProgram(DWORD id) : process_(::OpenProcess(PROCESS_ALL_ACCESS, FALSE, id)), id_(id) {}
   ~RunningProgram() {
     ::TerminateProcess(process_.get(), 99);
     ::WaitForSingleObject(process_.get(), kPatienceMs);
