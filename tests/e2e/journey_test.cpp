@@ -5,13 +5,16 @@
 
 #include <windows.h>
 
+#include <psapi.h>
 #include <shellapi.h>
+#include <tlhelp32.h>
 
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <regex>
 
+#include "core/records.h"
 #include "platform/text_encoding.h"
 #include "tests/support/program_test.h"
 #include "tests/tables/table_text.h"
@@ -23,6 +26,13 @@
 namespace e2e {
 namespace {
 
+/// The executable name under which a rule finds this process.
+std::wstring OwnName() {
+  wchar_t path[MAX_PATH]{};
+  ::GetModuleFileNameW(nullptr, path, MAX_PATH);
+  return std::filesystem::path(path).filename().wstring();
+}
+
 const bool kWriting = std::getenv("VANTORA_GOLDEN") != nullptr;
 
 class Journey : public EndToEndTest, public testing::WithParamInterface<const char*> {
@@ -31,15 +41,44 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
 
   // What there is to see.
 
+  /// As the system's process list counts this process's.
+  static DWORD OwnThreadCount() {
+    const UniqueHandle snapshot = OwnFileHandle(::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof(entry);
+    BOOL more = ::Process32FirstW(snapshot.get(), &entry);
+    while (more && entry.th32ProcessID != ::GetCurrentProcessId()) more = ::Process32NextW(snapshot.get(), &entry);
+    return entry.cntThreads;
+  }
+  /// Figures that are right are shown in words; the others stay as they are.
+  [[nodiscard]] std::wstring WithoutFigures(std::wstring text) const {
+    static const std::wregex kFigure(L"(Working Set: |CPU: )([0-9.]+)");
+    PROCESS_MEMORY_COUNTERS counters{};
+    ::K32GetProcessMemoryInfo(::GetCurrentProcess(), &counters, sizeof(counters));
+    const double workingSetMb = static_cast<double>(counters.WorkingSetSize / kBytesPerMb);
+    std::wstring shown;
+    for (std::wsmatch found; std::regex_search(text, found, kFigure); text = found.suffix().str()) {
+      const double figure = std::stod(found[2]);
+      std::wstring word = found[2];
+      if (found[1] == L"Working Set: " && std::abs(figure - workingSetMb) <= 8) word = L"(own)";
+      if (found[1] == L"CPU: " && figure >= 0.5 && figure <= 100.0) word = L"(share)";
+      shown += found.prefix().str() + found[1].str() + word;
+    }
+    return std::regex_replace(shown + text, std::wregex(L"\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d"), L"(time)");
+  }
   [[nodiscard]] std::wstring Readable(std::wstring text) const {
-    const std::pair<std::wstring, std::wstring> names[] = {{ProgramPath(), L"(program)"},
-                                                           {profile_.DataFolder(), L"(data)"},
-                                                           {folder_, L"(installed)"},
-                                                           {AppVersionDisplay, L"(version)"},
-                                                           {AppVersion, L"(number)"}};
+    const std::pair<std::wstring, std::wstring> names[] = {{ProgramPath(), L"(program)"}, {profile_.DataFolder(), L"(data)"},
+                                                           {folder_, L"(installed)"},     {AppVersionDisplay, L"(version)"},
+                                                           {AppVersion, L"(number)"},     {OwnName(), L"(self)"}};
     for (const auto& [name, word] : names) {
       for (std::size_t at = 0; (at = text.find(name)) != std::wstring::npos;) text.replace(at, name.size(), word);
     }
+    const auto replaceId = [&text](DWORD id, const std::wstring& word) {
+      text = std::regex_replace(text, std::wregex(Words(L"\\b", id, L"\\b")), word);
+    };
+    replaceId(::GetCurrentProcessId(), L"(pid)");
+    for (std::size_t i = 0; i < programs_.size(); ++i) replaceId(programs_[i]->Id(), Letter(i));
+    text = WithoutFigures(text);
     for (const auto& [plain, shown] :
          {std::pair{L"\r", L"<CR>"}, {L"\n", L"<LF>"}, {L"\t", L"<TAB>"}, {L"\xFEFF", L"<U+FEFF>"}}) {
       for (std::size_t at = 0; (at = text.find(plain, at)) != std::wstring::npos; ++at) text.replace(at, 1, shown);
@@ -90,7 +129,9 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
     const auto add = [&](HWND window) {
       if (!::IsWindowVisible(window)) return false;
       const bool isMain = ::GetDlgItem(window, IDC_VERSION_LINK) != nullptr;
-      const std::wstring text = TextOfItem(window, isMain ? IDC_VERSION_LINK : 1001);
+      HWND alerts = TextOf(window).ends_with(L"Alert Log") ? ::GetDlgItem(window, IDC_ALERT_LIST) : nullptr;
+      const std::wstring text =
+          alerts != nullptr ? Words(RowCount(alerts), L" alerts") : TextOfItem(window, isMain ? IDC_VERSION_LINK : 1001);
       ++shown[Words(letter, L" shows ", ClassOf(window) == kMenuClass ? L"a menu" : TextOf(window), text.empty() ? L"" : L" | ",
                     text)];
       return false;
@@ -161,7 +202,7 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
     heard_.calls = calls.size();
     for (std::size_t call = heardBefore_.calls; call < calls.size(); ++call) heard.push_back(L"taskbar: " + calls[call]);
     static const std::regex kLine(
-        "\n(\\d+) ((?:MonitorEngine::Stop|RuleStore::|Existing instance|Monitoring |MainDialogThread)[^\n]*)");
+        "\n(\\d+) ((?:MonitorEngine::Stop|RuleStore::|ALERT|Existing instance|Monitoring |MainDialogThread)[^\n]*)");
     const std::string all = debug_.All();
     heard_.lines = all.size();
     const std::string lines = all.substr(heardBefore_.lines);
@@ -318,7 +359,23 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
         {L"text", [&] { Set(words, REG_SZ); }},
         {L"texts", [&] { Set(words, REG_MULTI_SZ); }},
         {L"forget", [&] { ::RegDeleteTreeW(HKEY_CURRENT_USER, Keys().at(words)); }},
-        {L"rules", [&] { profile_.WriteRules({EncodeUtf8(words)}); }},
+        {L"rules", [&] { profile_.WriteRules({EncodeUtf8(std::regex_replace(words, std::wregex(L"\\(self\\)"), OwnName()))}); }},
+        {L"threads",
+         [&] {
+           while (OwnThreadCount() < std::stoul(words)) {
+             threads_.emplace_back([](const std::stop_token& end) {
+               while (!end.stop_requested()) ::Sleep(20);
+             });
+           }
+         }},
+        {L"busy",
+         [&] {
+           threads_.emplace_back([tray = program().WaitForTray()](const std::stop_token& end) {
+             while (!end.stop_requested()) ::SendMessageW(tray, WM_NULL, 0, 0);
+           });
+         }},
+        {L"pause", [&] { ::Sleep(std::stoul(words)); }},
+        {L"escape", [&] { program().PostToTray(WM_CANCELMODE, 0, 0); }},
         {L"file", [&] { WriteFileBytes(profile_.RulesFile(), EncodeUtf8(words)); }},
         {L"oldrules", [&] { WriteFileBytes(profile_.LegacyFolder() + L"\\rules.csv", EncodeUtf8(words)); }},
         {L"schtasks", [&] { Task(words); }},
@@ -378,6 +435,7 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
       ::_wgetenv(L"APPDATA") + std::wstring(L"\\Microsoft\\Windows\\Start Menu\\Programs\\Vantora.lnk");
   UniqueHandle blocker_;
 #endif
+  std::vector<std::jthread> threads_;
   ULONGLONG clock_ = 0;
   HWND oldProgram_ = nullptr;
   int asked_ = 0;

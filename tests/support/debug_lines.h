@@ -10,7 +10,6 @@
 #include <thread>
 
 #include "platform/handles.h"
-#include "tests/support/wait.h"
 
 namespace e2e {
 
@@ -20,21 +19,6 @@ class DebugLines {
   [[nodiscard]] std::string All() const {
     std::lock_guard lock(mutex_);
     return lines_;
-  }
-  /// How many lines of the process begin with the text.
-  [[nodiscard]] int Count(DWORD processId, const std::string& text) const {
-    const std::string start = "\n" + std::to_string(processId) + " " + text;
-    const std::string lines = All();
-    int count = 0;
-    for (std::size_t at = 0; (at = lines.find(start, at)) != std::string::npos; ++at) ++count;
-    return count;
-  }
-  [[nodiscard]] bool WaitFor(DWORD processId, const std::string& text) const {
-    return WaitUntil([&] { return Count(processId, text) != 0; });
-  }
-  /// True when the text comes, and comes once: a process may be gone a moment before its last line has been read.
-  [[nodiscard]] bool ComesOnce(DWORD processId, const std::string& text) const {
-    return WaitFor(processId, text) && Count(processId, text) == 1;
   }
 
  private:

@@ -80,11 +80,6 @@ class RunningProgram {
   void ChooseFromTrayMenu(wchar_t mnemonic) const {
     if (OpenTrayMenu()) PostToTray(WM_CHAR, mnemonic, 0);
   }
-  /// Asks the program to end as "-terminate" does, and waits for it. False when it has not ended with 0.
-  [[nodiscard]] bool End(DWORD timeoutMs = kPatienceMs) const {
-    PostToTray(UWM_TERMINATE, 0, 0);
-    return WaitForExit(timeoutMs) == 0u;
-  }
 
  private:
   template <class Accepts>
@@ -97,9 +92,6 @@ class RunningProgram {
   UniqueHandle process_;
   DWORD id_ = 0;
 };
-
-/// Starts the program for a job and returns its exit code.
-inline std::optional<DWORD> RunToEnd(const std::wstring& arguments) { return RunningProgram(arguments).WaitForExit(); }
 
 class EndToEndTest : public testing::Test {
  protected:

@@ -37,12 +37,6 @@ class ShellStandIn {
     std::erase_if(calls, [&start](const std::wstring& call) { return !call.starts_with(start); });
     return calls;
   }
-  /// What the n-th balloon says, counted from 0, once it has come; empty when it does not. All are of one kind and time.
-  [[nodiscard]] std::wstring WaitForBalloon(std::size_t index) const {
-    const std::wstring kind = L"balloon 0 10000 ";
-    return WaitUntil([&] { return Calls(kind).size() > index; }) ? Calls(kind)[index].substr(kind.size()) : L"";
-  }
-
   /// While it holds, no icon can be added.
   std::atomic<bool> refusing{false};
 
