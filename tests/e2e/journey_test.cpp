@@ -55,7 +55,7 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
     static const std::wregex kFigure(L"(Working Set: |CPU: )([0-9.]+)");
     PROCESS_MEMORY_COUNTERS counters{};
     ::K32GetProcessMemoryInfo(::GetCurrentProcess(), &counters, sizeof(counters));
-    const double workingSetMb = static_cast<double>(counters.WorkingSetSize / kBytesPerMb);
+    const double workingSetMb = static_cast<double>(counters.WorkingSetSize) / kBytesPerMb;
     std::wstring shown;
     for (std::wsmatch found; std::regex_search(text, found, kFigure); text = found.suffix().str()) {
       const double figure = std::stod(found[2]);

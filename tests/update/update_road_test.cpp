@@ -8,6 +8,7 @@
 #include "tests/support/debug_lines.h"
 #include "tests/support/diagnostic_lines.h"
 #include "tests/support/profile.h"
+#include "tests/support/wait.h"
 #include "tests/update_server/test_server.h"
 #include "update/installer_start.h"
 #include "update/update_check.h"
