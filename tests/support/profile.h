@@ -97,7 +97,7 @@ class Profile {
  private:
   void Clear() const {
     for (const wchar_t* key : {kSettings, kLegacySettings}) ::RegDeleteTreeW(HKEY_CURRENT_USER, key);
-    for (const wchar_t* name : {L"Vantora", L"Halvern"}) ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRun, name);
+    for (const wchar_t* name : {L"Vantora", L"Halvern", L"Other"}) ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRun, name);
     std::error_code ignored;
     for (const std::wstring& folder : {DataFolder(), LegacyFolder()}) std::filesystem::remove_all(folder, ignored);
   }
