@@ -39,6 +39,16 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
  protected:
   using State = std::map<std::wstring, std::wstring>;
 
+#ifdef VANTORA_SETUP
+  /// Removes what a journey has left that did not come to its end.
+  void SetUp() override {
+    EndToEndTest::SetUp();
+    if (!PathExists(folder_ + L"\\uninstall.exe")) return;
+    RunSetup(folder_ + L"\\uninstall.exe", L"/S /PURGE");
+    EXPECT_TRUE(WaitUntil([this] { return !PathExists(folder_); }));
+  }
+#endif
+
   // What there is to see.
 
   /// As the system's process list counts this process's.
@@ -447,6 +457,7 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
 TEST_P(Journey, GoesAsWritten) {
   const std::string path = std::string(VANTORA_GOLDEN_FOLDER "/journeys/") + GetParam() + ".txt";
   std::ifstream text(path);
+  ASSERT_TRUE(text.is_open()) << "no such text";
   std::string written;
   std::string step;
   std::string expected;
