@@ -289,7 +289,8 @@ double CycleSeconds(std::uint32_t processes, std::uint32_t ruleCount) {
     SimulatedProcess process;
     process.pid = each.pid;
     process.name = each.name;
-    process.times = {1, each.pid, each.pid};
+    process.creationTime = 1;
+    process.kernelTime = process.userTime = each.pid;
     table->Put(process);
   }
   const FixedRules rules(ManyRules(ruleCount));

@@ -21,6 +21,7 @@
 #endif
 
 #include "tests/support/throwaway_folder.h"
+#include "tests/tables/table_text.h"
 
 namespace {
 
@@ -43,13 +44,6 @@ std::string Name() {
 }
 constexpr char kPathSeparator = ':';
 #endif
-
-std::string Replace(const std::string& text, const std::string& what, const std::string& by) {
-  std::string replaced = text;
-  for (std::size_t at = 0; (at = replaced.find(what, at)) != std::string::npos; at += by.size())
-    replaced.replace(at, what.size(), by);
-  return replaced;
-}
 
 TEST(Console, AnswersAsTold) {
   const ThrowawayFolder folder;

@@ -31,7 +31,7 @@ class MonitorEngineTest : public testing::Test {
 TEST_F(MonitorEngineTest, AlertCarriesTheProcessTheRuleAndTheLocalTime) {
   table->Put(MakeProcess(77, L"busy\n.exe", 11));
   engine.RunCycle();
-  EXPECT_EQ(table->ListCount(), 0u) << "nothing is listed without rules";
+  EXPECT_EQ(table->lists, 0u) << "nothing is listed without rules";
   rules.Set({ThreadRule(9, 10)});
   engine.RunCycle();
   EXPECT_EQ(sink.Take(), (std::vector<AlertRecord>{{clock.Now(), 77, L"busy?.exe", 9, L"Threads: 11 > 10"}}));
@@ -99,7 +99,7 @@ TEST_F(MonitorEngineTest, OpensAndAlertsAsAPlainModelDoes) {
     std::sort(alerted.begin(), alerted.end());
     std::sort(expected.begin(), expected.end());
     ASSERT_EQ(alerted, expected) << cycle;
-    ASSERT_EQ(std::map(table->Opened().begin(), table->Opened().end()), opened) << cycle;
+    ASSERT_EQ(std::map(table->opened.begin(), table->opened.end()), opened) << cycle;
     // Needed no more: the process is gone and every cooldown of the rule has run out.
     std::erase_if(last, [&](const auto& entry) {
       return table->Find(entry.first.first) == nullptr && std::none_of(list.begin(), list.end(), [&](const ThresholdRule& rule) {

@@ -17,7 +17,7 @@ struct TroubledMachine final : SimulatedProcessTable {
   }
   bool ListProcesses(std::vector<ProcessEntry>& entries, std::uint32_t& error) override {
     const bool listed = SimulatedProcessTable::ListProcesses(entries, error);
-    beforeList(ListCount());
+    beforeList(lists);
     return listed;
   }
   const std::function<void(std::size_t)> beforeList;
@@ -39,7 +39,7 @@ TEST(MonitorWorker, WaitsBeforeTheFirstCycleObeysIntervalAndPauseAndSurvivesACyc
   std::vector<std::size_t> lists;
   clock.onWait = [&](Event& event, std::uint32_t timeoutMs) {
     timeouts.push_back(timeoutMs);
-    lists.push_back(machine->ListCount());
+    lists.push_back(machine->lists);
     if (lists.size() == 2) engine.SetIntervalMs(1000);
     if (lists.size() == 3) engine.SetPaused(true);
     if (lists.size() == 5) engine.SetPaused(false);

@@ -1,7 +1,6 @@
 // Journeys: what a user, Windows and other programs do with the built program step by step, and everything that changes with each
 // step: its windows and its end, the taskbar's calls, what it says, the registry, its files and what the update server is asked,
-// one text for each subject in golden/journeys. A line with "> " is a step; below it stand its changes, which may take their
-// time. VANTORA_GOLDEN=write writes those anew. The programs are A, B and so on in the order of their starts.
+// one text for each subject in golden/journeys. The programs are A, B and so on in the order of their starts.
 
 #include <windows.h>
 
@@ -9,15 +8,15 @@
 #include <shellapi.h>
 #include <tlhelp32.h>
 
-#include <fstream>
-#include <iostream>
-#include <map>
 #include <regex>
 
 #include "core/records.h"
 #include "platform/text_encoding.h"
+#include "tests/support/debug_lines.h"
+#include "tests/support/profile.h"
 #include "tests/support/program_test.h"
-#include "tests/tables/table_text.h"
+#include "tests/support/shell_stand_in.h"
+#include "tests/support/steps_test.h"
 #include "update/version.h"
 #ifdef VANTORA_UPDATED_EXE
 #include "tests/update_server/test_server.h"
@@ -33,21 +32,22 @@ std::wstring OwnName() {
   return std::filesystem::path(path).filename().wstring();
 }
 
-const bool kWriting = std::getenv("VANTORA_GOLDEN") != nullptr;
-
-class Journey : public EndToEndTest, public testing::WithParamInterface<const char*> {
+class Journey : public StepsTest {
  protected:
-  using State = std::map<std::wstring, std::wstring>;
-
-#ifdef VANTORA_SETUP
-  /// Removes what a journey has left that did not come to its end.
   void SetUp() override {
-    EndToEndTest::SetUp();
+    ASSERT_EQ(::FindWindowW(kTrayClass, nullptr), nullptr) << "an instance is running";
+#ifdef VANTORA_SETUP
+    // What a journey has left that did not come to its end.
     if (!PathExists(folder_ + L"\\uninstall.exe")) return;
     RunSetup(folder_ + L"\\uninstall.exe", L"/S /PURGE");
-    EXPECT_TRUE(WaitUntil([this] { return !PathExists(folder_); }));
-  }
+    EXPECT_TRUE(WaitUntil([this] {
+      State left;
+      AddValues(left, L"entry");
+      return left.empty() && !PathExists(folder_);
+    }));
+    profile_.Set(L"UpdateChecksDisabled", 1);
 #endif
+  }
 
   // What there is to see.
 
@@ -76,25 +76,24 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
     }
     return std::regex_replace(shown + text, std::wregex(L"\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d"), L"(time)");
   }
-  [[nodiscard]] std::wstring Readable(std::wstring text) const {
-    const std::pair<std::wstring, std::wstring> names[] = {{ProgramPath(), L"(program)"}, {profile_.DataFolder(), L"(data)"},
-                                                           {folder_, L"(installed)"},     {AppVersionDisplay, L"(version)"},
-                                                           {AppVersion, L"(number)"},     {OwnName(), L"(self)"}};
-    for (const auto& [name, word] : names) {
-      for (std::size_t at = 0; (at = text.find(name)) != std::wstring::npos;) text.replace(at, name.size(), word);
-    }
+  [[nodiscard]] std::wstring Readable(const std::wstring& line) const override {
+    std::wstring text = WithWords(line, {{ProgramPath(), L"(program)"},
+                                         {profile_.DataFolder(), L"(data)"},
+                                         {folder_, L"(installed)"},
+                                         {AppVersionDisplay, L"(version)"},
+                                         {AppVersion, L"(number)"},
+#ifdef VANTORA_UPDATED_EXE
+                                         {TestServer::Path(L""), L"(served)\\"},
+                                         {::_wgetenv(L"VANTORA_TEST_UPDATE_SERVER"), L"(server)"},
+#endif
+                                         {OwnName(), L"(self)"}});
     const auto replaceId = [&text](DWORD id, const std::wstring& word) {
       text = std::regex_replace(text, std::wregex(Words(L"\\b", id, L"\\b")), word);
     };
     replaceId(::GetCurrentProcessId(), L"(pid)");
     for (std::size_t i = 0; i < programs_.size(); ++i) replaceId(programs_[i]->Id(), Letter(i));
-    text = WithoutFigures(text);
-    for (const auto& [plain, shown] :
-         {std::pair{L"\r", L"<CR>"}, {L"\n", L"<LF>"}, {L"\t", L"<TAB>"}, {L"\xFEFF", L"<U+FEFF>"}}) {
-      for (std::size_t at = 0; (at = text.find(plain, at)) != std::wstring::npos; ++at) text.replace(at, 1, shown);
-    }
     std::replace(text.begin(), text.end(), L'\0', L'|');
-    return text;
+    return WithoutFigures(text);
   }
   static std::wstring ValueText(const RegistryValue& value) {
     if (value.type == REG_DWORD) return std::to_wstring(*reinterpret_cast<const DWORD*>(value.bytes.data()));
@@ -184,7 +183,7 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
     if (id != 0 && std::none_of(programs_.begin(), programs_.end(), isKnown))
       programs_.push_back(std::make_unique<RunningProgram>(id));
   }
-  [[nodiscard]] State Look() {
+  [[nodiscard]] State Look() override {
     State state;
     Adopt();
     for (std::size_t i = 0; i < programs_.size(); ++i) AddProgram(state, Letter(i), *programs_[i]);
@@ -195,7 +194,8 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
     AddInstallation(state);
 #endif
 #ifdef VANTORA_UPDATED_EXE
-    if (PathExists(TestServer::File())) state[L"download"] = L"there";
+    for (const std::wstring& file : {TestServer::File(), TestServer::Path(L"elsewhere\\vantorasetup.exe")})
+      if (PathExists(file)) state[file] = L"there";
 #endif
     if (UniqueHandle(::OpenEventW(SYNCHRONIZE, FALSE, kRunningEvent)) != nullptr) state[L"running"] = L"signed up";
     MSG message{};
@@ -205,14 +205,14 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
   }
   static std::wstring Letter(std::size_t program) { return std::wstring(1, static_cast<wchar_t>(L'A' + program)); }
 
-  /// What has been heard since the step before, in order.
-  [[nodiscard]] std::vector<std::wstring> Hear() {
+  [[nodiscard]] std::vector<std::wstring> Hear() override {
     std::vector<std::wstring> heard = answers_;
     const std::vector<std::wstring> calls = shell_.Calls();
     heard_.calls = calls.size();
     for (std::size_t call = heardBefore_.calls; call < calls.size(); ++call) heard.push_back(L"taskbar: " + calls[call]);
     static const std::regex kLine(
-        "\n(\\d+) ((?:MonitorEngine::Stop|RuleStore::|ALERT|Existing instance|Monitoring |MainDialogThread)[^\n]*)");
+        "\n(\\d+) ((?:MonitorEngine::Stop|RuleStore::|ALERT|Existing instance|Monitoring |MainDialogThread|"
+        "ERROR|WinVerifyTrust)[^\n]*)");
     const std::string all = debug_.All();
     heard_.lines = all.size();
     const std::string lines = all.substr(heardBefore_.lines);
@@ -223,7 +223,6 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
           heard.push_back(Letter(i) + L" says " + std::wstring(text.begin(), text.end()));
       }
     }
-    if (lines.find(" ERROR checking update") != std::string::npos) heard.push_back(L"the check fails");
 #ifdef VANTORA_UPDATED_EXE
     for (std::size_t at = 0; (at = lines.find(" Update check finished", at)) != std::string::npos; ++at)
       heard.push_back(L"a check ends");
@@ -234,19 +233,6 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
 #endif
     return heard;
   }
-  [[nodiscard]] std::string Changes(const State& now) {
-    std::wstring text;
-    for (const std::wstring& each : Hear()) text += Readable(each) + L"\n";
-    for (const auto& [name, value] : now) {
-      const auto before = state_.find(name);
-      if (before == state_.end() || before->second != value) text += Readable(name + L": " + value) + L"\n";
-    }
-    for (const auto& [name, value] : state_) {
-      if (!now.contains(name)) text += Readable(name) + L" is gone\n";
-    }
-    return EncodeUtf8(text);
-  }
-
   // What is done.
 
   static const std::map<std::wstring, const wchar_t*>& Keys() {
@@ -314,7 +300,9 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
     EXPECT_EQ(TextOf(box), L"a.exe");
     ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
   }
-  void Do(const std::wstring& step) {
+  void Do(const std::wstring& step) override {
+    answers_.clear();
+    heardBefore_ = heard_;
     const std::size_t blank = std::min(step.find(L' '), step.size());
     const std::wstring words = Plain(step.substr(std::min(blank + 1, step.size())));
     // Most are done to a program: "verb A words".
@@ -363,6 +351,9 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
 #ifdef VANTORA_UPDATED_EXE
         {L"startupdatable", [&] { Start(words, FullPath(VANTORA_UPDATED_EXE)); }},
         {L"server", [&] { TestServer::Use(EncodeUtf8(words)); }},
+        // For the programs that are started from now on.
+        {L"host", [&] { TestServer::UseServer(words.c_str()); }},
+        {L"temp", [&] { TestServer::UseTemp(TestServer::Path(words)); }},
 #endif
         {L"taskbar", [&] { ::SendNotifyMessageW(HWND_BROADCAST, ::RegisterWindowMessageW(L"TaskbarCreated"), 0, 0); }},
         {L"number", [&] { Set(words, REG_DWORD); }},
@@ -405,28 +396,6 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
     verbs.at(step.substr(0, blank))();
   }
 
-  /// Does the step and gives what it changed, once that is what was expected.
-  std::string Take(const std::string& step, const std::string& expected) {
-    answers_.clear();
-    Do(DecodeUtf8Text(step.substr(2)));
-    State now;
-    std::string changes;
-    int same = 0;
-    const auto isDone = [&] {
-      const std::string before = changes;
-      changes = Changes(now = Look());
-      same = changes == before ? same + 1 : 0;
-      // While results are written anew a step is over when all is quiet: soon where nothing was expected, late where something
-      // was that may still come.
-      if (kWriting && same == (expected.empty() ? 400 : 2000)) return true;
-      return changes == expected && !(kWriting && expected.empty());
-    };
-    EXPECT_TRUE(WaitUntil(isDone) || kWriting) << step << "\n" << changes << "in place of\n" << expected;
-    state_ = now;
-    heardBefore_ = heard_;
-    return changes;
-  }
-
   /// How much has been heard of each.
   struct Positions {
     std::size_t calls = 0;
@@ -435,7 +404,9 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
   };
   Positions heardBefore_;
   Positions heard_;
-  State state_;
+  Profile profile_;
+  ShellStandIn shell_;
+  DebugLines debug_;
   std::vector<std::unique_ptr<RunningProgram>> programs_;
   std::vector<std::wstring> answers_;  ///< of the step
 #ifdef VANTORA_UPDATED_EXE
@@ -454,33 +425,7 @@ class Journey : public EndToEndTest, public testing::WithParamInterface<const ch
   int asked_ = 0;
 };
 
-TEST_P(Journey, GoesAsWritten) {
-  const std::string path = std::string(VANTORA_GOLDEN_FOLDER "/journeys/") + GetParam() + ".txt";
-  std::ifstream text(path);
-  ASSERT_TRUE(text.is_open()) << "no such text";
-  std::string written;
-  std::string step;
-  std::string expected;
-  std::string remarks;
-  state_ = Look();
-  const auto finishStep = [&] {
-    if (!step.empty()) written += step + "\n" + Take(step, expected);
-    written += remarks;
-    step.clear(), expected.clear(), remarks.clear();
-  };
-  for (std::string line; std::getline(text, line);) {
-    if (line.empty() || line.starts_with("#")) {
-      remarks += line + "\n";
-    } else if (line.starts_with("> ")) {
-      finishStep();
-      step = line;
-    } else {
-      expected += line + "\n";
-    }
-  }
-  finishStep();
-  if (kWriting) std::ofstream(path, std::ios::binary) << written;
-}
+TEST_P(Journey, GoesAsWritten) { GoThrough("journeys", 2000); }
 
 INSTANTIATE_TEST_SUITE_P(Of, Journey, testing::Values(VANTORA_JOURNEYS),
                          [](const auto& each) { return std::string(each.param); });

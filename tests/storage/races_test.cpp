@@ -82,7 +82,7 @@ TEST_F(Races, CyclesSeeWholeChangesWhileWritersEditImportAndReset) {
   for (std::thread& writer : writers) writer.join();
   engine.Stop();
   EXPECT_GT(sink.alerts, 2U);
-  EXPECT_EQ(sink.broken + sink.alerts % 2, 0U);
+  EXPECT_EQ(sink.broken, 0U);  // the end may have come between the last two
   for (const ThresholdRule& rule : *store.Snapshot()) EXPECT_EQ(rule.processPattern, L"**") << "a removal was lost";
   // Saves never interleaved, and the last one wrote the last list.
   EXPECT_EQ(ParseRulesCsv(ReadTextFile(path).value_or(L"")), *store.Snapshot());

@@ -2,7 +2,6 @@
 
 // The diagnostic lines that the code under test writes while this lives. One at a time.
 
-#include <algorithm>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -24,15 +23,6 @@ class DiagnosticLines {
   DiagnosticLines(const DiagnosticLines&) = delete;
   DiagnosticLines& operator=(const DiagnosticLines&) = delete;
 
-  [[nodiscard]] static std::vector<std::wstring> Lines() {
-    std::lock_guard lock(mutex_);
-    return lines_;
-  }
-  /// Whether a line begins with the text.
-  [[nodiscard]] static bool Has(std::wstring_view start) {
-    const auto lines = Lines();
-    return std::any_of(lines.begin(), lines.end(), [start](const std::wstring& line) { return line.starts_with(start); });
-  }
   /// What has come since the last call.
   static std::vector<std::wstring> Take() {
     std::lock_guard lock(mutex_);

@@ -2,60 +2,21 @@
 
 // A Task Scheduler of our own, registered in this process in place of the system's, for what the system's has only as a stub (the
 // logon trigger) or cannot be made to do (fail at a given step). It writes down every call as a line of text. Its objects know
-// their functions by the places that these have in their interfaces; a call of any other is seen too.
+// their functions by the places that these have in their interfaces, which golden/task_scheduler.txt lists; a call of any other
+// is seen too.
 
 #include <windows.h>
 
 #include <taskschd.h>
 
-#include <algorithm>
+#include <fstream>
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "autostart/logon_trigger.h"
-
-struct FakeFunction {
-  const wchar_t* object;
-  int place;
-  const wchar_t* name;
-  const char* arguments;           ///< t: a text, n: a number, f: a flag, v: a variant, others are not shown; a result comes last
-  const wchar_t* gives = nullptr;  ///< the object that is the result
-};
-inline constexpr FakeFunction kFakeFunctions[] = {
-    {L"factory", 3, L"Create", "---", L"service"},
-    {L"service", 7, L"GetFolder", "t-", L"root"},
-    {L"service", 9, L"NewTask", "n-", L"definition"},
-    {L"service", 10, L"Connect", "vvvv"},
-    {L"root", 13, L"GetTask", "t-", L"task"},
-    {L"root", 15, L"DeleteTask", "tn"},
-    {L"root", 17, L"Register", "t-nvvnv-", L"task"},
-    {L"definition", 7, L"get info", "-", L"info"},
-    {L"definition", 9, L"get triggers", "-", L"triggers"},
-    {L"definition", 11, L"get settings", "-", L"settings"},
-    {L"definition", 15, L"get principal", "-", L"principal"},
-    {L"definition", 17, L"get actions", "-", L"actions"},
-    {L"info", 8, L"description", "t"},
-    {L"info", 10, L"author", "t"},
-    {L"principal", 8, L"principal id", "t"},
-    {L"principal", 12, L"principal user", "t"},
-    {L"principal", 14, L"logon type", "n"},
-    {L"principal", 18, L"run level", "n"},
-    {L"settings", 8, L"demand start", "f"},
-    {L"settings", 14, L"instances", "n"},
-    {L"settings", 16, L"stop on batteries", "f"},
-    {L"settings", 18, L"disallow on batteries", "f"},
-    {L"settings", 22, L"start when available", "f"},
-    {L"settings", 28, L"time limit", "t"},
-    {L"settings", 30, L"enabled", "f"},
-    {L"settings", 38, L"hidden", "f"},
-    {L"triggers", 10, L"create trigger", "n-", L"trigger"},
-    {L"trigger", 9, L"trigger id", "t"},
-    {L"trigger", 23, L"trigger user", "t"},
-    {L"actions", 12, L"create action", "n-", L"action"},
-    {L"action", 11, L"path", "t"},
-    {L"action", 13, L"arguments", "t"},
-};
+#include "tests/tables/table_text.h"
 
 /// Stands in for the system's from construction to destruction, for the thread's apartment.
 class FakeTaskScheduler {
@@ -81,7 +42,7 @@ class FakeTaskScheduler {
   long references = 0;       ///< held by the program on all objects together
 
  private:
-  using Words = const std::uintptr_t*;  ///< a call's arguments; values wider than a word by address
+  using Arguments = const std::uintptr_t*;  ///< values wider than a word by address
 
   /// What an interface pointer of the fake points at.
   struct Object {
@@ -118,16 +79,16 @@ class FakeTaskScheduler {
     lastCall = call;
     return call == failingCall ? failure : S_OK;
   }
-  static std::wstring Text(char kind, std::uintptr_t word) {
-    if (kind == 'n') return std::to_wstring(static_cast<LONG>(word));
-    if (kind == 'f') return std::to_wstring(static_cast<short>(word));
-    if (kind == 't') return word != 0 ? reinterpret_cast<BSTR>(word) : L"(null)";
-    if (kind != 'v') return {};
+  static std::wstring Text(wchar_t kind, std::uintptr_t word) {
+    if (kind == L'n') return std::to_wstring(static_cast<LONG>(word));
+    if (kind == L'f') return std::to_wstring(static_cast<short>(word));
+    if (kind == L't') return word != 0 ? reinterpret_cast<BSTR>(word) : L"(null)";
+    if (kind != L'v') return {};
     const auto& value = *reinterpret_cast<const VARIANT*>(word);
     return value.vt == VT_EMPTY ? L"empty" : value.vt == VT_BSTR ? L"'" + std::wstring(value.bstrVal) + L"'" : L"?";
   }
 
-  HRESULT Call(const Object& object, int place, Words words) {
+  HRESULT Call(const Object& object, int place, Arguments words) {
     // The three functions that every interface begins with.
     if (place == 0) {
       const auto& wanted = *reinterpret_cast<const IID*>(words[0]);
@@ -135,18 +96,17 @@ class FakeTaskScheduler {
       return Give(special ? Note(L"query " + object.name) : S_OK, object.name, words[1]);
     }
     if (place <= 2) return static_cast<HRESULT>(references += place == 1 ? 1 : -1);
-    const auto* function = std::find_if(std::begin(kFakeFunctions), std::end(kFakeFunctions), [&](const FakeFunction& each) {
-      return each.object == object.name && each.place == place;
-    });
-    if (function == std::end(kFakeFunctions)) return Note(object.name + L" function " + std::to_wstring(place));
+    const auto found = functions_.find({object.name, place});
+    if (found == functions_.end()) return Note(Words(object.name, L" function ", place));
+    const std::vector<std::wstring>& function = found->second;
     std::wstring text;
     std::size_t count = 0;
-    for (const char* kind = function->arguments; *kind != '\0'; ++kind) {
-      const std::wstring shown = Text(*kind, words[count++]);
+    for (const wchar_t kind : function[2]) {
+      const std::wstring shown = Text(kind, words[count++]);
       text += (text.empty() || shown.empty() ? L"" : L" ") + shown;
     }
-    const HRESULT result = Outcome(function->name, Note(function->name, text));
-    return function->gives != nullptr ? Give(result, function->gives, words[count - 1]) : result;
+    const HRESULT result = Outcome(function[3], Note(function[3], text));
+    return function.at(4).empty() ? result : Give(result, function.at(4), words[count - 1]);
   }
   /// What the task's being there makes of a call, and the call of the task.
   HRESULT Outcome(const std::wstring& call, HRESULT result) {
@@ -158,6 +118,17 @@ class FakeTaskScheduler {
     return needsTask && !existed ? HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND) : result;
   }
 
+  using Functions = std::map<std::pair<std::wstring, int>, std::vector<std::wstring>>;
+  static Functions ReadFunctions() {
+    Functions functions;
+    std::wifstream file(VANTORA_GOLDEN_FOLDER "/task_scheduler.txt");
+    for (std::wstring line; std::getline(file, line);) {
+      if (const auto parts = Split(line, L'|'); !line.starts_with(L"#")) functions[{parts.at(0), std::stoi(parts.at(1))}] = parts;
+    }
+    return functions;
+  }
+
+  const Functions functions_ = ReadFunctions();
   std::map<std::wstring, Object> objects_;
   DWORD registration_ = 0;
 };

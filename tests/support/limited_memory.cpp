@@ -11,7 +11,15 @@ void* operator new(std::size_t bytes) {
   ++allocationsMade;
   void* memory = fails ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
   if (memory == nullptr) throw std::bad_alloc();
+#ifdef _WIN32
+  liveBytes += ::_msize(memory);
+#endif
   return memory;
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept {
+#ifdef _WIN32
+  if (memory != nullptr) liveBytes -= ::_msize(memory);
+#endif
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }

@@ -3,6 +3,7 @@
 // Memory that runs out when a test says so. The allocation itself is in a source file of its own, since a compiler that sees both
 // ends of one complains.
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -10,6 +11,7 @@ inline thread_local std::size_t largestAllocation = SIZE_MAX;
 inline thread_local std::size_t allocationsLeft = SIZE_MAX;
 inline thread_local bool memoryRanOut = false;
 inline thread_local std::uint64_t allocationsMade = 0;
+inline std::atomic<std::size_t> liveBytes = 0;  ///< what C++ objects of all threads hold; counted on Windows alone
 
 /// While this lives, allocations of more than the limit fail on its thread, and the one after so many that succeeded.
 struct LimitedMemory {

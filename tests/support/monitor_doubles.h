@@ -23,9 +23,10 @@ inline ThresholdRule ThreadRule(std::uint32_t ruleId, std::uint32_t maxThreads, 
   return {.ruleId = ruleId, .processPattern = pattern, .maxThreads = maxThreads, .cooldownSec = cooldownSec};
 }
 
-inline SimulatedProcess MakeProcess(std::uint32_t pid, const wchar_t* name, std::uint32_t threads,
-                                    decltype(SimulatedProcess::times) times = {}) {
-  return {.pid = pid, .name = name, .threads = threads, .memory = {}, .times = times};
+inline SimulatedProcess MakeProcess(std::uint32_t pid, const wchar_t* name, std::uint32_t threads, std::uint64_t created = 0,
+                                    std::uint64_t kernelTime = 0, std::uint64_t userTime = 0) {
+  return {
+      {.pid = pid, .name = name, .threads = threads, .kernelTime = kernelTime, .userTime = userTime, .creationTime = created}};
 }
 
 /// Time that moves only when told to.

@@ -1,9 +1,6 @@
 #pragma once
 
-// The built program as another process, its windows seen from outside, and what every end-to-end test starts from: an empty
-// profile, a taskbar that records, the diagnostic lines of what it starts, and nobody else's instance running.
-
-#include <gtest/gtest.h>
+// The built program as another process, its windows seen from outside.
 
 #include <windows.h>
 
@@ -13,9 +10,6 @@
 #include "platform/handles.h"
 #include "res/messages.h"
 #include "res/resource.h"
-#include "tests/support/debug_lines.h"
-#include "tests/support/profile.h"
-#include "tests/support/shell_stand_in.h"
 #include "tests/support/window_driver.h"
 
 namespace e2e {
@@ -91,15 +85,6 @@ class RunningProgram {
 
   UniqueHandle process_;
   DWORD id_ = 0;
-};
-
-class EndToEndTest : public testing::Test {
- protected:
-  void SetUp() override { ASSERT_EQ(::FindWindowW(kTrayClass, nullptr), nullptr) << "an instance is running"; }
-
-  Profile profile_;
-  ShellStandIn shell_;
-  DebugLines debug_;
 };
 
 }  // namespace e2e

@@ -13,13 +13,8 @@
 #include "tests/support/throwaway_folder.h"
 #include "ui/program.h"
 
-inline constexpr wchar_t kMainWindowTitle[] = L"Vantora - Process Resource Monitor";
-
 struct TemporaryFolder : ThrowawayFolder {
   [[nodiscard]] std::wstring File(const std::wstring& name) const { return Path("") + name; }
-  [[nodiscard]] bool Has(const std::wstring& name) const {
-    return ::GetFileAttributesW(File(name).c_str()) != INVALID_FILE_ATTRIBUTES;
-  }
 };
 
 struct TestProgram {

@@ -5,11 +5,16 @@
 
 #include <windows.h>
 
+#include <commctrl.h>
+
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <future>
 #include <string>
 #include <vector>
 
+#include "platform/handles.h"
 #include "tests/support/wait.h"
 
 using e2e::WaitUntil;
@@ -18,21 +23,62 @@ inline constexpr wchar_t kDialogClass[] = L"#32770";
 inline constexpr wchar_t kMenuClass[] = L"#32768";
 
 /// The process's first top-level window of the class that the test accepts; null when there is none.
-HWND FindWindowOf(DWORD processId, const wchar_t* className, const std::function<bool(HWND)>& accepts);
+inline HWND FindWindowOf(DWORD processId, const wchar_t* className, const std::function<bool(HWND)>& accepts) {
+  HWND window = nullptr;
+  while ((window = ::FindWindowExW(nullptr, window, className, nullptr)) != nullptr) {
+    DWORD owner = 0;
+    ::GetWindowThreadProcessId(window, &owner);
+    if (owner == processId && accepts(window)) break;
+  }
+  return window;
+}
+
 /// This process's visible dialogs, the one on top first.
-std::vector<HWND> DialogsOfThisProcess();
+inline std::vector<HWND> DialogsOfThisProcess() {
+  std::vector<HWND> dialogs;
+  FindWindowOf(::GetCurrentProcessId(), kDialogClass, [&dialogs](HWND window) {
+    if (::IsWindowVisible(window)) dialogs.push_back(window);
+    return false;
+  });
+  return dialogs;
+}
+
 /// The first of them that takes input; null when none comes.
-HWND WaitForTopDialog();
+inline HWND WaitForTopDialog() {
+  return e2e::WaitForResult([] {
+    for (HWND dialog : DialogsOfThisProcess()) {
+      if (::IsWindowEnabled(dialog)) return dialog;
+    }
+    return HWND{nullptr};
+  });
+}
+
 /// This process's visible popup menu; null when none is open or comes in that time.
-HWND WaitForPopup(DWORD timeoutMs = e2e::kPatienceMs);
+inline HWND WaitForPopup(DWORD timeoutMs = e2e::kPatienceMs) {
+  const auto find = [] {
+    return FindWindowOf(::GetCurrentProcessId(), kMenuClass, [](HWND window) { return ::IsWindowVisible(window) != FALSE; });
+  };
+  return e2e::WaitForResult(find, timeoutMs);
+}
+
+/// As a click on a button or a menu item, without waiting for what it does.
+inline void PostCommand(HWND dialog, int id) { ::PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(id), 0); }
 
 /// Runs a routine that shows windows.
 class WindowThread {
  public:
   explicit WindowThread(std::function<void()> routine) : ended_(std::async(std::launch::async, std::move(routine))) {}
   /// Cancels whatever window still stands, then waits for the routine.
-  ~WindowThread();
-  [[nodiscard]] bool WaitForEnd(DWORD timeoutMs = e2e::kPatienceMs) const;
+  ~WindowThread() {
+    while (!WaitForEnd(20)) {
+      for (HWND dialog : DialogsOfThisProcess()) {
+        if (::IsWindowEnabled(dialog)) PostCommand(dialog, ::GetDlgItem(dialog, IDNO) != nullptr ? IDNO : IDCANCEL);
+      }
+    }
+  }
+  [[nodiscard]] bool WaitForEnd(DWORD timeoutMs = e2e::kPatienceMs) const {
+    return ended_.wait_for(std::chrono::milliseconds(timeoutMs)) == std::future_status::ready;
+  }
 
  private:
   std::future<void> ended_;
@@ -40,28 +86,87 @@ class WindowThread {
 
 /// Runs the routine on the window's own thread, between two of its messages and after all that were posted to it before. Without
 /// effect when the window is gone by then.
-void RunInWindowThread(HWND window, const std::function<void()>& routine);
-/// Comes back when every window has done what it was asked so far, and what it asked of itself because of that.
-void Settle();
+inline void RunInWindowThread(HWND window, const std::function<void()>& routine) {
+  static const UINT kRun = ::RegisterWindowMessageW(L"VantoraTestRun");
+  const auto hook = [](int code, WPARAM removal, LPARAM lParam) -> LRESULT {
+    const auto& message = *reinterpret_cast<const MSG*>(lParam);
+    if (code == HC_ACTION && removal == PM_REMOVE && message.message == kRun)
+      (*reinterpret_cast<const std::function<void()>*>(message.lParam))();
+    return ::CallNextHookEx(nullptr, code, removal, lParam);
+  };
+  std::atomic<bool> done{false};
+  const std::function<void()> run = [&] {
+    routine();
+    done = true;
+  };
+  const UniqueHook installed(::SetWindowsHookExW(WH_GETMESSAGE, hook, nullptr, ::GetWindowThreadProcessId(window, nullptr)));
+  if (!::PostMessageW(window, kRun, 0, reinterpret_cast<LPARAM>(&run))) return;
+  WaitUntil([&] { return done || !::IsWindow(window); });
+}
 
-/// As a click on a button or a menu item, without waiting for what it does.
-void PostCommand(HWND dialog, int id);
+/// Comes back when every window has done what it was asked so far, and what it asked of itself because of that.
+inline void Settle() {
+  for (int times = 0; times < 3; ++times) {
+    for (HWND dialog : DialogsOfThisProcess()) RunInWindowThread(dialog, [] {});
+  }
+}
 
 /// The control with the keyboard focus of the thread that owns the window.
-HWND FocusOf(HWND window);
-std::wstring TextOf(HWND window);
-std::wstring ClassOf(HWND window);
+inline HWND FocusOf(HWND window) {
+  GUITHREADINFO info{};
+  info.cbSize = sizeof(info);
+  return ::GetGUIThreadInfo(::GetWindowThreadProcessId(window, nullptr), &info) ? info.hwndFocus : nullptr;
+}
+
+inline std::wstring TextOf(HWND window) {
+  std::wstring text(static_cast<std::size_t>(::SendMessageW(window, WM_GETTEXTLENGTH, 0, 0)) + 1, L'\0');
+  text.resize(static_cast<std::size_t>(::SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
+  return text;
+}
+
+inline std::wstring ClassOf(HWND window) {
+  wchar_t name[64] = L"";
+  ::GetClassNameW(window, name, 64);
+  return name;
+}
+
 /// As it is spoken: without the mnemonic and the shortcut behind a tab.
-std::wstring WithoutMnemonic(std::wstring text);
+inline std::wstring WithoutMnemonic(std::wstring text) {
+  std::erase(text, L'&');
+  return text.substr(0, text.find(L'\t'));
+}
+
 /// In the order of Tab.
-std::vector<HWND> ControlsOf(HWND window);
-std::wstring TextOfItem(HWND dialog, int id);
-int RowCount(HWND list);
+inline std::vector<HWND> ControlsOf(HWND window) {
+  std::vector<HWND> controls;
+  for (HWND child = ::GetWindow(window, GW_CHILD); child != nullptr; child = ::GetWindow(child, GW_HWNDNEXT))
+    controls.push_back(child);
+  return controls;
+}
+
+inline std::wstring TextOfItem(HWND dialog, int id) { return TextOf(::GetDlgItem(dialog, id)); }
+inline int RowCount(HWND list) { return ListView_GetItemCount(list); }
 /// These and no other.
-void SelectRows(HWND list, const std::vector<int>& rows);
-std::wstring Cell(HWND list, int row, int column);
+inline void SelectRows(HWND list, const std::vector<int>& rows) {
+  constexpr UINT kMask = LVIS_SELECTED | LVIS_FOCUSED;
+  ListView_SetItemState(list, -1, 0, kMask);
+  for (const int row : rows) ListView_SetItemState(list, row, kMask, kMask);
+}
+
+inline std::wstring Cell(HWND list, int row, int column) {
+  wchar_t text[512] = L"";
+  ListView_GetItemText(list, row, column, text, 512);
+  return text;
+}
+
 /// The notification that a double click on the cell sends; row -1: below the rows.
-void NotifyDoubleClick(HWND list, int row, int column);
+inline void NotifyDoubleClick(HWND list, int row, int column) {
+  NMITEMACTIVATE click{};
+  click.hdr = {list, static_cast<UINT_PTR>(::GetDlgCtrlID(list)), static_cast<UINT>(NM_DBLCLK)};
+  click.iItem = row;
+  click.iSubItem = column;
+  ::SendMessageW(::GetParent(list), WM_NOTIFY, click.hdr.idFrom, reinterpret_cast<LPARAM>(&click));
+}
 
 struct MenuItem {
   std::size_t depth;
@@ -71,7 +176,15 @@ struct MenuItem {
   HMENU popup;
 };
 /// Every item of the menu and of its popups, from top to bottom.
-void ForEachMenuItem(HMENU menu, const std::function<void(const MenuItem&)>& see, std::size_t depth = 0);
+inline void ForEachMenuItem(HMENU menu, const std::function<void(const MenuItem&)>& see, std::size_t depth = 0) {
+  for (int i = 0; i < ::GetMenuItemCount(menu); ++i) {
+    wchar_t text[256] = L"";
+    ::GetMenuStringW(menu, static_cast<UINT>(i), text, static_cast<int>(std::size(text)), MF_BYPOSITION);
+    HMENU popup = ::GetSubMenu(menu, i);
+    see({depth, text, ::GetMenuItemID(menu, i), ::GetMenuState(menu, static_cast<UINT>(i), MF_BYPOSITION), popup});
+    ForEachMenuItem(popup, see, depth + 1);
+  }
+}
 
 /// A window's menus, and its controls in the order of Tab with ids, rectangles in dialog units, styles, marks and texts.
 std::vector<std::wstring> LayoutOf(HWND window);

@@ -17,20 +17,19 @@ class Sampled {
   Sampled() { rules_[0].enabled = false; }
   std::wstring operator()(const std::wstring& words) {
     std::wistringstream in(words);
-    SimulatedProcess process = {0, L"", 7, 10, {20, 30}, {40, 50, 60}, 70, 80};
+    SimulatedProcess process{{0, L"", 0, 20, 30, 10, 7, 70, 80, 50, 60, 40}};
     std::wstring access;
     in >> process.pid >> process.name >> access >> process.failing;
-    if (access == L"limited") process.access = SimulatedProcess::Access::kLimited;
-    if (access == L"none") process.access = SimulatedProcess::Access::kNone;
+    process.opens = access != L"none";
     process.exitsAfterListing = access == L"exits";
-    table_->FailLists(access == L"unlisted" ? 24 : 0);
+    table_->listError = access == L"unlisted" ? 24 : 0;
     table_->Put(process);
     cycle_.Run(std::make_shared<const RuleList>(rules_), exclusions_, sink_, [] { return false; });
     table_->Remove(process.pid);
     if (cycle_.Sample().empty()) return Join(DiagnosticLines::Take());
     const SampledProcess& sample = cycle_.Sample().front();
     const ProcessMetrics& read = sample.metrics;
-    EXPECT_EQ(sample.opened, !table_->Opened().empty());
+    EXPECT_EQ(sample.opened, !table_->opened.empty());
     return Words(sample.rules == nullptr ? L"no rule" : L"rule " + std::to_wstring(sample.rules->front()), L", ", read.pid, L" ",
                  read.name, L" ", read.threads, sample.opened ? L": " : L" unopened: ", read.handles, L" ", read.workingSet, L" ",
                  read.privateBytes, L" ", read.creationTime, L" ", read.kernelTime, L" ", read.userTime, L" ", read.gdiObjects,
@@ -61,12 +60,12 @@ class CpuFigures {
     clock_.tickMs += Next<std::uint64_t>(in);
     const auto created = Next<std::uint64_t>(in);
     const auto kernel = Next<std::uint64_t>(in);
-    table_->Put(MakeProcess(9, L"busy.exe", 1, {created, kernel * kSecond, Next<std::uint64_t>(in) * kSecond}));
+    table_->Put(MakeProcess(9, L"busy.exe", 1, created, kernel * kSecond, Next<std::uint64_t>(in) * kSecond));
     if (words.ends_with(L"gone")) table_->Remove(9);
     const bool both = words.ends_with(L"beside another");
-    table_->Put(MakeProcess(8, L"other.exe", 1, {1, both ? kSecond : 0, 0}));
+    table_->Put(MakeProcess(8, L"other.exe", 1, 1, both ? kSecond : 0));
     if (words.ends_with(L"alone")) table_->Remove(8);
-    table_->FailLists(words.ends_with(L"fails") ? 8 : 0);
+    table_->listError = words.ends_with(L"fails") ? 8 : 0;
     engine_.RunCycle();
     Texts violations;
     for (const AlertRecord& alert : sink_.Take()) violations.push_back(Words(alert.pid, L" ", alert.violation));

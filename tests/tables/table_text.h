@@ -8,6 +8,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 using Function = std::function<std::wstring(const std::wstring&)>;
@@ -18,6 +19,12 @@ inline std::wstring Words(const Parts&... parts) {
   text.precision(17);
   (text << ... << parts);
   return text.str();
+}
+
+template <class Text>
+Text Replace(Text text, const std::type_identity_t<Text>& from, const std::type_identity_t<Text>& to) {
+  for (std::size_t at = 0; (at = text.find(from, at)) != Text::npos; at += to.size()) text.replace(at, from.size(), to);
+  return text;
 }
 
 inline std::wstring Plain(const std::wstring& text) {

@@ -196,6 +196,9 @@ std::map<std::wstring, Function> Functions() {
       {L"asked version", AskedVersion},
       {L"loaded setting", LoadedSetting},
       {L"scheduled task", ScheduledTask},
+      {L"COM after a question", ComAfterwards},
+      {L"elevated", Elevated},
+      {L"elevated copy", RunElevatedCopy},
       {L"run value", OneAfterTheOther<RunValueSteps>()},
 #else
       {L"line on stderr", StderrLine},

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "autostart/elevation.h"
+#include "autostart/elevation_system.h"
 #include "autostart/executable_path.h"
 #include "autostart/logon_task.h"
 #include "autostart/run_value.h"
@@ -75,6 +77,58 @@ inline std::wstring ScheduledTask(const std::wstring& words) {
   EXPECT_EQ(scheduler.references, 0);
   return Words(YesNo(answer), L", ", YesNo(scheduler.taskExists), L", ", scheduler.lastCall,
                all.at(2).empty() ? L": " + WithoutNames(scheduler.log) : L"");
+}
+
+/// The calls behind elevation, which work as `given` says: whether the token opens, whether it tells, what it tells even by a
+/// call that fails, and whether a start is accepted.
+struct Elevation {
+  explicit Elevation(const std::wstring& words) {
+    std::wistringstream in(words);
+    for (DWORD& each : given) each = Next<DWORD>(in);
+    SetElevationSystem(&kSystem);
+  }
+  ~Elevation() { SetElevationSystem(nullptr); }
+  Elevation(const Elevation&) = delete;
+
+  static BOOL OpenToken(HANDLE process, DWORD access, HANDLE* token) {
+    return given[0] != 0 && access == TOKEN_QUERY && ::OpenProcessToken(process, access, token);
+  }
+  static BOOL Tell(HANDLE, TOKEN_INFORMATION_CLASS kind, void* data, DWORD sizeBytes, DWORD*) {
+    if (kind != TokenElevation || sizeBytes != sizeof(DWORD)) return FALSE;
+    *static_cast<DWORD*>(data) = given[2];
+    return given[1] != 0;
+  }
+  static BOOL Start(SHELLEXECUTEINFOW* request) {
+    requested = Words(request->lpVerb, L" ", request->lpFile, L" ", request->nShow, L" ", request->fMask);
+    return given[3] != 0 && ::ShellExecuteExW(request);
+  }
+  inline static DWORD given[4];
+  inline static std::wstring requested;
+  inline static const ElevationSystem kSystem = {OpenToken, Tell, Start};
+};
+
+inline std::wstring Elevated(const std::wstring& words) {
+  const Elevation elevation(words);
+  return YesNo(IsProcessElevated());
+}
+
+/// Whether to wait and whether the start is accepted: the answer, the exit code where there is one, and what was asked for. The
+/// copy of this program ends at once.
+inline std::wstring RunElevatedCopy(const std::wstring& words) {
+  const Elevation elevation(L"1 1 0 " + words.substr(2));
+  DWORD exitCode = 7;
+  const bool answer = RunElevated(L"--gtest_filter=-*", words[0] == L'1', &exitCode);
+  return Words(YesNo(answer), L" ", exitCode, L" ", WithoutNames(Elevation::requested));
+}
+
+/// What a question for the logon task leaves of its thread's COM: 1 where that was initialised before and still is, 0 where it
+/// was not and is not.
+inline std::wstring ComAfterwards(const std::wstring& before) {
+  if (before == L"initialised") ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+  (void)IsAdminTaskInstalled();
+  const HRESULT again = ::CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+  for (HRESULT times = again; times >= S_OK; --times) ::CoUninitialize();
+  return Words(again);
 }
 
 /// The Run value while it is toggled, and while others write to it.

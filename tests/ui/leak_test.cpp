@@ -5,42 +5,22 @@
 
 #include <windows.h>
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <functional>
 #include <new>
 #include <utility>
 
 #include "res/messages.h"
 #include "res/resource.h"
+#include "tests/support/limited_memory.h"
 #include "tests/support/test_program.h"
 #include "tests/support/theme_recorder.h"
 #include "tests/support/window_driver.h"
 #include "ui/alerts/alert_log_window.h"
 #include "ui/main_window/main_window_thread.h"
-
-namespace {
-std::atomic<std::size_t> liveBytes{0};
-}
-
-// What C++ objects hold; what the system's own libraries keep is not in it. The other forms of new and delete end in these.
-void* operator new(std::size_t size) {
-  void* block = std::malloc(size);
-  if (block == nullptr) throw std::bad_alloc();
-  liveBytes += _msize(block);
-  return block;
-}
-void operator delete(void* block) noexcept {
-  if (block != nullptr) liveBytes -= _msize(block);
-  std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
 
 namespace {
 

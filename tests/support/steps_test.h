@@ -1,0 +1,106 @@
+#pragma once
+
+// A test told as a text of steps: a line "> " is a step, below it stands, indented, everything that it changes; lines of any
+// other kind are remarks. A step is over when what was expected has come. VANTORA_GOLDEN=write writes the changes anew: then it
+// is over when nothing has changed for a while.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/text_encoding.h"
+#include "tests/support/wait.h"
+#include "tests/tables/table_text.h"
+
+class StepsTest : public testing::TestWithParam<const char*> {
+ protected:
+  /// Values by names; what belongs to a window is named "<window> / ...", and "<window> / open" is there as long as the window.
+  using State = std::map<std::wstring, std::wstring>;
+
+  virtual void Do(const std::wstring& step) = 0;
+  [[nodiscard]] virtual State Look() = 0;
+  /// What has happened since the step began, in order.
+  [[nodiscard]] virtual std::vector<std::wstring> Hear() = 0;
+  /// A line of changes without what differs between machines.
+  [[nodiscard]] virtual std::wstring Readable(const std::wstring& line) const = 0;
+
+  /// Every second text is put in place of the one before it.
+  static std::wstring WithWords(std::wstring text, const std::vector<std::pair<std::wstring, std::wstring>>& words) {
+    static const std::pair<std::wstring, std::wstring> kControls[] = {
+        {L"\r", L"<CR>"}, {L"\n", L"<LF>"}, {L"\t", L"<TAB>"}, {L"\xFEFF", L"<U+FEFF>"}};
+    for (const auto& [plain, word] : words) text = Replace(text, plain, word);
+    for (const auto& [plain, word] : kControls) text = Replace(text, plain, word);
+    return text;
+  }
+
+  /// Goes through golden/<subject>/<the test's parameter>.txt.
+  void GoThrough(const std::string& subject, DWORD quietMs) {
+    static const bool kWriting = std::getenv("VANTORA_GOLDEN") != nullptr;
+    const std::string path = VANTORA_GOLDEN_FOLDER "/" + subject + "/" + GetParam() + ".txt";
+    std::ifstream file(path, std::ios::binary);
+    ASSERT_TRUE(file) << path;
+    std::string written;
+    std::string line;
+    state_ = Look();
+    std::getline(file, line);
+    while (!file.eof() && !HasFailure()) {
+      const std::string step = line;
+      std::string expected;
+      while (std::getline(file, line) && line.starts_with("  ")) expected += line + "\n";
+      written += step + "\n";
+      if (!step.starts_with("> ")) continue;
+      SCOPED_TRACE(step);
+      std::cout << step << std::endl;  // where it hangs, should it
+      Do(DecodeUtf8Text(step.substr(2)));
+      State now;
+      std::string changes;
+      ULONGLONG since = ::GetTickCount64();
+      const bool done = e2e::WaitUntil([&] {
+        const std::string before = changes;
+        changes = Changes(now = Look());
+        if (!kWriting) return changes == expected;
+        if (changes != before) since = ::GetTickCount64();
+        // Later where something was expected that may still come.
+        return ::GetTickCount64() - since >= (expected.empty() ? 1 : 5) * quietMs;
+      });
+      EXPECT_TRUE(done || kWriting) << changes << "in place of\n" << expected;
+      written += changes;
+      state_ = std::move(now);
+    }
+    if (kWriting && !HasFailure()) std::ofstream(path, std::ios::binary) << written;
+  }
+
+ private:
+  /// Adds what was known of a window that is closed: that is one change, and when it opens again it is compared with this.
+  [[nodiscard]] std::string Changes(State& now) {
+    std::wstring text;
+    const auto add = [&](const std::wstring& line) { text += L"  " + Readable(line) + L"\n"; };
+    for (const std::wstring& heard : Hear()) add(heard);
+    std::vector<std::wstring> gone;
+    for (const auto& [name, value] : state_) {
+      if (now.contains(name)) continue;
+      const std::size_t slash = name.find(L" / ");
+      const auto window = slash == std::wstring::npos ? now.end() : now.find(name.substr(0, slash) + L" / open");
+      if (slash == std::wstring::npos || (window != now.end() && window->second != L"no")) {
+        gone.push_back(name);
+      } else {
+        now[name] = name.ends_with(L" / open") ? L"no" : value;
+      }
+    }
+    for (const auto& [name, value] : now) {
+      const auto before = state_.find(name);
+      if (before == state_.end() || before->second != value) add(name + L": " + value);
+    }
+    for (const std::wstring& name : gone) {
+      if (!name.ends_with(L" focus")) add(name + L" is gone");
+    }
+    return EncodeUtf8(text);
+  }
+
+  State state_;
+};
