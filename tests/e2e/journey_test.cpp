@@ -360,7 +360,8 @@ class Journey : public StepsTest {
         {L"text", [&] { Set(words, REG_SZ); }},
         {L"texts", [&] { Set(words, REG_MULTI_SZ); }},
         {L"forget", [&] { ::RegDeleteTreeW(HKEY_CURRENT_USER, Keys().at(words)); }},
-        {L"rules", [&] { profile_.WriteRules({EncodeUtf8(std::regex_replace(words, std::wregex(L"\\(self\\)"), OwnName()))}); }},
+        {L"rules",
+         [&] { WriteFileBytes(profile_.RulesFile(), kRulesHead + EncodeUtf8(Replace(words, L"(self)", OwnName())) + "\r\n"); }},
         {L"threads",
          [&] {
            while (OwnThreadCount() < std::stoul(words)) {

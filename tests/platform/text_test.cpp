@@ -7,10 +7,8 @@
 #include <random>
 
 #include "platform/text_encoding.h"
-#include "platform/text_file.h"
 #include "platform/text_scanner.h"
 #include "storage/rule_numbers.h"
-#include "tests/support/throwaway_folder.h"
 
 namespace {
 
@@ -31,15 +29,6 @@ TEST(TextFile, EveryCharacterComesBackInEveryEncoding) {
       decoder.Finish(back);
       ASSERT_EQ(back, surrogate ? L"\xFFFD" : text) << codePoint;
     }
-  }
-}
-
-TEST(TextFile, AFolderIsNoFile) {
-  const ThrowawayFolder folder;
-  for (const std::wstring& nowhere : {folder.Path(""), folder.Path("missing/file")}) {
-    EXPECT_FALSE(ReadTextFile(nowhere).has_value());
-    EXPECT_EQ(WriteTextFile(nowhere, L"x"), WriteResult::kCannotOpen);
-    EXPECT_EQ(AppendTextFile(nowhere, L"x"), WriteResult::kCannotOpen);
   }
 }
 

@@ -85,14 +85,6 @@ class Profile {
   [[nodiscard]] std::wstring DataFolder() const { return roaming_ + L"\\Vantora"; }
   [[nodiscard]] std::wstring LegacyFolder() const { return roaming_ + L"\\Halvern"; }
   [[nodiscard]] std::wstring RulesFile() const { return DataFolder() + L"\\rules.csv"; }
-  [[nodiscard]] std::wstring LogFile() const { return DataFolder() + L"\\alerts.log"; }
-
-  /// rules.csv with these rows, as the program itself would write it.
-  void WriteRules(const std::vector<std::string>& rows) const {
-    std::string bytes = kRulesHead;
-    for (const std::string& row : rows) bytes += row + "\r\n";
-    WriteFileBytes(RulesFile(), bytes);
-  }
 
  private:
   void Clear() const {

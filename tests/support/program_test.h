@@ -56,11 +56,9 @@ class RunningProgram {
     return ::GetExitCodeProcess(process_.get(), &code) ? std::optional(code) : std::nullopt;
   }
 
-  /// The visible dialog that holds the control, once there is one.
-  [[nodiscard]] HWND WaitForDialog(int controlId) const {
-    return WaitForWindow(kDialogClass, [controlId](HWND window) { return ::GetDlgItem(window, controlId) != nullptr; });
+  [[nodiscard]] HWND WaitForMainWindow() const {
+    return WaitForWindow(kDialogClass, [](HWND window) { return ::GetDlgItem(window, IDC_RULE_LIST) != nullptr; });
   }
-  [[nodiscard]] HWND WaitForMainWindow() const { return WaitForDialog(IDC_RULE_LIST); }
   [[nodiscard]] HWND WaitForTray() const {
     return WaitForResult([&] { return FindWindowOf(id_, kTrayClass, [](HWND) { return true; }); });
   }

@@ -29,13 +29,11 @@ class ShellStandIn {
   ShellStandIn(const ShellStandIn&) = delete;
   ShellStandIn& operator=(const ShellStandIn&) = delete;
 
-  /// The calls so far, oldest first, that begin with the text: "add" with flags, the notification's message, the icon's width and
-  /// the tip; "delete"; "balloon" with its kind and milliseconds, its title and below that its text.
-  [[nodiscard]] std::vector<std::wstring> Calls(const std::wstring& start = L"") const {
+  /// The calls so far, oldest first: "add" with flags, the notification's message, the icon's width and the tip; "delete";
+  /// "balloon" with its kind and milliseconds, its title and below that its text.
+  [[nodiscard]] std::vector<std::wstring> Calls() const {
     std::lock_guard lock(mutex_);
-    auto calls = calls_;
-    std::erase_if(calls, [&start](const std::wstring& call) { return !call.starts_with(start); });
-    return calls;
+    return calls_;
   }
   /// While it holds, no icon can be added.
   std::atomic<bool> refusing{false};

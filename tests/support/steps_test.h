@@ -29,7 +29,7 @@ class StepsTest : public testing::TestWithParam<const char*> {
   /// A line of changes without what differs between machines.
   [[nodiscard]] virtual std::wstring Readable(const std::wstring& line) const = 0;
 
-  /// Every second text is put in place of the one before it.
+  /// Each pair's second text in place of its first; control characters by their names.
   static std::wstring WithWords(std::wstring text, const std::vector<std::pair<std::wstring, std::wstring>>& words) {
     static const std::pair<std::wstring, std::wstring> kControls[] = {
         {L"\r", L"<CR>"}, {L"\n", L"<LF>"}, {L"\t", L"<TAB>"}, {L"\xFEFF", L"<U+FEFF>"}};
