@@ -51,14 +51,18 @@ class Journey : public StepsTest {
 
   // What there is to see.
 
-  /// As the system's process list counts this process's.
-  static DWORD OwnThreadCount() {
-    const UniqueHandle snapshot = OwnFileHandle(::CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-    PROCESSENTRY32W entry{};
+  /// All of the process, or those that only run while nobody else wants to.
+  static std::size_t CountThreads(DWORD processId, bool idle) {
+    const UniqueHandle snapshot = OwnFileHandle(::CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0));
+    THREADENTRY32 entry{};
     entry.dwSize = sizeof(entry);
-    BOOL more = ::Process32FirstW(snapshot.get(), &entry);
-    while (more && entry.th32ProcessID != ::GetCurrentProcessId()) more = ::Process32NextW(snapshot.get(), &entry);
-    return entry.cntThreads;
+    std::size_t count = 0;
+    for (BOOL more = ::Thread32First(snapshot.get(), &entry); more; more = ::Thread32Next(snapshot.get(), &entry)) {
+      // Some compatible systems tell the priority that was set in place of the base that comes of it.
+      const bool isIdle = entry.tpBasePri == 1 || entry.tpBasePri == THREAD_PRIORITY_IDLE;
+      if (entry.th32OwnerProcessID == processId && (isIdle || !idle)) ++count;
+    }
+    return count;
   }
   /// Figures that are right are shown in words; the others stay as they are.
   [[nodiscard]] std::wstring WithoutFigures(std::wstring text) const {
@@ -364,7 +368,7 @@ class Journey : public StepsTest {
          [&] { WriteFileBytes(profile_.RulesFile(), kRulesHead + EncodeUtf8(Replace(words, L"(self)", OwnName())) + "\r\n"); }},
         {L"threads",
          [&] {
-           while (OwnThreadCount() < std::stoul(words)) {
+           while (CountThreads(::GetCurrentProcessId(), false) < std::stoul(words)) {
              threads_.emplace_back([](const std::stop_token& end) {
                while (!end.stop_requested()) ::Sleep(20);
              });
@@ -375,6 +379,11 @@ class Journey : public StepsTest {
            threads_.emplace_back([tray = program().WaitForTray()](const std::stop_token& end) {
              while (!end.stop_requested()) ::SendMessageW(tray, WM_NULL, 0, 0);
            });
+         }},
+        {L"idle",
+         [&] {
+           const auto runs = [&] { return CountThreads(program().Id(), true) == 1; };
+           answers_.push_back(WaitUntil(runs) ? L"a thread for idle moments" : L"no thread for idle moments");
          }},
         {L"pause", [&] { ::Sleep(std::stoul(words)); }},
         {L"escape", [&] { program().PostToTray(WM_CANCELMODE, 0, 0); }},
