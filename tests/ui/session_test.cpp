@@ -348,7 +348,7 @@ class Session : public StepsTest, protected TestProgram {
           {[] { Note(L"opens the main window"); }, [] { Note(L"opens the alert log"); }, [] { Note(L"installs the update"); },
            [](Event& done) {
              Note(L"asks for the latest version");
-             done.Signal();
+             if (!checksHang_) done.Signal();
            }},
           [](LPCWSTR path, HMODULE, DWORD flags) -> BOOL {
             Note(Words(L"plays ", path, L" with ", flags));
@@ -465,6 +465,7 @@ class Session : public StepsTest, protected TestProgram {
         {L"update", [&] { OfferUpdate(words); }},
         {L"latest", [&] { updates.SetLatestVersion(words); }},
         {L"sound", [&] { settings.Update([&words](AppSettings& s) { s.soundFilePath = words; }); }},
+        {L"checks hang", [] { checksHang_ = true; }},
         {L"alert", [&] { sink_.OnAlert({}); }},
         {L"taskbar refuses", [&] { taskbar_->refusing = true; }},
         {L"file", [&] { TemporaryFolder::Write(folder.File(halves.first), EncodeUtf8(halves.second)); }},
@@ -486,8 +487,12 @@ class Session : public StepsTest, protected TestProgram {
         {L"administrator", [&] { elevated_ = n.at(0), accepts_ = n.at(1); }},
         {L"task", [&] { scheduler_.load()->taskExists = n.at(0) != 0; }},
         {L"stranger",
-         [] {
+         [&] {
            for (HWND dialog : DialogsOfThisProcess()) Post(dialog, WM_INITDIALOG);
+           static std::byte nothingOfOurs[sizeof(TrayWindow)];
+           CREATESTRUCTW create{};
+           create.lpCreateParams = nothingOfOurs;
+           if (taskbar_) ::SendMessageW(program.trayWindow, WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&create));
          }},
         {L"send", [&] { ::SendMessageW(program.trayWindow, static_cast<UINT>(n.at(0)), static_cast<WPARAM>(n.at(1)), n.at(2)); }},
         {L"timer",
@@ -577,6 +582,7 @@ class Session : public StepsTest, protected TestProgram {
   inline static std::vector<std::wstring> notes_;
   inline static std::atomic<BOOL> elevated_ = TRUE;
   inline static std::atomic<BOOL> accepts_ = TRUE;
+  inline static std::atomic<bool> checksHang_ = false;
   inline static const ElevationSystem kElevation = {::OpenProcessToken, &TellToken, &Elevate};
 
   const e2e::Profile profile_;
