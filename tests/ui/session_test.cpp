@@ -88,6 +88,7 @@ class Session : public StepsTest, protected TestProgram {
     SaveSettings(settings, engine);
     program.trayWindow = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
     elevated_ = accepts_ = TRUE;
+    checksHang_ = false;
     SetElevationSystem(&kElevation);
     ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kThemesKey, L"AppsUseLightTheme");
     std::uint32_t error = 0;
