@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <latch>
+#include <future>
 #include <new>
 #include <thread>
 
@@ -34,7 +34,7 @@ TEST(MonitorWorker, WaitsBeforeTheFirstCycleObeysIntervalAndPauseAndSurvivesACyc
   MonitorEngine engine(machine, clock, 1);
   engine.SetRules(&rules);
   engine.SetSink(&sink);
-  std::latch scriptDone(1);
+  std::promise<void> scriptDone;
   std::vector<std::uint32_t> timeouts;
   std::vector<std::size_t> lists;
   clock.onWait = [&](Event& event, std::uint32_t timeoutMs) {
@@ -44,12 +44,12 @@ TEST(MonitorWorker, WaitsBeforeTheFirstCycleObeysIntervalAndPauseAndSurvivesACyc
     if (lists.size() == 3) engine.SetPaused(true);
     if (lists.size() == 5) engine.SetPaused(false);
     if (lists.size() < 8) return WaitResult::kTimedOut;
-    scriptDone.count_down();
+    scriptDone.set_value();
     return event.Wait(30'000);
   };
   engine.Start();
   engine.Start();
-  scriptDone.wait();
+  scriptDone.get_future().wait();
   EXPECT_EQ(engine.CooldownCount(), 2U);
   engine.Stop();
   engine.Stop();
@@ -80,11 +80,11 @@ TEST(MonitorWorker, StuckAtStopItAlertsNobodyLater) {
     const DiagnosticLines lines;
     FakeClock clock;
     auto rules = std::make_unique<FakeRules>(RuleList{ThreadRule(1, 1)});
-    std::latch reached(1);
-    std::latch goOn(1);
+    std::promise<void> reached;
+    std::promise<void> goOn;
     const auto stick = [&] {
-      reached.count_down();
-      goOn.wait();
+      reached.set_value();
+      goOn.get_future().wait();
     };
     auto sink = std::make_unique<StickySink>(stick);
     auto machine = std::make_shared<TroubledMachine>([inSink, stick](std::size_t) {
@@ -95,13 +95,13 @@ TEST(MonitorWorker, StuckAtStopItAlertsNobodyLater) {
     engine->SetRules(rules.get());
     engine->SetSink(sink.get());
     engine->Start();
-    reached.wait();
+    reached.get_future().wait();
     engine->Stop(20);
     engine.reset();
     rules.reset();
     EXPECT_EQ(sink->calls, inSink ? 1 : 0);
     if (!inSink) sink.reset();
-    goOn.count_down();
+    goOn.set_value();
     while (!watched.expired()) std::this_thread::yield();  // until the worker lets go of its state
     EXPECT_TRUE(!inSink || sink->calls == 1);
   }

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
+#include <future>
 #include <memory>
 #include <thread>
 
@@ -44,14 +44,14 @@ TEST(Threads, EndIsWaitedForOnlySoLongAndReleasedAndDetachedOnesGoOn) {
 
 /// What a slow question looks at: each asking takes the next gate and waits for it to be opened.
 struct SlowSource {
-  std::latch gates[3] = {std::latch(1), std::latch(1), std::latch(1)};
+  std::promise<void> gates[3];
   std::atomic<std::size_t> begun{0};
   std::atomic<int> atOnce{0};
 
   bool Answer() {
     EXPECT_EQ(++atOnce, 1);
     const std::size_t asking = begun++;
-    gates[asking].wait();
+    gates[asking].get_future().wait();
     --atOnce;
     return asking == 0;
   }
@@ -68,18 +68,18 @@ TEST(BackgroundQuery, AnAnswerBegunBeforeTheQuestionDoesNotCountAndNobodyNeedWai
     source->WaitFor(1);
     EXPECT_FALSE(query.Wait(1));
     for (int times = 0; times < 2; ++times) query.Ask();  // the first is still out
-    source->gates[0].count_down();
+    source->gates[0].set_value();
     source->WaitFor(2);
     EXPECT_FALSE(query.Wait(1));
     EXPECT_TRUE(query.LastAnswer()) << "the best that is known so far";
-    source->gates[1].count_down();
+    source->gates[1].set_value();
     EXPECT_TRUE(query.Wait(kLongMs));
     EXPECT_FALSE(query.LastAnswer());
     EXPECT_EQ(source->begun, 2U) << "three questions, two of them folded into one";
     query.Ask();
     source->WaitFor(3);
   }
-  source->gates[2].count_down();
+  source->gates[2].set_value();
   while (source.use_count() > 1) std::this_thread::yield();
 }
 
