@@ -99,22 +99,10 @@ class Journey : public StepsTest {
     std::replace(text.begin(), text.end(), L'\0', L'|');
     return WithoutFigures(text);
   }
-  static std::wstring ValueText(const RegistryValue& value) {
-    if (value.type == REG_DWORD) return std::to_wstring(*reinterpret_cast<const DWORD*>(value.bytes.data()));
-    std::wstring text(reinterpret_cast<const wchar_t*>(value.bytes.data()), value.bytes.size() / sizeof(wchar_t));
-    return text.substr(0, text.find_last_not_of(L'\0') + 1);
-  }
-  void AddValues(State& state, const wchar_t* word) const {
-    const std::wstring key = Keys().at(word);
-    HKEY opened = nullptr;
-    if (::RegOpenKeyExW(HKEY_CURRENT_USER, key.c_str(), 0, KEY_READ, &opened) != ERROR_SUCCESS) return;
-    const UniqueKey owned(opened);
-    wchar_t name[300];
-    for (DWORD index = 0, chars = 300;
-         ::RegEnumValueW(opened, index, name, &chars, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
-         ++index, chars = 300) {
-      if (std::wstring(name) == L"MainDialogPlacement") continue;  // a session's affair
-      state[Words(word, L" ", name)] = ValueText(profile_.Get(key.c_str(), name).value_or(RegistryValue{}));
+  static void AddValues(State& state, const wchar_t* word) {
+    for (const auto& [name, value] : Profile::Values(Keys().at(word))) {
+      if (name != L"MainDialogPlacement")  // a session's affair
+        state[Words(word, L" ", name)] = value.second.substr(0, value.second.find_last_not_of(L'\0') + 1);
     }
   }
   /// Keeps nobody from writing or deleting the file.
@@ -249,15 +237,16 @@ class Journey : public StepsTest {
     return keys;
   }
   /// "key name=value".
-  void Set(const std::wstring& words, DWORD type) const {
+  static void Set(const std::wstring& words, DWORD type) {
     const std::size_t equals = words.find(L'=');
     const std::size_t blank = words.rfind(L' ', equals);
     const std::wstring text = words.substr(equals + 1);
     std::wstring texts = text + L'\0';
     std::replace(texts.begin(), texts.end(), L'|', L'\0');
-    const RegistryValue value = type == REG_DWORD ? RegistryValue::Number(static_cast<DWORD>(std::stoul(text)))
-                                                  : RegistryValue::Text(type == REG_MULTI_SZ ? texts : text, type);
-    profile_.Set(Keys().at(words.substr(0, blank)), words.substr(blank + 1, equals - blank - 1).c_str(), value);
+    const wchar_t* key = Keys().at(words.substr(0, blank));
+    const std::wstring name = words.substr(blank + 1, equals - blank - 1);
+    if (type == REG_DWORD) return Profile::Set(name.c_str(), static_cast<DWORD>(std::stoul(text)), key);
+    Profile::SetText(key, name.c_str(), type == REG_MULTI_SZ ? texts : text, type);
   }
   void Start(const std::wstring& arguments, const std::wstring& path) {
     programs_.push_back(std::make_unique<RunningProgram>(arguments, path));

@@ -9,9 +9,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <optional>
+#include <map>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "platform/file.h"
 #include "platform/handles.h"
@@ -35,20 +35,8 @@ inline void WriteFileBytes(const std::wstring& path, const std::string& bytes) {
   (void)WriteWholeFile(path, bytes);
 }
 
-struct RegistryValue {
-  DWORD type = REG_NONE;
-  std::vector<BYTE> bytes;
-
-  bool operator==(const RegistryValue&) const = default;
-  static RegistryValue Number(DWORD number) {
-    const auto* bytes = reinterpret_cast<const BYTE*>(&number);
-    return {REG_DWORD, {bytes, bytes + sizeof(number)}};
-  }
-  static RegistryValue Text(const std::wstring& text, DWORD type = REG_SZ) {
-    const auto* bytes = reinterpret_cast<const BYTE*>(text.c_str());
-    return {type, {bytes, bytes + (text.size() + 1) * sizeof(wchar_t)}};
-  }
-};
+/// A value's type and, of a number its digits, of a text the characters as they are stored: some calls add a terminator.
+using RegistryValue = std::pair<DWORD, std::wstring>;
 
 class Profile {
  public:
@@ -64,22 +52,28 @@ class Profile {
   }
   ~Profile() { Clear(); }
   Profile(const Profile&) = delete;
-  Profile& operator=(const Profile&) = delete;
 
-  void Set(const wchar_t* name, DWORD number) const { Set(kSettings, name, RegistryValue::Number(number)); }
-  void Set(const wchar_t* key, const wchar_t* name, const RegistryValue& value) const {
-    ::RegSetKeyValueW(HKEY_CURRENT_USER, key, name, value.type, value.bytes.data(), static_cast<DWORD>(value.bytes.size()));
+  static void Set(const wchar_t* name, DWORD number, const wchar_t* key = kSettings) {
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, key, name, REG_DWORD, &number, sizeof number);
   }
-  /// The bytes as they are stored: calls that are easier to use add a terminator that is not there.
-  [[nodiscard]] std::optional<RegistryValue> Get(const wchar_t* key, const wchar_t* name) const {
+  static void SetText(const wchar_t* key, const wchar_t* name, const std::wstring& text, DWORD type = REG_SZ) {
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, key, name, type, text.c_str(), static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+  }
+  /// All of a key's values by their names.
+  [[nodiscard]] static std::map<std::wstring, RegistryValue> Values(const wchar_t* key) {
+    std::map<std::wstring, RegistryValue> values;
     HKEY opened = nullptr;
-    if (::RegOpenKeyExW(HKEY_CURRENT_USER, key, 0, KEY_READ, &opened) != ERROR_SUCCESS) return std::nullopt;
+    if (::RegOpenKeyExW(HKEY_CURRENT_USER, key, 0, KEY_READ, &opened) != ERROR_SUCCESS) return values;
     const UniqueKey owned(opened);
-    DWORD size = 65'536;
-    RegistryValue value{REG_NONE, std::vector<BYTE>(size)};
-    if (::RegQueryValueExW(opened, name, nullptr, &value.type, value.bytes.data(), &size) != ERROR_SUCCESS) return std::nullopt;
-    value.bytes.resize(size);
-    return value;
+    wchar_t name[300];
+    wchar_t text[32'768];
+    const auto* number = reinterpret_cast<const DWORD*>(text);
+    DWORD type = REG_NONE;
+    for (DWORD index = 0, chars = 300, bytes = sizeof text;
+         ::RegEnumValueW(opened, index, name, &chars, nullptr, &type, reinterpret_cast<BYTE*>(text), &bytes) == ERROR_SUCCESS;
+         ++index, chars = 300, bytes = sizeof text)
+      values[name] = {type, type == REG_DWORD ? std::to_wstring(*number) : std::wstring(text, bytes / sizeof(wchar_t))};
+    return values;
   }
 
   [[nodiscard]] std::wstring DataFolder() const { return roaming_ + L"\\Vantora"; }

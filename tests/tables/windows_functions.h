@@ -39,7 +39,7 @@ inline std::wstring LoadedSetting(const std::wstring& words) {
   for (const wchar_t c : words.substr(static_cast<std::size_t>(in.tellg()) + 1))
     (bytes += static_cast<char>(c)).resize(bytes.size() + width - 1);
   const e2e::Profile profile;
-  profile.Set(e2e::kSettings, name.c_str(), {type, {bytes.begin(), bytes.end()}});
+  ::RegSetKeyValueW(HKEY_CURRENT_USER, e2e::kSettings, name.c_str(), type, bytes.data(), static_cast<DWORD>(bytes.size()));
   SettingsStore settings;
   settings.Update([](AppSettings& current) {
     current.logFilePath = L"log";
@@ -137,11 +137,10 @@ class RunValueSteps {
   std::wstring operator()(const std::wstring& step) {
     if (step == L"new") profile_ = std::make_unique<e2e::Profile>();
     if (step == L"toggle") ToggleStartWithWindows();
-    if (step == L"text") profile_->Set(e2e::kRun, L"Vantora", e2e::RegistryValue::Text(L"other"));
-    if (step == L"number") profile_->Set(e2e::kRun, L"Vantora", e2e::RegistryValue::Number(7));
-    const auto value = profile_->Get(e2e::kRun, L"Vantora").value_or(e2e::RegistryValue{});
-    const std::wstring text(reinterpret_cast<const wchar_t*>(value.bytes.data()), value.bytes.size() / sizeof(wchar_t));
-    return Words(YesNo(IsStartWithWindowsEnabled()), L" ", value.type, L" ", WithoutNames(text));
+    if (step == L"text") e2e::Profile::SetText(e2e::kRun, L"Vantora", L"other");
+    if (step == L"number") e2e::Profile::Set(L"Vantora", 7, e2e::kRun);
+    const auto [type, text] = e2e::Profile::Values(e2e::kRun)[L"Vantora"];
+    return Words(YesNo(IsStartWithWindowsEnabled()), L" ", type, L" ", WithoutNames(text));
   }
 
  private:
