@@ -15,7 +15,6 @@
 #include "tests/support/debug_lines.h"
 #include "tests/support/profile.h"
 #include "tests/support/program_test.h"
-#include "tests/support/shell_stand_in.h"
 #include "tests/support/steps_test.h"
 #include "update/version.h"
 #ifdef VANTORA_UPDATED_EXE
@@ -159,7 +158,7 @@ class Journey : public StepsTest {
   }
   void RunSetup(const std::wstring& file, const std::wstring& arguments) {
     const auto code = RunningProgram(arguments, file).WaitForExit(40'000);
-    answers_.push_back(code ? Words(L"ends with ", *code) : L"does not end");
+    Note(code ? Words(L"ends with ", *code) : L"does not end");
   }
   /// Whether the versions of file and product stand in the resources, the upper half first.
   static bool HasVersion(const std::wstring& file) {
@@ -198,16 +197,12 @@ class Journey : public StepsTest {
   static std::wstring Letter(std::size_t program) { return std::wstring(1, static_cast<wchar_t>(L'A' + program)); }
 
   [[nodiscard]] std::vector<std::wstring> Hear() override {
-    std::vector<std::wstring> heard = answers_;
-    const std::vector<std::wstring> calls = shell_.Calls();
-    heard_.calls = calls.size();
-    for (std::size_t call = heardBefore_.calls; call < calls.size(); ++call) heard.push_back(L"taskbar: " + calls[call]);
+    std::vector<std::wstring> heard;
     static const std::regex kLine(
         "\n(\\d+) ((?:MonitorEngine::Stop|RuleStore::|ALERT|Existing instance|Monitoring |MainDialogThread|"
         "ERROR|WinVerifyTrust)[^\n]*)");
     const std::string all = debug_.All();
-    heard_.lines = all.size();
-    const std::string lines = all.substr(heardBefore_.lines);
+    const std::string lines = all.substr(LengthBefore("lines", all.size()));
     for (std::sregex_iterator line(lines.begin(), lines.end(), kLine); line != std::sregex_iterator(); ++line) {
       for (std::size_t i = 0; i < programs_.size(); ++i) {
         const std::string text = (*line)[2];
@@ -219,9 +214,8 @@ class Journey : public StepsTest {
     for (std::size_t at = 0; (at = lines.find(" Update check finished", at)) != std::string::npos; ++at)
       heard.push_back(L"a check ends");
     const std::string requests = TestServer::Requests();
-    heard_.requests = requests.size();
-    if (requests.size() > heardBefore_.requests)
-      heard.push_back(L"server: " + DecodeUtf8Text(requests.substr(heardBefore_.requests)));
+    const std::string asked = requests.substr(LengthBefore("requests", requests.size()));
+    if (!asked.empty()) heard.push_back(L"server: " + DecodeUtf8Text(asked));
 #endif
     return heard;
   }
@@ -268,7 +262,7 @@ class Journey : public StepsTest {
                    "<Actions><Exec><Command>cmd.exe</Command></Exec></Actions></Task>");
     const std::wstring definition = arguments.starts_with(L"/create") ? L" /xml \"" + file + L"\"" : L" /f";
     const auto code = RunningProgram(arguments + definition, FullPath(L"C:\\windows\\system32\\schtasks.exe")).WaitForExit();
-    answers_.push_back(code ? Words(L"schtasks ends with ", *code) : L"schtasks does not end");
+    Note(code ? Words(L"schtasks ends with ", *code) : L"schtasks does not end");
     ::DeleteFileW(file.c_str());
   }
   /// A copy of the program in a folder with libraries of somebody else's.
@@ -294,8 +288,6 @@ class Journey : public StepsTest {
     ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
   }
   void Do(const std::wstring& step) override {
-    answers_.clear();
-    heardBefore_ = heard_;
     const std::size_t blank = std::min(step.find(L' '), step.size());
     const std::wstring words = Plain(step.substr(std::min(blank + 1, step.size())));
     // Most are done to a program: "verb A words".
@@ -327,12 +319,11 @@ class Journey : public StepsTest {
         {L"installold", [&] { RunSetup(FullPath(VANTORA_OLD_SETUP), words); }},
         {L"uninstall", [&] { RunSetup(folder_ + L"\\uninstall.exe", words == L"in place" ? L"/S _?=" + folder_ : words); }},
         {L"startinstalled", [&] { Start(words, folder_ + L"\\vantora.exe"); }},
-        {L"versions",
-         [&] { answers_.push_back(HasVersion(ProgramPath()) && HasVersion(FullPath(VANTORA_SETUP)) ? L"there" : L"missing"); }},
+        {L"versions", [&] { Note(HasVersion(ProgramPath()) && HasVersion(FullPath(VANTORA_SETUP)) ? L"there" : L"missing"); }},
         {L"compare",
          [&] {
            const bool same = ReadShared(folder_ + L"\\vantora.exe") == ReadShared(ProgramPath());
-           answers_.push_back(same ? L"the program" : L"another");
+           Note(same ? L"the program" : L"another");
          }},
         // A program that answers every switch with a failure has a logon task that nobody can remove.
         {L"spoil", [&] { ::CopyFileW(L"C:\\windows\\system32\\reg.exe", (folder_ + L"\\vantora.exe").c_str(), FALSE); }},
@@ -372,7 +363,7 @@ class Journey : public StepsTest {
         {L"idle",
          [&] {
            const auto runs = [&] { return CountThreads(program().Id(), true) == 1; };
-           answers_.push_back(WaitUntil(runs) ? L"a thread for idle moments" : L"no thread for idle moments");
+           Note(WaitUntil(runs) ? L"a thread for idle moments" : L"no thread for idle moments");
          }},
         {L"pause", [&] { ::Sleep(std::stoul(words)); }},
         {L"escape", [&] { program().PostToTray(WM_CANCELMODE, 0, 0); }},
@@ -380,7 +371,7 @@ class Journey : public StepsTest {
         {L"oldrules", [&] { WriteFileBytes(profile_.LegacyFolder() + L"\\rules.csv", EncodeUtf8(words)); }},
         {L"schtasks", [&] { Task(words); }},
         {L"clock", [&] { clock_ = ::GetTickCount64(); }},
-        {L"passed", [&] { answers_.push_back(::GetTickCount64() - clock_ >= std::stoul(words) ? L"yes" : L"no"); }},
+        {L"passed", [&] { Note(::GetTickCount64() - clock_ >= std::stoul(words) ? L"yes" : L"no"); }},
         {L"oldprogram",
          [&] {
            // A window of the test's own stands for it, which hangs: requests wait in this thread's queue.
@@ -395,19 +386,9 @@ class Journey : public StepsTest {
     verbs.at(step.substr(0, blank))();
   }
 
-  /// How much has been heard of each.
-  struct Positions {
-    std::size_t calls = 0;
-    std::size_t lines = 0;
-    std::size_t requests = 0;
-  };
-  Positions heardBefore_;
-  Positions heard_;
   Profile profile_;
-  ShellStandIn shell_;
   DebugLines debug_;
   std::vector<std::unique_ptr<RunningProgram>> programs_;
-  std::vector<std::wstring> answers_;  ///< of the step
 #ifdef VANTORA_UPDATED_EXE
   TestServer server_;
 #endif

@@ -6,14 +6,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "platform/text_encoding.h"
+#include "tests/support/shell_stand_in.h"
 #include "tests/support/wait.h"
 #include "tests/tables/table_text.h"
 
@@ -24,10 +27,21 @@ class StepsTest : public testing::TestWithParam<const char*> {
 
   virtual void Do(const std::wstring& step) = 0;
   [[nodiscard]] virtual State Look() = 0;
-  /// What has happened since the step began, in order.
-  [[nodiscard]] virtual std::vector<std::wstring> Hear() = 0;
+  /// What else has happened since the step began, in order.
+  [[nodiscard]] virtual std::vector<std::wstring> Hear() { return {}; }
   /// A line of changes without what differs between machines.
   [[nodiscard]] virtual std::wstring Readable(const std::wstring& line) const = 0;
+
+  /// Tells what happens in this step. Any thread.
+  static void Note(const std::wstring& text) {
+    const std::lock_guard lock(notesMutex_);
+    notes_.push_back(text);
+  }
+  /// How long a source was when the step began that is so long now.
+  std::size_t LengthBefore(const char* source, std::size_t length) {
+    lengths_[source] = length;
+    return lengthsBefore_[source];
+  }
 
   /// Each pair's second text in place of its first; control characters by their names.
   static std::wstring WithWords(std::wstring text, const std::vector<std::pair<std::wstring, std::wstring>>& words) {
@@ -37,6 +51,8 @@ class StepsTest : public testing::TestWithParam<const char*> {
     for (const auto& [plain, word] : kControls) text = Replace(text, plain, word);
     return text;
   }
+
+  e2e::ShellStandIn taskbar_;
 
   /// Goes through golden/<subject>/<the test's parameter>.txt.
   void GoThrough(const std::string& subject, DWORD quietMs) {
@@ -56,6 +72,11 @@ class StepsTest : public testing::TestWithParam<const char*> {
       if (!step.starts_with("> ")) continue;
       SCOPED_TRACE(step);
       std::cout << step << std::endl;  // where it hangs, should it
+      lengthsBefore_ = lengths_;
+      {
+        const std::lock_guard lock(notesMutex_);
+        notes_.clear();
+      }
       Do(DecodeUtf8Text(step.substr(2)));
       State now;
       std::string changes;
@@ -80,7 +101,14 @@ class StepsTest : public testing::TestWithParam<const char*> {
   [[nodiscard]] std::string Changes(State& now) {
     std::wstring text;
     const auto add = [&](const std::wstring& line) { text += L"  " + Readable(line) + L"\n"; };
-    for (const std::wstring& heard : Hear()) add(heard);
+    const std::vector<std::wstring> calls = taskbar_.Calls();
+    const std::vector<std::wstring> more = Hear();
+    {
+      const std::lock_guard lock(notesMutex_);
+      std::ranges::for_each(notes_, add);
+    }
+    for (std::size_t call = LengthBefore("taskbar", calls.size()); call < calls.size(); ++call) add(L"taskbar: " + calls[call]);
+    std::ranges::for_each(more, add);
     std::vector<std::wstring> gone;
     for (const auto& [name, value] : state_) {
       if (now.contains(name)) continue;
@@ -103,4 +131,8 @@ class StepsTest : public testing::TestWithParam<const char*> {
   }
 
   State state_;
+  std::map<std::string, std::size_t> lengths_;
+  std::map<std::string, std::size_t> lengthsBefore_;
+  inline static std::mutex notesMutex_;
+  inline static std::vector<std::wstring> notes_;
 };

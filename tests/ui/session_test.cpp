@@ -12,7 +12,6 @@
 #include <functional>
 #include <iterator>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -31,7 +30,6 @@
 #include "tests/support/diagnostic_lines.h"
 #include "tests/support/fake_task_scheduler.h"
 #include "tests/support/profile.h"
-#include "tests/support/shell_stand_in.h"
 #include "tests/support/steps_test.h"
 #include "tests/support/test_program.h"
 #include "tests/support/theme_recorder.h"
@@ -75,11 +73,7 @@ void SetClipboard(const std::wstring& text) {
 
 class Session : public StepsTest, protected TestProgram {
  public:
-  /// What is told apart from the state, in this step. Any thread.
-  static void Note(const std::wstring& text) {
-    const std::lock_guard lock(notesMutex_);
-    notes_.push_back(text);
-  }
+  using StepsTest::Note;
 
  protected:
   Session() {
@@ -268,15 +262,6 @@ class Session : public StepsTest, protected TestProgram {
     state[L"menus"] = marks_;
     return state;
   }
-  [[nodiscard]] std::vector<std::wstring> Hear() override {
-    const std::lock_guard lock(notesMutex_);
-    std::vector<std::wstring> heard = notes_;
-    if (taskbar_) {
-      const std::vector<std::wstring> calls = taskbar_->Calls();
-      heard.insert(heard.end(), calls.begin() + static_cast<std::ptrdiff_t>(callsBefore_), calls.end());
-    }
-    return heard;
-  }
 
   // What can be done.
 
@@ -342,7 +327,6 @@ class Session : public StepsTest, protected TestProgram {
 
   /// The tray window in place of one that does nothing; what it starts elsewhere is told.
   void OpenTray() {
-    taskbar_.emplace();
     window_.emplace([this] {
       TrayWindow tray(
           program, sink_,
@@ -468,7 +452,7 @@ class Session : public StepsTest, protected TestProgram {
         {L"sound", [&] { settings.Update([&words](AppSettings& s) { s.soundFilePath = words; }); }},
         {L"checks hang", [] { checksHang_ = true; }},
         {L"alert", [&] { sink_.OnAlert({}); }},
-        {L"taskbar refuses", [&] { taskbar_->refusing = true; }},
+        {L"taskbar refuses", [&] { taskbar_.refusing = true; }},
         {L"file", [&] { TemporaryFolder::Write(folder.File(halves.first), EncodeUtf8(halves.second)); }},
         {L"hold",
          [&] {
@@ -493,7 +477,7 @@ class Session : public StepsTest, protected TestProgram {
            static std::byte nothingOfOurs[sizeof(TrayWindow)];
            CREATESTRUCTW create{};
            create.lpCreateParams = nothingOfOurs;
-           if (taskbar_) ::SendMessageW(program.trayWindow, WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&create));
+           ::SendMessageW(program.trayWindow, WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&create));
          }},
         {L"send", [&] { ::SendMessageW(program.trayWindow, static_cast<UINT>(n.at(0)), static_cast<WPARAM>(n.at(1)), n.at(2)); }},
         {L"timer",
@@ -549,11 +533,6 @@ class Session : public StepsTest, protected TestProgram {
     };
     const std::wstring verb = verbs.contains(step) ? step : name;
     ASSERT_TRUE(verbs.contains(verb)) << "no such step";
-    {
-      const std::lock_guard lock(notesMutex_);
-      notes_.clear();
-      if (taskbar_) callsBefore_ = taskbar_->Calls().size();
-    }
     wantsMarks_ = verb == L"menu" || verb == L"look";
     verbs.at(verb)();
     Settle();
@@ -579,8 +558,6 @@ class Session : public StepsTest, protected TestProgram {
     return accepts_;
   }
 
-  inline static std::mutex notesMutex_;
-  inline static std::vector<std::wstring> notes_;
   inline static std::atomic<BOOL> elevated_ = TRUE;
   inline static std::atomic<BOOL> accepts_ = TRUE;
   inline static std::atomic<bool> checksHang_ = false;
@@ -593,8 +570,6 @@ class Session : public StepsTest, protected TestProgram {
   std::optional<WindowThread> second_;
   std::atomic<FakeTaskScheduler*> scheduler_ = nullptr;
   GUIAlertSink sink_;
-  std::optional<e2e::ShellStandIn> taskbar_;
-  std::size_t callsBefore_ = 0;
   State views_;
   std::wstring marks_;
   bool wantsMarks_ = false;
