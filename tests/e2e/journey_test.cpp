@@ -16,36 +16,23 @@
 #include "tests/support/profile.h"
 #include "tests/support/program_test.h"
 #include "tests/support/steps_test.h"
-#include "update/version.h"
-#ifdef VANTORA_UPDATED_EXE
 #include "tests/update_server/test_server.h"
-#endif
+#include "update/version.h"
 
 namespace e2e {
 namespace {
-
-/// The executable name under which a rule finds this process.
-std::wstring OwnName() {
-  wchar_t path[MAX_PATH]{};
-  ::GetModuleFileNameW(nullptr, path, MAX_PATH);
-  return std::filesystem::path(path).filename().wstring();
-}
 
 class Journey : public StepsTest {
  protected:
   void SetUp() override {
     ASSERT_EQ(::FindWindowW(kTrayClass, nullptr), nullptr) << "an instance is running";
-#ifdef VANTORA_SETUP
+    if (::_wgetenv(L"VANTORA_TEST_SERVER_FOLDER") != nullptr) server_.emplace();
     // What a journey has left that did not come to its end.
-    if (!PathExists(folder_ + L"\\uninstall.exe")) return;
-    RunSetup(folder_ + L"\\uninstall.exe", L"/S /PURGE");
-    EXPECT_TRUE(WaitUntil([this] {
-      State left;
-      AddValues(left, L"entry");
-      return left.empty() && !PathExists(folder_);
-    }));
-    profile_.Set(L"UpdateChecksDisabled", 1);
-#endif
+    const std::wstring uninstaller = folder_ + L"\\uninstall.exe";
+    if (!PathExists(uninstaller)) return;
+    Run(uninstaller, L"/S /PURGE");
+    EXPECT_TRUE(WaitUntil([this] { return Profile::Values(Keys().at(L"entry")).empty() && !PathExists(folder_); }));
+    Profile::Set(L"UpdateChecksDisabled", 1);
   }
 
   // What there is to see.
@@ -79,17 +66,31 @@ class Journey : public StepsTest {
     }
     return std::regex_replace(shown + text, std::wregex(L"\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d"), L"(time)");
   }
+  /// What differs between machines, and the words that stand for it in steps and in what they change.
+  [[nodiscard]] std::vector<std::pair<std::wstring, std::wstring>> Names() const {
+    wchar_t own[MAX_PATH]{};
+    ::GetModuleFileNameW(nullptr, own, MAX_PATH);
+    std::vector<std::pair<std::wstring, std::wstring>> names = {{ProgramPath(), L"(program)"},
+                                                                {FullPath(VANTORA_UPDATED_EXE), L"(updatable program)"},
+                                                                {FullPath(VANTORA_PLANTED_LIBRARY), L"(planted library)"},
+                                                                {FullPath(VANTORA_SETUP), L"(setup)"},
+                                                                {FullPath(VANTORA_OLD_SETUP), L"(old setup)"},
+                                                                {FullPath(L"" VANTORA_GOLDEN_FOLDER), L"(golden)"},
+                                                                {profile_.DataFolder(), L"(data)"},
+                                                                {profile_.LegacyFolder(), L"(old data)"},
+                                                                {DecodeUtf8Text(kRulesHead), L"(head)"},
+                                                                {folder_, L"(installed)"},
+                                                                {AppVersionDisplay, L"(version)"},
+                                                                {AppVersion, L"(number)"},
+                                                                {std::filesystem::path(own).filename().wstring(), L"(self)"}};
+    if (server_) {
+      names.emplace_back(TestServer::Path(L""), L"(served)\\");
+      names.emplace_back(::_wgetenv(L"VANTORA_TEST_UPDATE_SERVER"), L"(server)");
+    }
+    return names;
+  }
   [[nodiscard]] std::wstring Readable(const std::wstring& line) const override {
-    std::wstring text = WithWords(line, {{ProgramPath(), L"(program)"},
-                                         {profile_.DataFolder(), L"(data)"},
-                                         {folder_, L"(installed)"},
-                                         {AppVersionDisplay, L"(version)"},
-                                         {AppVersion, L"(number)"},
-#ifdef VANTORA_UPDATED_EXE
-                                         {TestServer::Path(L""), L"(served)\\"},
-                                         {::_wgetenv(L"VANTORA_TEST_UPDATE_SERVER"), L"(server)"},
-#endif
-                                         {OwnName(), L"(self)"}});
+    std::wstring text = WithWords(line, Names());
     const auto replaceId = [&text](DWORD id, const std::wstring& word) {
       text = std::regex_replace(text, std::wregex(Words(L"\\b", id, L"\\b")), word);
     };
@@ -117,9 +118,8 @@ class Journey : public StepsTest {
     std::error_code ignored;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, ignored)) {
       if (!entry.is_regular_file() || entry.path().extension() == L".exe" || entry.path().extension() == L".dll") continue;
-      std::string bytes = ReadShared(entry.path().wstring());
-      if (bytes.starts_with(kRulesHead)) bytes.replace(0, std::string(kRulesHead).size(), "(head)");
-      state[Words(word, L" ", std::filesystem::relative(entry.path(), folder).wstring())] = DecodeUtf8Text(bytes);
+      const std::wstring name = std::filesystem::relative(entry.path(), folder).wstring();
+      state[word + L" " + name] = DecodeUtf8Text(ReadShared(entry.path().wstring()));
     }
   }
   void AddProgram(State& state, const std::wstring& letter, const RunningProgram& program) const {
@@ -139,7 +139,6 @@ class Journey : public StepsTest {
     for (const wchar_t* name : {kDialogClass, kMenuClass}) FindWindowOf(program.Id(), name, add);
     for (const auto& [name, count] : shown) state[name] = std::to_wstring(count);
   }
-#ifdef VANTORA_SETUP
   void AddInstallation(State& state) const {
     std::error_code ignored;
     std::uint64_t bytes = 0;
@@ -156,16 +155,6 @@ class Journey : public StepsTest {
       size->second = isNear ? L"that of the files" : L"another";
     }
   }
-  void RunSetup(const std::wstring& file, const std::wstring& arguments) {
-    const auto code = RunningProgram(arguments, file).WaitForExit(40'000);
-    Note(code ? Words(L"ends with ", *code) : L"does not end");
-  }
-  /// Whether the versions of file and product stand in the resources, the upper half first.
-  static bool HasVersion(const std::wstring& file) {
-    const std::string version("\0\0\0\0\7\0\2\0\0\0\0\0\7\0\2\0", 16);
-    return ReadShared(file).find(version) != std::string::npos;
-  }
-#endif
   /// Who runs without having been started here, an installation's program, is the next letter.
   void Adopt() {
     DWORD id = 0;
@@ -181,13 +170,11 @@ class Journey : public StepsTest {
     for (const wchar_t* word : {L"settings", L"old settings", L"run", L"entry"}) AddValues(state, word);
     AddFiles(state, L"file", profile_.DataFolder());
     AddFiles(state, L"old file", profile_.LegacyFolder());
-#ifdef VANTORA_SETUP
     AddInstallation(state);
-#endif
-#ifdef VANTORA_UPDATED_EXE
-    for (const std::wstring& file : {TestServer::File(), TestServer::Path(L"elsewhere\\vantorasetup.exe")})
-      if (PathExists(file)) state[file] = L"there";
-#endif
+    if (server_) {
+      for (const std::wstring& file : {TestServer::File(), TestServer::Path(L"elsewhere\\vantorasetup.exe")})
+        if (PathExists(file)) state[file] = L"there";
+    }
     if (UniqueHandle(::OpenEventW(SYNCHRONIZE, FALSE, kRunningEvent)) != nullptr) state[L"running"] = L"signed up";
     MSG message{};
     while (::PeekMessageW(&message, oldProgram_, UWM_TERMINATE, UWM_TERMINATE, PM_REMOVE)) ++asked_;
@@ -210,13 +197,12 @@ class Journey : public StepsTest {
           heard.push_back(Letter(i) + L" says " + std::wstring(text.begin(), text.end()));
       }
     }
-#ifdef VANTORA_UPDATED_EXE
+    if (!server_) return heard;
     for (std::size_t at = 0; (at = lines.find(" Update check finished", at)) != std::string::npos; ++at)
       heard.push_back(L"a check ends");
     const std::string requests = TestServer::Requests();
     const std::string asked = requests.substr(LengthBefore("requests", requests.size()));
     if (!asked.empty()) heard.push_back(L"server: " + DecodeUtf8Text(asked));
-#endif
     return heard;
   }
   // What is done.
@@ -245,35 +231,30 @@ class Journey : public StepsTest {
   void Start(const std::wstring& arguments, const std::wstring& path) {
     programs_.push_back(std::make_unique<RunningProgram>(arguments, path));
   }
+  static void Run(const std::wstring& path, const std::wstring& arguments) {
+    const auto code = RunningProgram(arguments, path).WaitForExit(40'000);
+    Note(code ? Words(L"ends with ", *code) : L"does not end");
+  }
   /// Presses a button of the box or the window in front.
-  static void Answer(const RunningProgram& program, int button) {
-    HWND box = WaitForResult([&] {
-      return FindWindowOf(program.Id(), kDialogClass, [button](HWND window) {
-        return ::IsWindowVisible(window) && ::GetDlgItem(window, button) != nullptr &&
-               ::GetDlgItem(window, IDC_VERSION_LINK) == nullptr;
-      });
-    });
-    ::PostMessageW(::GetDlgItem(box, button), BM_CLICK, 0, 0);
+  static void Answer(const RunningProgram& program, const std::wstring& text) {
+    const auto find = [&] {
+      HWND button = nullptr;
+      FindWindowOf(program.Id(), kDialogClass,
+                   [&](HWND window) { return ::IsWindowVisible(window) && (button = FindControl(window, text)) != nullptr; });
+      return button;
+    };
+    ::PostMessageW(WaitForResult(find), BM_CLICK, 0, 0);
   }
-  void Task(const std::wstring& arguments) {
-    const std::wstring file = profile_.DataFolder() + L".xml";
-    WriteFileBytes(file,
-                   "<Task version=\"1.2\" xmlns=\"http://schemas.microsoft.com/windows/2004/02/mit/task\">"
-                   "<Actions><Exec><Command>cmd.exe</Command></Exec></Actions></Task>");
-    const std::wstring definition = arguments.starts_with(L"/create") ? L" /xml \"" + file + L"\"" : L" /f";
-    const auto code = RunningProgram(arguments + definition, FullPath(L"C:\\windows\\system32\\schtasks.exe")).WaitForExit();
-    Note(code ? Words(L"schtasks ends with ", *code) : L"schtasks does not end");
-    ::DeleteFileW(file.c_str());
-  }
-  /// A copy of the program in a folder with libraries of somebody else's.
-  void StartBesideLibraries(const std::wstring& arguments) {
-    const std::wstring folder = profile_.DataFolder() + L"\\downloads\\";
-    std::filesystem::create_directories(folder);
-    ::CopyFileW(ProgramPath().c_str(), (folder + L"vantora.exe").c_str(), FALSE);
-    for (const wchar_t* library : {L"dwmapi", L"secur32", L"uxtheme", L"wininet", L"winmm", L"wintrust", L"version"}) {
-      EXPECT_TRUE(::CopyFileW(FullPath(VANTORA_PLANTED_LIBRARY).c_str(), (folder + library + L".dll").c_str(), FALSE));
+  /// What Windows tells its user of a program's version.
+  static void TellVersion(const std::wstring& path) {
+    std::wstring block(::GetFileVersionInfoSizeW(path.c_str(), nullptr) / sizeof(wchar_t), L'\0');
+    ::GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block.size() * sizeof(wchar_t)), block.data());
+    for (const std::size_t at : {24U, 28U}) {  // the file's and the product's as numbers
+      Note(Words(int{block.at(at + 1)}, L".", int{block[at]}, L".", int{block[at + 3]}, L".", int{block[at + 2]}));
     }
-    Start(arguments, folder + L"vantora.exe");
+    static const std::wregex kText(L"[ -~]{4,}");
+    for (std::wsregex_iterator text(block.begin(), block.end(), kText); text != std::wsregex_iterator(); ++text)
+      Note(text->str());
   }
   /// Opens the pattern's cell of the first rule and types into it.
   static void EditCell(const RunningProgram& program) {
@@ -287,118 +268,98 @@ class Journey : public StepsTest {
     EXPECT_EQ(TextOf(box), L"a.exe");
     ::SendMessageW(box, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"b.exe"));
   }
-  void Do(const std::wstring& step) override {
-    const std::size_t blank = std::min(step.find(L' '), step.size());
-    const std::wstring words = Plain(step.substr(std::min(blank + 1, step.size())));
+  void Do(const std::wstring& verb, std::wstring words) override {
+    for (const auto& [plain, word] : Names()) words = Replace(words, word, plain);
     // Most are done to a program: "verb A words".
     const auto program = [&]() -> RunningProgram& { return *programs_.at(static_cast<std::size_t>(words.at(0) - L'A')); };
     const std::wstring rest = words.size() > 2 ? words.substr(2) : L"";
-    static const std::map<std::wstring, int> kCommands = {{L"alert log", IDM_ALERT_LOG},
-                                                          {L"add rule", IDM_ADD_RULE},
-                                                          {L"reset rules", IDM_RESET_RULES},
-                                                          {L"export", IDM_EXPORT_RULES},
-                                                          {L"exit", IDM_EXIT},
-                                                          {L"yes", IDYES},
-                                                          {L"no", IDNO},
-                                                          {L"ok", IDOK},
-                                                          {L"cancel", IDCANCEL}};
-    const std::map<std::wstring, std::function<void()>> verbs = {
-        {L"start", [&] { Start(words, ProgramPath()); }},
-        {L"startcopy", [&] { StartBesideLibraries(words); }},
-        {L"tray", [&] { program().ChooseFromTrayMenu(rest.at(0)); }},
-        {L"traymenu", [&] { EXPECT_TRUE(program().OpenTrayMenu()); }},
-        {L"click", [&] { program().PostToTray(UWM_TRAYICON, 0, WM_LBUTTONUP); }},
-        {L"clickballoon", [&] { program().PostToTray(UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK); }},
-        {L"check", [&] { program().PostToTray(UWM_CHECK_FOR_UPDATES, rest == L"by hand" ? 1 : 0, 0); }},
-        {L"choose", [&] { PostCommand(program().WaitForMainWindow(), kCommands.at(rest)); }},
-        {L"answer", [&] { Answer(program(), kCommands.at(rest)); }},
-        {L"end", [&] { program().PostToTray(UWM_TERMINATE, 0, 0); }},
-        {L"edit", [&] { EditCell(program()); }},
-#ifdef VANTORA_SETUP
-        {L"install", [&] { RunSetup(FullPath(VANTORA_SETUP), words); }},
-        {L"installold", [&] { RunSetup(FullPath(VANTORA_OLD_SETUP), words); }},
-        {L"uninstall", [&] { RunSetup(folder_ + L"\\uninstall.exe", words == L"in place" ? L"/S _?=" + folder_ : words); }},
-        {L"startinstalled", [&] { Start(words, folder_ + L"\\vantora.exe"); }},
-        {L"versions", [&] { Note(HasVersion(ProgramPath()) && HasVersion(FullPath(VANTORA_SETUP)) ? L"there" : L"missing"); }},
-        {L"compare",
-         [&] {
-           const bool same = ReadShared(folder_ + L"\\vantora.exe") == ReadShared(ProgramPath());
-           Note(same ? L"the program" : L"another");
-         }},
-        // A program that answers every switch with a failure has a logon task that nobody can remove.
-        {L"spoil", [&] { ::CopyFileW(L"C:\\windows\\system32\\reg.exe", (folder_ + L"\\vantora.exe").c_str(), FALSE); }},
-        {L"note", [&] { WriteFileBytes(profile_.DataFolder() + L"\\my notes.txt", "mine"); }},
-        // An instance that nothing ends, as one with more rights would be.
-        {L"block", [&] { blocker_.reset(::CreateEventW(nullptr, FALSE, FALSE, kRunningEvent)); }},
-        {L"unblock", [&] { blocker_.reset(); }},
-#endif
-#ifdef VANTORA_UPDATED_EXE
-        {L"startupdatable", [&] { Start(words, FullPath(VANTORA_UPDATED_EXE)); }},
-        {L"server", [&] { TestServer::Use(EncodeUtf8(words)); }},
-        // For the programs that are started from now on.
-        {L"host", [&] { TestServer::UseServer(words.c_str()); }},
-        {L"temp", [&] { TestServer::UseTemp(TestServer::Path(words)); }},
-#endif
-        {L"taskbar", [&] { ::SendNotifyMessageW(HWND_BROADCAST, ::RegisterWindowMessageW(L"TaskbarCreated"), 0, 0); }},
-        {L"number", [&] { Set(words, REG_DWORD); }},
-        {L"text", [&] { Set(words, REG_SZ); }},
-        {L"texts", [&] { Set(words, REG_MULTI_SZ); }},
-        {L"forget", [&] { ::RegDeleteTreeW(HKEY_CURRENT_USER, Keys().at(words)); }},
-        {L"rules",
-         [&] { WriteFileBytes(profile_.RulesFile(), kRulesHead + EncodeUtf8(Replace(words, L"(self)", OwnName())) + "\r\n"); }},
-        {L"threads",
-         [&] {
-           while (CountThreads(::GetCurrentProcessId(), false) < std::stoul(words)) {
-             threads_.emplace_back([](const std::stop_token& end) {
-               while (!end.stop_requested()) ::Sleep(20);
-             });
-           }
-         }},
-        {L"busy",
-         [&] {
-           threads_.emplace_back([tray = program().WaitForTray()](const std::stop_token& end) {
-             while (!end.stop_requested()) ::SendMessageW(tray, WM_NULL, 0, 0);
-           });
-         }},
-        {L"idle",
-         [&] {
-           const auto runs = [&] { return CountThreads(program().Id(), true) == 1; };
-           Note(WaitUntil(runs) ? L"a thread for idle moments" : L"no thread for idle moments");
-         }},
-        {L"pause", [&] { ::Sleep(std::stoul(words)); }},
-        {L"escape", [&] { program().PostToTray(WM_CANCELMODE, 0, 0); }},
-        {L"file", [&] { WriteFileBytes(profile_.RulesFile(), EncodeUtf8(words)); }},
-        {L"oldrules", [&] { WriteFileBytes(profile_.LegacyFolder() + L"\\rules.csv", EncodeUtf8(words)); }},
-        {L"schtasks", [&] { Task(words); }},
-        {L"clock", [&] { clock_ = ::GetTickCount64(); }},
-        {L"passed", [&] { Note(::GetTickCount64() - clock_ >= std::stoul(words) ? L"yes" : L"no"); }},
-        {L"oldprogram",
-         [&] {
-           // A window of the test's own stands for it, which hangs: requests wait in this thread's queue.
-           static const WNDCLASSW kClass{0, ::DefWindowProcW, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, L"HALVERNW"};
-           static const ATOM kRegistered = ::RegisterClassW(&kClass);
-           EXPECT_NE(kRegistered, 0);
-           oldProgram_ = ::CreateWindowW(L"HALVERNW", L"Halvern", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
-         }},
-        {L"oldprogramends", [&] { ::DestroyWindow(oldProgram_); }},
-    };
-    ASSERT_TRUE(verbs.contains(step.substr(0, blank))) << "no such step";
-    verbs.at(step.substr(0, blank))();
+    const std::pair file = Halves(words, L'|');
+    const std::pair text = Halves(words, L'=');
+    static const std::map<std::wstring, int> commands = {{L"log", IDM_ALERT_LOG},
+                                                         {L"add", IDM_ADD_RULE},
+                                                         {L"reset", IDM_RESET_RULES},
+                                                         {L"export", IDM_EXPORT_RULES},
+                                                         {L"exit", IDM_EXIT}};
+    DoOneOf(
+        {
+            {L"start", [&] { Start(words, ProgramPath()); }},
+            {L"launch", [&] { Start(file.second, file.first); }},
+            {L"run", [&] { Run(file.first, file.second); }},
+            {L"write", [&] { WriteFileBytes(text.first, EncodeUtf8(text.second)); }},
+            {L"copy",
+             [&] {
+               std::filesystem::create_directories(std::filesystem::path(text.second).parent_path());
+               EXPECT_TRUE(::CopyFileW(text.first.c_str(), text.second.c_str(), FALSE));
+             }},
+            {L"compare", [&] { Note(ReadShared(text.first) == ReadShared(text.second) ? L"the same" : L"another"); }},
+            {L"version", [&] { TellVersion(words); }},
+            {L"tray", [&] { program().ChooseFromTrayMenu(rest.at(0)); }},
+            {L"traymenu", [&] { EXPECT_TRUE(program().OpenTrayMenu()); }},
+            {L"click", [&] { program().PostToTray(UWM_TRAYICON, 0, WM_LBUTTONUP); }},
+            {L"clickballoon", [&] { program().PostToTray(UWM_TRAYICON, 0, NIN_BALLOONUSERCLICK); }},
+            {L"check", [&] { program().PostToTray(UWM_CHECK_FOR_UPDATES, rest == L"by hand" ? 1 : 0, 0); }},
+            {L"choose", [&] { PostCommand(program().WaitForMainWindow(), commands.at(rest)); }},
+            {L"answer", [&] { Answer(program(), rest); }},
+            {L"end", [&] { program().PostToTray(UWM_TERMINATE, 0, 0); }},
+            {L"edit", [&] { EditCell(program()); }},
+            // An instance that nothing ends, as one with more rights would be.
+            {L"block", [&] { blocker_.reset(::CreateEventW(nullptr, FALSE, FALSE, kRunningEvent)); }},
+            {L"unblock", [&] { blocker_.reset(); }},
+            {L"server", [&] { TestServer::Use(EncodeUtf8(words)); }},
+            // For the programs that are started from now on.
+            {L"host", [&] { TestServer::UseServer(words.c_str()); }},
+            {L"temp", [&] { TestServer::UseTemp(TestServer::Path(words)); }},
+            {L"taskbar", [&] { ::SendNotifyMessageW(HWND_BROADCAST, ::RegisterWindowMessageW(L"TaskbarCreated"), 0, 0); }},
+            {L"number", [&] { Set(words, REG_DWORD); }},
+            {L"text", [&] { Set(words, REG_SZ); }},
+            {L"texts", [&] { Set(words, REG_MULTI_SZ); }},
+            {L"forget", [&] { ::RegDeleteTreeW(HKEY_CURRENT_USER, Keys().at(words)); }},
+            {L"threads",
+             [&] {
+               while (CountThreads(::GetCurrentProcessId(), false) < std::stoul(words)) {
+                 threads_.emplace_back([](const std::stop_token& end) {
+                   while (!end.stop_requested()) ::Sleep(20);
+                 });
+               }
+             }},
+            {L"busy",
+             [&] {
+               threads_.emplace_back([tray = program().WaitForTray()](const std::stop_token& end) {
+                 while (!end.stop_requested()) ::SendMessageW(tray, WM_NULL, 0, 0);
+               });
+             }},
+            {L"idle",
+             [&] {
+               const auto runs = [&] { return CountThreads(program().Id(), true) == 1; };
+               Note(WaitUntil(runs) ? L"a thread for idle moments" : L"no thread for idle moments");
+             }},
+            {L"pause", [&] { ::Sleep(std::stoul(words)); }},
+            {L"escape", [&] { program().PostToTray(WM_CANCELMODE, 0, 0); }},
+            {L"clock", [&] { clock_ = ::GetTickCount64(); }},
+            {L"passed", [&] { Note(::GetTickCount64() - clock_ >= std::stoul(words) ? L"yes" : L"no"); }},
+            {L"oldprogram",
+             [&] {
+               // A window of the test's own stands for it, which hangs: requests wait in this thread's queue.
+               static const WNDCLASSW kClass{0, ::DefWindowProcW, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, L"HALVERNW"};
+               static const ATOM kRegistered = ::RegisterClassW(&kClass);
+               EXPECT_NE(kRegistered, 0);
+               oldProgram_ = ::CreateWindowW(L"HALVERNW", L"Halvern", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+             }},
+            {L"oldprogramends", [&] { ::DestroyWindow(oldProgram_); }},
+        },
+        verb);
   }
 
   Profile profile_;
   DebugLines debug_;
   std::vector<std::unique_ptr<RunningProgram>> programs_;
-#ifdef VANTORA_UPDATED_EXE
-  TestServer server_;
-#endif
+  /// Where with_update_server runs the tests.
+  std::optional<TestServer> server_;
   /// Where an installation goes.
   const std::wstring folder_ = ::_wgetenv(L"LOCALAPPDATA") + std::wstring(L"\\Programs\\Vantora");
-#ifdef VANTORA_SETUP
   const std::wstring shortcut_ =
       ::_wgetenv(L"APPDATA") + std::wstring(L"\\Microsoft\\Windows\\Start Menu\\Programs\\Vantora.lnk");
   UniqueHandle blocker_;
-#endif
   std::vector<std::jthread> threads_;
   ULONGLONG clock_ = 0;
   HWND oldProgram_ = nullptr;
@@ -407,7 +368,9 @@ class Journey : public StepsTest {
 
 TEST_P(Journey, GoesAsWritten) { GoThrough("journeys", 2000); }
 
-INSTANTIATE_TEST_SUITE_P(Of, Journey, testing::Values(VANTORA_JOURNEYS),
+INSTANTIATE_TEST_SUITE_P(Of, Journey,
+                         testing::Values("start_up", "alerts", "earlier_product", "end", "update", "update_refused", "upgrade",
+                                         "uninstall"),
                          [](const auto& each) { return std::string(each.param); });
 
 }  // namespace

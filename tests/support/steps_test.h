@@ -25,7 +25,7 @@ class StepsTest : public testing::TestWithParam<const char*> {
   /// Values by names; what belongs to a window is named "<window> / ...", and "<window> / open" is there as long as the window.
   using State = std::map<std::wstring, std::wstring>;
 
-  virtual void Do(const std::wstring& step) = 0;
+  virtual void Do(const std::wstring& verb, std::wstring words) = 0;
   [[nodiscard]] virtual State Look() = 0;
   /// What else has happened since the step began, in order.
   [[nodiscard]] virtual std::vector<std::wstring> Hear() { return {}; }
@@ -41,6 +41,11 @@ class StepsTest : public testing::TestWithParam<const char*> {
   std::size_t LengthBefore(const char* source, std::size_t length) {
     lengths_[source] = length;
     return lengthsBefore_[source];
+  }
+
+  static void DoOneOf(const std::map<std::wstring, std::function<void()>>& verbs, const std::wstring& verb) {
+    ASSERT_TRUE(verbs.contains(verb)) << "no such step";
+    verbs.at(verb)();
   }
 
   /// Each pair's second text in place of its first; control characters by their names.
@@ -77,7 +82,8 @@ class StepsTest : public testing::TestWithParam<const char*> {
         const std::lock_guard lock(notesMutex_);
         notes_.clear();
       }
-      Do(DecodeUtf8Text(step.substr(2)));
+      const auto [verb, words] = Halves(DecodeUtf8Text(step.substr(2)), L' ');
+      Do(verb, Plain(words));
       State now;
       std::string changes;
       ULONGLONG since = ::GetTickCount64();

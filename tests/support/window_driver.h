@@ -144,6 +144,15 @@ inline std::vector<HWND> ControlsOf(HWND window) {
   return controls;
 }
 
+/// The first with the text, or the one that comes so many places after it; null when there is none.
+inline HWND FindControl(HWND window, const std::wstring& text, std::size_t after = 0) {
+  const std::vector<HWND> controls = ControlsOf(window);
+  for (std::size_t i = 0; i + after < controls.size(); ++i) {
+    if (WithoutMnemonic(TextOf(controls[i])) == text) return controls[i + after];
+  }
+  return nullptr;
+}
+
 inline std::wstring TextOfItem(HWND dialog, int id) { return TextOf(::GetDlgItem(dialog, id)); }
 inline int RowCount(HWND list) { return ListView_GetItemCount(list); }
 /// These and no other.

@@ -33,8 +33,8 @@ inline std::wstring Rows(const std::optional<RuleList>& rules) {
 class StoreSteps {
  public:
   std::wstring operator()(const std::wstring& step) {
-    const std::size_t blank = std::min(step.find(L' '), step.size());
-    const std::wstring words = step.substr(std::min(blank + 1, step.size()));
+    const std::pair halves = Halves(step, L' ');  // no structured binding: clang 14 cannot capture those
+    const std::wstring& words = halves.second;
     std::wistringstream numbers(words);
     const std::map<std::wstring, std::function<std::wstring()>> verbs = {
         {L"file", [&] { return ThrowawayFolder::Write(Path(L"rules.csv"), EncodeUtf8(words)), L"put"; }},
@@ -76,7 +76,7 @@ class StoreSteps {
         {L"free", [&] { return LimitFiles(RLIM_INFINITY), L"done"; }},
 #endif
     };
-    const std::wstring answer = verbs.at(step.substr(0, blank))();
+    const std::wstring answer = verbs.at(halves.first)();
     std::wstring rules;
     for (const ThresholdRule& rule : *store_->Snapshot()) rules += Words(L" ", rule.ruleId, L":", rule.processPattern);
     const bool saved =

@@ -52,6 +52,12 @@ inline std::wstring Plain(const std::wstring& text) {
   return plain + rest;
 }
 
+/// The text before and after the first separator; all of it is before where there is none.
+inline std::pair<std::wstring, std::wstring> Halves(const std::wstring& text, wchar_t separator) {
+  const std::size_t at = std::min(text.find(separator), text.size());
+  return {text.substr(0, at), text.substr(std::min(at + 1, text.size()))};
+}
+
 inline std::vector<std::wstring> Split(const std::wstring& text, wchar_t separator) {
   std::vector<std::wstring> parts;
   std::wistringstream in(text + separator);

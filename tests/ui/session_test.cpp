@@ -19,6 +19,7 @@
 
 #include "app/tray_window.h"
 #include "autostart/elevation_system.h"
+#include "autostart/run_value.h"
 #include "platform/handles.h"
 #include "platform/text_encoding.h"
 #include "platform/text_format.h"
@@ -52,12 +53,6 @@ constexpr int kFileNameBox = 0x47C;
 constexpr int kFileTypeBox = 0x470;
 constexpr int kFolderBox = 0x471;
 constexpr wchar_t kThemesKey[] = L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize";
-
-/// The text before and after the first separator; all of it is before where there is none.
-std::pair<std::wstring, std::wstring> Halves(const std::wstring& words, wchar_t separator) {
-  const std::size_t at = std::min(words.find(separator), words.size());
-  return {words.substr(0, at), words.substr(std::min(at + 1, words.size()))};
-}
 
 /// As it stands, with a terminator only when the text holds one; none leaves the clipboard empty.
 void SetClipboard(const std::wstring& text) {
@@ -221,8 +216,7 @@ class Session : public StepsTest, protected TestProgram {
     RECT frame{};
     if (!::IsIconic(Main()) && ::GetWindowRect(Main(), &frame))
       state[L"main / place"] = PlaceText(WindowPlacement{frame.left, frame.top, frame.right, frame.bottom});
-    if (::RegGetValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", RRF_RT_ANY, nullptr, nullptr, nullptr) == ERROR_SUCCESS)
-      state[L"starts with Windows"] = L"yes";
+    if (e2e::Profile::Values(e2e::kRun).contains(L"Vantora")) state[L"starts with Windows"] = L"yes";
     // Whether the next start reads what the program has in memory now.
     TestProgram next;
     LoadSettings(next.settings, next.engine);
@@ -272,13 +266,7 @@ class Session : public StepsTest, protected TestProgram {
   }
   /// The control with the text, or the one that comes so many places after it in the window on top.
   HWND Control(const std::wstring& text, std::size_t after = 0) {
-    HWND found = e2e::WaitForResult([&] {
-      const std::vector<HWND> controls = ControlsOf(Top());
-      for (std::size_t i = 0; i + after < controls.size(); ++i) {
-        if (WithoutMnemonic(TextOf(controls[i])) == text) return controls[i + after];
-      }
-      return HWND{nullptr};
-    });
+    HWND found = e2e::WaitForResult([&] { return FindControl(Top(), text, after); });
     EXPECT_NE(found, nullptr) << "no control: " << testing::PrintToString(text);
     return found;
   }
@@ -419,9 +407,7 @@ class Session : public StepsTest, protected TestProgram {
     SetClipboard(text);
   }
 
-  void Do(const std::wstring& step) override {
-    const auto [name, escaped] = Halves(step, L' ');
-    std::wstring words = Plain(escaped);
+  void Do(const std::wstring& verb, std::wstring words) override {
     words = Replace(words, L"<folder>", folder.File(L""));
     const std::pair halves = Halves(words, L'=');  // no structured binding: clang 14 cannot capture those
     std::wistringstream numbers(words);
@@ -432,109 +418,109 @@ class Session : public StepsTest, protected TestProgram {
     const auto alert = [this](std::uint32_t pid) {
       recentAlerts.Append({{2026, 3, 4, 5, 9, 7, 3, 0}, pid, L"app.exe", 1, L"Threads: 9 > 8"});
     };
-    const std::map<std::wstring, std::function<void()>> verbs = {
-        // What others do, and what was there before.
-        {L"rule", [&] { AddRule(words); }},
-        {L"rules", [&] { forEach([this](std::uint32_t id) { AddRule(Words(id, L",a", id, L",1")); }); }},
-        {L"forget", [&] { rules.Remove({static_cast<std::uint32_t>(n.at(0))}); }},
-        {L"settings", [&] { SetSettings(n); }},  // actions, throttle, hours between checks, betas, poll interval in ms
-        {L"place",
-         [&] { settings.Update([&n](AppSettings& s) {
-                 s.mainDialogPlacement = {n.at(0), n.at(1), n.at(2), n.at(3)};
-               }); }},
-        {L"exclude", [&] { engine.SetExclusions({words}); }},
-        {L"autostart on", [] { ::RegSetKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora", REG_SZ, L"", 2); }},
-        {L"autostart off", [] { ::RegDeleteKeyValueW(HKEY_CURRENT_USER, kRunKey, L"Vantora"); }},
-        {L"alerts", [&] { forEach(alert); }},
-        {L"cleared", [&] { recentAlerts.Clear(), forEach(alert); }},
-        {L"update", [&] { OfferUpdate(words); }},
-        {L"latest", [&] { updates.SetLatestVersion(words); }},
-        {L"sound", [&] { settings.Update([&words](AppSettings& s) { s.soundFilePath = words; }); }},
-        {L"checks hang", [] { checksHang_ = true; }},
-        {L"alert", [&] { sink_.OnAlert({}); }},
-        {L"taskbar refuses", [&] { taskbar_.refusing = true; }},
-        {L"file", [&] { TemporaryFolder::Write(folder.File(halves.first), EncodeUtf8(halves.second)); }},
-        {L"hold",
-         [&] {
-           held_ = OwnFileHandle(::CreateFileW(folder.File(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-         }},
-        {L"clipboard", [&] { SetClipboard(words); }},
-        {L"lines", [&] { CopyLines(n.at(0), Halves(words, L' ').second); }},
-        {L"copied", [&] { Note(L"copied " + ReadClipboardText(nullptr).value_or(L"nothing")); }},
-        {L"theme", [&] { SetTheme(n); }},  // build, whether dark is asked for, high contrast, whether that can be refreshed
-        {L"now",
-         [&] {
-           ThemeRecorder::notes.asksForDark = n.at(0) != 0;
-           ThemeRecorder::notes.highContrast = n.at(1) != 0;
-           ThemeRecorder::notes.allowedForWindow = n.at(2) != 0;
-         }},
-        {L"setting", [&] { ChangeSetting(words); }},
-        {L"administrator", [&] { elevated_ = n.at(0), accepts_ = n.at(1); }},
-        {L"task", [&] { scheduler_.load()->taskExists = n.at(0) != 0; }},
-        {L"stranger",
-         [&] {
-           for (HWND dialog : DialogsOfThisProcess()) Post(dialog, WM_INITDIALOG);
-           static std::byte nothingOfOurs[sizeof(TrayWindow)];
-           CREATESTRUCTW create{};
-           create.lpCreateParams = nothingOfOurs;
-           ::SendMessageW(program.trayWindow, WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&create));
-         }},
-        {L"send", [&] { ::SendMessageW(program.trayWindow, static_cast<UINT>(n.at(0)), static_cast<WPARAM>(n.at(1)), n.at(2)); }},
-        {L"timer",
-         [&] {
-           RunInWindowThread(program.trayWindow, [&] {
-             Note(::KillTimer(program.trayWindow, static_cast<UINT_PTR>(n.at(0))) ? L"ran until now" : L"does not run");
-           });
-         }},
-        // What the user does.
-        {L"open", [&] { Open(); }},
-        {L"open twice", [&] { OpenTwice(); }},
-        {L"tray", [&] { OpenTray(); }},
-        {L"about", [&] { OpenAbout(); }},
-        {L"progress", [&] { window_.emplace([this] { UpdateProgressDialog(program.instance).RunModal(nullptr); }); }},
-        {L"ask", [&] { OpenBox(words); }},
-        {L"again", [&] { MainDialogThread(program); }},
-        {L"minimise", [&] { ::ShowWindow(Main(), SW_MINIMIZE); }},
-        {L"move", [&] { ::SetWindowPos(Top(), nullptr, n.at(0), n.at(1), n.at(2) - n.at(0), n.at(3) - n.at(1), SWP_NOZORDER); }},
-        {L"close", [&] { Post(Top(), WM_CLOSE); }},
-        {L"close owner", [&] { Post(::GetWindow(Top(), GW_OWNER), WM_CLOSE); }},
-        {L"quit",
-         [&] { ::PostThreadMessageW(::GetWindowThreadProcessId(Top(), nullptr), WM_QUIT, static_cast<WPARAM>(n.at(0)), 0); }},
-        {L"look", [] {}},
-        {L"layout", [&] { View(L"layout", LayoutOf(Top())); }},
-        {L"colours", [&] { View(L"colours", ColoursOf(Top())); }},
-        {L"names", [] { TellNames(); }},
-        {L"menu", [&] { Choose(words); }},
-        {L"press", [&] { Click(Control(words), 1); }},
-        {L"twice", [&] { Click(Control(words), 2); }},
-        {L"browse", [&] { Click(Control(words, 2), 1); }},
-        {L"type", [&] { SetText(Control(halves.first, 1), halves.second); }},
-        {L"focus", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(words, 1)), TRUE); }},
-        {L"link", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(::GetDlgItem(Main(), IDC_VERSION_LINK)), TRUE); }},
-        {L"click", [&] { Click(::GetDlgItem(Main(), IDC_VERSION_LINK), 1, MAKELPARAM(170, 5)); }},
-        {L"paste", [&] { Post(FocusOf(Top()), WM_PASTE); }},
-        {L"key", [&] { Press(words, false); }},
-        {L"ctrl", [&] { Press(words, true); }},
-        {L"select", [&] { SelectRows(Rules(), n); }},
-        {L"cell", [&] { DoubleClick(n); }},
-        {L"box", [&] { SetText(e2e::WaitForResult([this] { return Box(); }), words); }},
-        {L"pick",
-         [&] {
-           for (int i = 0; i <= n.at(0); ++i) Post(Main(), WM_KEYDOWN, VK_DOWN);
-           Post(Main(), WM_KEYDOWN, VK_RETURN);
-         }},
-        {L"answer", [&] { SetText(::GetDlgItem(Top(), kFileNameBox), words), PostCommand(Top(), IDOK); }},
-        {L"tab", [&] { ::SendDlgItemMessageW(Main(), IDC_TABS, TCM_SETCURFOCUS, static_cast<WPARAM>(n.at(0)), 0); }},
-        {L"rightclick",
-         [&] {
-           for (const int message : {WM_RBUTTONDOWN, WM_RBUTTONUP}) Post(Page(), message, 0, MAKELPARAM(5, 80));
-         }},
-        {L"contextkey", [&] { Post(Page(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(Page()), -1); }},
-    };
-    const std::wstring verb = verbs.contains(step) ? step : name;
-    ASSERT_TRUE(verbs.contains(verb)) << "no such step";
     wantsMarks_ = verb == L"menu" || verb == L"look";
-    verbs.at(verb)();
+    DoOneOf(
+        {
+            // What others do, and what was there before.
+            {L"rule", [&] { AddRule(words); }},
+            {L"rules", [&] { forEach([this](std::uint32_t id) { AddRule(Words(id, L",a", id, L",1")); }); }},
+            {L"forget", [&] { rules.Remove({static_cast<std::uint32_t>(n.at(0))}); }},
+            {L"settings", [&] { SetSettings(n); }},  // actions, throttle, hours between checks, betas, poll interval in ms
+            {L"place",
+             [&] { settings.Update([&n](AppSettings& s) {
+                     s.mainDialogPlacement = {n.at(0), n.at(1), n.at(2), n.at(3)};
+                   }); }},
+            {L"exclude", [&] { engine.SetExclusions({words}); }},
+            {L"autostart", &ToggleStartWithWindows},
+            {L"alerts", [&] { forEach(alert); }},
+            {L"cleared", [&] { recentAlerts.Clear(), forEach(alert); }},
+            {L"update", [&] { OfferUpdate(words); }},
+            {L"latest", [&] { updates.SetLatestVersion(words); }},
+            {L"sound", [&] { settings.Update([&words](AppSettings& s) { s.soundFilePath = words; }); }},
+            {L"checks", [&] { checksHang_ = words == L"hang"; }},
+            {L"alert", [&] { sink_.OnAlert({}); }},
+            {L"taskbar", [&] { taskbar_.refusing = words == L"refuses"; }},
+            {L"file", [&] { TemporaryFolder::Write(folder.File(halves.first), EncodeUtf8(halves.second)); }},
+            {L"hold",
+             [&] {
+               held_ =
+                   OwnFileHandle(::CreateFileW(folder.File(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+             }},
+            {L"clipboard", [&] { SetClipboard(words); }},
+            {L"lines", [&] { CopyLines(n.at(0), Halves(words, L' ').second); }},
+            {L"copied", [&] { Note(L"copied " + ReadClipboardText(nullptr).value_or(L"nothing")); }},
+            {L"theme", [&] { SetTheme(n); }},  // build, whether dark is asked for, high contrast, whether that can be refreshed
+            {L"now",
+             [&] {
+               ThemeRecorder::notes.asksForDark = n.at(0) != 0;
+               ThemeRecorder::notes.highContrast = n.at(1) != 0;
+               ThemeRecorder::notes.allowedForWindow = n.at(2) != 0;
+             }},
+            {L"setting", [&] { ChangeSetting(words); }},
+            {L"administrator", [&] { elevated_ = n.at(0), accepts_ = n.at(1); }},
+            {L"task", [&] { scheduler_.load()->taskExists = n.at(0) != 0; }},
+            {L"stranger",
+             [&] {
+               for (HWND dialog : DialogsOfThisProcess()) Post(dialog, WM_INITDIALOG);
+               static std::byte nothingOfOurs[sizeof(TrayWindow)];
+               CREATESTRUCTW create{};
+               create.lpCreateParams = nothingOfOurs;
+               ::SendMessageW(program.trayWindow, WM_NCCREATE, 0, reinterpret_cast<LPARAM>(&create));
+             }},
+            {L"send",
+             [&] { ::SendMessageW(program.trayWindow, static_cast<UINT>(n.at(0)), static_cast<WPARAM>(n.at(1)), n.at(2)); }},
+            {L"timer",
+             [&] {
+               RunInWindowThread(program.trayWindow, [&] {
+                 Note(::KillTimer(program.trayWindow, static_cast<UINT_PTR>(n.at(0))) ? L"ran until now" : L"does not run");
+               });
+             }},
+            // What the user does.
+            {L"open", [&] { words == L"twice" ? OpenTwice() : Open(); }},
+            {L"tray", [&] { OpenTray(); }},
+            {L"about", [&] { OpenAbout(); }},
+            {L"progress", [&] { window_.emplace([this] { UpdateProgressDialog(program.instance).RunModal(nullptr); }); }},
+            {L"ask", [&] { OpenBox(words); }},
+            {L"again", [&] { MainDialogThread(program); }},
+            {L"minimise", [&] { ::ShowWindow(Main(), SW_MINIMIZE); }},
+            {L"move",
+             [&] { ::SetWindowPos(Top(), nullptr, n.at(0), n.at(1), n.at(2) - n.at(0), n.at(3) - n.at(1), SWP_NOZORDER); }},
+            {L"close", [&] { Post(words == L"owner" ? ::GetWindow(Top(), GW_OWNER) : Top(), WM_CLOSE); }},
+            {L"quit",
+             [&] { ::PostThreadMessageW(::GetWindowThreadProcessId(Top(), nullptr), WM_QUIT, static_cast<WPARAM>(n.at(0)), 0); }},
+            {L"look", [] {}},
+            {L"layout", [&] { View(L"layout", LayoutOf(Top())); }},
+            {L"colours", [&] { View(L"colours", ColoursOf(Top())); }},
+            {L"names", [] { TellNames(); }},
+            {L"menu", [&] { Choose(words); }},
+            {L"press", [&] { Click(Control(words), 1); }},
+            {L"twice", [&] { Click(Control(words), 2); }},
+            {L"browse", [&] { Click(Control(words, 2), 1); }},
+            {L"type", [&] { SetText(Control(halves.first, 1), halves.second); }},
+            {L"focus", [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(words, 1)), TRUE); }},
+            {L"link",
+             [&] { Post(Top(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(::GetDlgItem(Main(), IDC_VERSION_LINK)), TRUE); }},
+            {L"click", [&] { Click(::GetDlgItem(Main(), IDC_VERSION_LINK), 1, MAKELPARAM(170, 5)); }},
+            {L"paste", [&] { Post(FocusOf(Top()), WM_PASTE); }},
+            {L"key", [&] { Press(words, false); }},
+            {L"ctrl", [&] { Press(words, true); }},
+            {L"select", [&] { SelectRows(Rules(), n); }},
+            {L"cell", [&] { DoubleClick(n); }},
+            {L"box", [&] { SetText(e2e::WaitForResult([this] { return Box(); }), words); }},
+            {L"pick",
+             [&] {
+               for (int i = 0; i <= n.at(0); ++i) Post(Main(), WM_KEYDOWN, VK_DOWN);
+               Post(Main(), WM_KEYDOWN, VK_RETURN);
+             }},
+            {L"answer", [&] { SetText(::GetDlgItem(Top(), kFileNameBox), words), PostCommand(Top(), IDOK); }},
+            {L"tab", [&] { ::SendDlgItemMessageW(Main(), IDC_TABS, TCM_SETCURFOCUS, static_cast<WPARAM>(n.at(0)), 0); }},
+            {L"rightclick",
+             [&] {
+               for (const int message : {WM_RBUTTONDOWN, WM_RBUTTONUP}) Post(Page(), message, 0, MAKELPARAM(5, 80));
+             }},
+            {L"contextkey", [&] { Post(Page(), WM_CONTEXTMENU, reinterpret_cast<WPARAM>(Page()), -1); }},
+        },
+        verb);
     Settle();
     const std::vector<AlertRecord> alerts = recentAlerts.Copy();
     const std::wstring newest = alerts.empty() ? L"" : Words(alerts.back().pid);
