@@ -5,12 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <map>
-#include <regex>
-#include <string>
 #include <thread>
-#include <vector>
 
 #ifdef _WIN32
 #include <process.h>

@@ -5,10 +5,7 @@
 #include <windows.h>
 
 #include <psapi.h>
-#include <shellapi.h>
 #include <tlhelp32.h>
-
-#include <regex>
 
 #include "core/records.h"
 #include "platform/text_encoding.h"

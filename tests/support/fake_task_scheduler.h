@@ -10,10 +10,7 @@
 #include <taskschd.h>
 
 #include <fstream>
-#include <map>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "autostart/logon_trigger.h"
 #include "tests/tables/table_text.h"

@@ -4,10 +4,6 @@
 
 #include <atomic>
 #include <functional>
-#include <mutex>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "core/alert_sink.h"
 #include "core/records.h"

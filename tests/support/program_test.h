@@ -2,10 +2,7 @@
 
 // The built program as another process, its windows seen from outside.
 
-#include <windows.h>
-
 #include <optional>
-#include <string>
 
 #include "platform/handles.h"
 #include "res/messages.h"

@@ -10,10 +10,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <map>
-#include <mutex>
-#include <string>
-#include <vector>
 
 #include "platform/text_encoding.h"
 #include "tests/support/shell_stand_in.h"

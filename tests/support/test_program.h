@@ -6,7 +6,6 @@
 #include <windows.h>
 
 #include <memory>
-#include <string>
 
 #include "platform/clock.h"
 #include "tests/support/simulated_process_table.h"

@@ -1,11 +1,6 @@
 #include "tests/support/window_driver.h"
 
-#include <commctrl.h>
-
 #include <algorithm>
-#include <functional>
-#include <map>
-#include <vector>
 
 #include "platform/handles.h"
 #include "platform/text_format.h"

@@ -2,10 +2,6 @@
 // file for each subject, in it "= name" before the rows of each function here, and rows "input => result". <LF>, <U+00A0>, <EF>
 // and <300*p> stand for characters. These files are written by hand.
 
-#include <gtest/gtest.h>
-
-#include <fstream>
-
 #include "app/command_line.h"
 #include "core/balloon_text.h"
 #include "core/printable_text.h"

@@ -3,15 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <windows.h>
-
-#include <algorithm>
 #include <array>
-#include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <new>
-#include <utility>
 
 #include "res/messages.h"
 #include "res/resource.h"

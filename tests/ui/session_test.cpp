@@ -1,21 +1,7 @@
 // Sessions: what a user does step by step, and everything that each step changes in what the program shows, keeps and has saved,
 // one text for each subject in golden/sessions.
 
-#include <gtest/gtest.h>
-
-#include <windows.h>
-
-#include <commctrl.h>
-
-#include <algorithm>
-#include <atomic>
-#include <functional>
-#include <iterator>
-#include <map>
 #include <optional>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "app/tray_window.h"
 #include "autostart/elevation_system.h"

@@ -2,7 +2,6 @@
 // real files and signatures, against the update server that with_update_server has started.
 
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include "platform/handles.h"
 #include "tests/support/debug_lines.h"
