@@ -21,7 +21,6 @@ class DiagnosticLines {
   }
   ~DiagnosticLines() { SetDiagnosticHook(nullptr); }
   DiagnosticLines(const DiagnosticLines&) = delete;
-  DiagnosticLines& operator=(const DiagnosticLines&) = delete;
 
   /// What has come since the last call.
   static std::vector<std::wstring> Take() {

@@ -29,7 +29,6 @@ class FakeTaskScheduler {
     ::CoUninitialize();
   }
   FakeTaskScheduler(const FakeTaskScheduler&) = delete;
-  FakeTaskScheduler& operator=(const FakeTaskScheduler&) = delete;
 
   bool taskExists = false;
   std::wstring failingCall;  ///< the call of this name fails ...

@@ -22,7 +22,6 @@ struct LimitedMemory {
   }
   ~LimitedMemory() { largestAllocation = allocationsLeft = SIZE_MAX; }
   LimitedMemory(const LimitedMemory&) = delete;
-  LimitedMemory& operator=(const LimitedMemory&) = delete;
 };
 
 /// Runs `work` with the first, then the second, then the third allocation failing, and so on until it needs no more; `prepare`

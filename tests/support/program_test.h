@@ -43,7 +43,6 @@ class RunningProgram {
     ::WaitForSingleObject(process_.get(), kPatienceMs);
   }
   RunningProgram(const RunningProgram&) = delete;
-  RunningProgram& operator=(const RunningProgram&) = delete;
 
   [[nodiscard]] DWORD Id() const { return id_; }
   /// Its exit code once it has ended.

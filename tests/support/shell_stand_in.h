@@ -27,7 +27,6 @@ class ShellStandIn {
     thread_.join();
   }
   ShellStandIn(const ShellStandIn&) = delete;
-  ShellStandIn& operator=(const ShellStandIn&) = delete;
 
   /// The calls so far, oldest first: "add" with flags, the notification's message, the icon's width and the tip; "delete";
   /// "balloon" with its kind and milliseconds, its title and below that its text.

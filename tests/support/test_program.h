@@ -12,15 +12,11 @@
 #include "tests/support/throwaway_folder.h"
 #include "ui/program.h"
 
-struct TemporaryFolder : ThrowawayFolder {
-  [[nodiscard]] std::wstring File(const std::wstring& name) const { return Path("") + name; }
-};
-
 struct TestProgram {
-  TemporaryFolder folder;
+  ThrowawayFolder folder;
   std::shared_ptr<SimulatedProcessTable> processes = std::make_shared<SimulatedProcessTable>();
   MonitorEngine engine{processes, SystemClock(), 1};
-  RuleStore rules{[this] { return folder.File(L"rules.csv"); }};
+  RuleStore rules{[this] { return folder.Path(L"rules.csv"); }};
   SettingsStore settings;
   RecentAlerts recentAlerts;
   UpdateState updates;

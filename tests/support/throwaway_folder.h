@@ -20,9 +20,8 @@ class ThrowawayFolder {
     std::filesystem::remove_all(folder_, ignored);
   }
   ThrowawayFolder(const ThrowawayFolder&) = delete;
-  ThrowawayFolder& operator=(const ThrowawayFolder&) = delete;
 
-  [[nodiscard]] std::wstring Path(const std::string& name) const { return (folder_ / name).wstring(); }
+  [[nodiscard]] std::wstring Path(const std::filesystem::path& name) const { return (folder_ / name).wstring(); }
 
   static void Write(const std::wstring& path, std::string_view bytes) {
     std::ofstream file(std::filesystem::path(path), std::ios::binary | std::ios::trunc);

@@ -21,10 +21,10 @@ RECT RectIn(HWND window, HWND control) {
   return {rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top};
 }
 
-/// In dialog units, which no font changes; message boxes measure their texts.
+/// In dialog units, which no font changes; message boxes measure their texts and have pixels.
 std::wstring RectText(HWND window, HWND control) {
   RECT unit{0, 0, 400, 800};
-  if (!::MapDialogRect(window, &unit) || (StyleOf(window) & DS_SETFONT) == 0) return {};
+  if ((StyleOf(window) & DS_SETFONT) != 0) ::MapDialogRect(window, &unit);
   const RECT rect = RectIn(window, control);
   std::wstring text;
   for (const LONG x : {rect.left, rect.right}) text += L" " + std::to_wstring(::MulDiv(x, 400, unit.right));
@@ -157,7 +157,7 @@ std::wstring ThemeOf(HWND window) {
 std::vector<std::wstring> LayoutOf(HWND window) {
   std::vector<std::wstring> lines;
   const RECT frame = RectIn(nullptr, window);
-  lines.push_back((StyleOf(window) & WS_THICKFRAME) == 0
+  lines.push_back((StyleOf(window) & WS_THICKFRAME) == 0 && (StyleOf(window) & DS_SETFONT) != 0
                       ? TextOf(window)
                       : FormatText(L"%ls %d %d", TextOf(window).c_str(), int{frame.right}, int{frame.bottom}));
   ForEachMenuItem(::GetMenu(window), [&lines](const MenuItem& item) {

@@ -37,9 +37,9 @@ class StoreSteps {
     const std::wstring& words = halves.second;
     std::wistringstream numbers(words);
     const std::map<std::wstring, std::function<std::wstring()>> verbs = {
-        {L"file", [&] { return ThrowawayFolder::Write(Path(L"rules.csv"), EncodeUtf8(words)), L"put"; }},
-        {L"new", [&] { return store_ = std::make_unique<RuleStore>([this] { return Path(L"rules.csv"); }), L"made"; }},
-        {L"load", [&] { return YesNo(store_->Load(Path(words))); }},
+        {L"file", [&] { return ThrowawayFolder::Write(folder_.Path(L"rules.csv"), EncodeUtf8(words)), L"put"; }},
+        {L"new", [&] { return store_ = std::make_unique<RuleStore>([this] { return folder_.Path(L"rules.csv"); }), L"made"; }},
+        {L"load", [&] { return YesNo(store_->Load(folder_.Path(words))); }},
         {L"take", [&] { return std::to_wstring(store_->TakeRuleId()); }},
         {L"append", [&] { return store_->Append({MakeNewRule(Next<std::uint32_t>(numbers))}), L"done"; }},
         {L"edit",
@@ -48,12 +48,12 @@ class StoreSteps {
          }},
         {L"remove", [&] { return store_->Remove({Next<std::uint32_t>(numbers)}), L"done"; }},
         {L"clear", [&] { return store_->RemoveAll(), L"done"; }},
-        {L"export", [&] { return YesNo(store_->ExportJson(Path(words))); }},
-        {L"import", [&] { return YesNo(store_->ImportJson(Path(words))); }},
+        {L"export", [&] { return YesNo(store_->ExportJson(folder_.Path(words))); }},
+        {L"import", [&] { return YesNo(store_->ImportJson(folder_.Path(words))); }},
         {L"json", [&] { return YesNo(store_->ImportJsonString(words)); }},
-        {L"close", [&] { return YesNo(store_->SaveAndClose(Path(words))); }},
-        {L"line", [&] { return YesNo(AppendTextFile(Path(words), L"line\n") == WriteResult::kWritten); }},
-        {L"read", [&] { return DecodeUtf8Text(ThrowawayFolder::Read(Path(words))); }},
+        {L"close", [&] { return YesNo(store_->SaveAndClose(folder_.Path(words))); }},
+        {L"line", [&] { return YesNo(AppendTextFile(folder_.Path(words), L"line\n") == WriteResult::kWritten); }},
+        {L"read", [&] { return DecodeUtf8Text(ThrowawayFolder::Read(folder_.Path(words))); }},
 #ifdef _WIN32
         // Another program opens the file with this access and sharing, and closes it after so many milliseconds.
         {L"held",
@@ -62,7 +62,7 @@ class StoreSteps {
            const auto sharing = Next<DWORD>(numbers);
            const auto ms = Next<DWORD>(numbers);
            UniqueHandle handle = OwnFileHandle(
-               ::CreateFileW(Path(L"rules.csv").c_str(), access << 30, sharing, nullptr, OPEN_EXISTING, 0, nullptr));
+               ::CreateFileW(folder_.Path(L"rules.csv").c_str(), access << 30, sharing, nullptr, OPEN_EXISTING, 0, nullptr));
            const bool opened = handle != nullptr;
            holder_ = std::jthread([handle = std::move(handle), ms](const std::stop_token& end) {
              for (DWORD waited = 0; waited < ms && !end.stop_requested(); waited += 10) ::Sleep(10);
@@ -72,7 +72,7 @@ class StoreSteps {
         {L"free", [&] { return holder_ = std::jthread(), L"done"; }},
 #else
         // The disk has no room for a longer file, and has again.
-        {L"full", [&] { return LimitFiles(ThrowawayFolder::Read(Path(L"rules.csv")).size()), L"done"; }},
+        {L"full", [&] { return LimitFiles(ThrowawayFolder::Read(folder_.Path(L"rules.csv")).size()), L"done"; }},
         {L"free", [&] { return LimitFiles(RLIM_INFINITY), L"done"; }},
 #endif
     };
@@ -80,15 +80,13 @@ class StoreSteps {
     std::wstring rules;
     for (const ThresholdRule& rule : *store_->Snapshot()) rules += Words(L" ", rule.ruleId, L":", rule.processPattern);
     const bool saved =
-        Rows(ParseRulesCsv(ReadTextFile(Path(L"rules.csv"), CtrlZ::kIsText).value_or(L""))) == Rows(*store_->Snapshot());
+        Rows(ParseRulesCsv(ReadTextFile(folder_.Path(L"rules.csv"), CtrlZ::kIsText).value_or(L""))) == Rows(*store_->Snapshot());
     const std::wstring said = std::regex_replace(Join(DiagnosticLines::Take()), std::wregex(L"[^ ]*vantora-test-[0-9]+."), L"");
     return Words(answer, L",", rules, L" next ", store_->NextRuleId(), saved ? L" saved" : L" unsaved",
                  said.empty() ? L"" : L": ", said);
   }
 
  private:
-  [[nodiscard]] std::wstring Path(const std::wstring& name) const { return folder_.Path(EncodeUtf8(name)); }
-
 #ifdef _WIN32
   std::jthread holder_;
 #else

@@ -141,6 +141,14 @@ std::wstring Downloaded(const std::wstring& words) {
 }
 
 #ifndef _WIN32
+/// A validator of its own reads the schema, as the tools do that people write rules with.
+std::wstring AgainstTheSchema(const std::wstring& rows) {
+  const ThrowawayFolder folder;
+  const std::wstring path = folder.Path("rules.json");
+  ThrowawayFolder::Write(path, EncodeUtf8(FormatRulesJson(ParseRulesCsv(L"header\n" + rows).value_or(RuleList()))));
+  return YesNo(std::system(("/usr/bin/python3 -m jsonschema -i " + EncodeUtf8(path) + " " VANTORA_RULES_SCHEMA).c_str()) == 0);
+}
+
 std::wstring StderrLine(const std::wstring& text) {
   SetDiagnosticHook(nullptr);
   testing::internal::CaptureStderr();
@@ -197,6 +205,7 @@ std::map<std::wstring, Function> Functions() {
       {L"elevated copy", RunElevatedCopy},
       {L"run value", OneAfterTheOther<RunValueSteps>()},
 #else
+      {L"valid JSON", AgainstTheSchema},
       {L"line on stderr", StderrLine},
 #endif
   };

@@ -58,7 +58,7 @@ class Session : public StepsTest, protected TestProgram {
 
  protected:
   Session() {
-    settings.Update([this](AppSettings& s) { s.logFilePath = folder.File(L"alerts.log"); });
+    settings.Update([this](AppSettings& s) { s.logFilePath = folder.Path(L"alerts.log"); });
     std::filesystem::create_directories(L"C:\\windows\\Media");  // which some compatible systems lack
     SaveSettings(settings, engine);
     program.trayWindow = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
@@ -86,7 +86,7 @@ class Session : public StepsTest, protected TestProgram {
   [[nodiscard]] HWND Box() const { return ::FindWindowExW(Rules(), nullptr, L"Edit", nullptr); }
 
   [[nodiscard]] std::wstring Readable(const std::wstring& line) const override {
-    const std::filesystem::path path(folder.File(L""));
+    const std::filesystem::path path(folder.Path(L""));
     const std::wstring text = WithWords(line, {{path.wstring(), L"<folder>"},
                                                {path.parent_path().filename().wstring(), L"<folder>"},
                                                {DefaultLogFilePath(), L"<default log>"}});
@@ -151,6 +151,8 @@ class Session : public StepsTest, protected TestProgram {
       state[L"main / box"] = L"\"" + TextOf(Box()) + L"\"";
       if (::SendMessageW(Box(), WM_GETFONT, 0, 0) != ::SendMessageW(Rules(), WM_GETFONT, 0, 0))
         state[L"main / box"] += L" in another font";
+      RECT room{};
+      if (!::GetClientRect(Box(), &room) || room.right < 20 || room.bottom < 10) state[L"main / box"] += L" without room";
     }
   }
   /// What the menus with states show when they open.
@@ -179,12 +181,12 @@ class Session : public StepsTest, protected TestProgram {
     if (sink_.OutstandingCount() != 0) state[L"alerts on their way"] = Words(sink_.OutstandingCount());
     state[L"next rule id"] = Words(rules.NextRuleId());
     RuleStore saved([] { return std::wstring(); });
-    saved.Load(folder.File(L"rules.csv"));
+    saved.Load(folder.Path(L"rules.csv"));
     if (*saved.Snapshot() != *list) state[L"rules file"] = L"differs";
     state[L"recent alerts"] = Words(recentAlerts.Size());
-    for (const auto& file : std::filesystem::directory_iterator(folder.File(L""))) {
+    for (const auto& file : std::filesystem::directory_iterator(folder.Path(L""))) {
       const std::wstring name = file.path().filename().wstring();
-      if (name != L"rules.csv") state[L"file " + name] = DecodeUtf8Text(TemporaryFolder::Read(file.path().wstring()));
+      if (name != L"rules.csv") state[L"file " + name] = DecodeUtf8Text(ThrowawayFolder::Read(file.path().wstring()));
     }
 
     const AppSettings now = settings.Get();
@@ -394,7 +396,7 @@ class Session : public StepsTest, protected TestProgram {
   }
 
   void Do(const std::wstring& verb, std::wstring words) override {
-    words = Replace(words, L"<folder>", folder.File(L""));
+    words = Replace(words, L"<folder>", folder.Path(L""));
     const std::pair halves = Halves(words, L'=');  // no structured binding: clang 14 cannot capture those
     std::wistringstream numbers(words);
     const std::vector<std::int32_t> n{std::istream_iterator<std::int32_t, wchar_t>(numbers), {}};
@@ -426,11 +428,11 @@ class Session : public StepsTest, protected TestProgram {
             {L"checks", [&] { checksHang_ = words == L"hang"; }},
             {L"alert", [&] { sink_.OnAlert({}); }},
             {L"taskbar", [&] { taskbar_.refusing = words == L"refuses"; }},
-            {L"file", [&] { TemporaryFolder::Write(folder.File(halves.first), EncodeUtf8(halves.second)); }},
+            {L"file", [&] { ThrowawayFolder::Write(folder.Path(halves.first), EncodeUtf8(halves.second)); }},
             {L"hold",
              [&] {
                held_ =
-                   OwnFileHandle(::CreateFileW(folder.File(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+                   OwnFileHandle(::CreateFileW(folder.Path(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
              }},
             {L"clipboard", [&] { SetClipboard(words); }},
             {L"lines", [&] { CopyLines(n.at(0), Halves(words, L' ').second); }},

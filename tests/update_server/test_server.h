@@ -32,7 +32,6 @@ class TestServer {
     ::CertCloseStore(roots_, 0);
   }
   TestServer(const TestServer&) = delete;
-  TestServer& operator=(const TestServer&) = delete;
 
   /// From now on the server answers as in this scenario.
   static void Use(const std::string& scenario) { (void)WriteWholeFile(Path(L"scenario"), scenario); }

@@ -38,8 +38,8 @@ constexpr wchar_t kRules[] =
     L"5,a process with a very long pattern*.exe,1,100000,131072,0,50,1000,9999,0,3,60\n";
 
 void FillProgram(TestProgram& test) {
-  (void)WriteTextFile(test.folder.File(L"rules.csv"), kRules);
-  (void)test.rules.Load(test.folder.File(L"rules.csv"));
+  (void)WriteTextFile(test.folder.Path(L"rules.csv"), kRules);
+  (void)test.rules.Load(test.folder.Path(L"rules.csv"));
   for (std::uint16_t i = 0; i < 30; ++i) {
     const wchar_t* violation = i % 3 == 0 ? L"Working Set: 2310 MB > 2048 MB; Handles: 1200 > 1000" : L"CPU: 91.5% > 80.0%";
     test.recentAlerts.Append({{2026, 3, 4, 5, 9, i, 3, 0}, 1000U + i * 4U, L"chrome.exe", 1, violation});
